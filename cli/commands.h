@@ -1,0 +1,30 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace tarvik::cli {
+
+// Exit codes shared by every command.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2; // bad input: an unknown key, a bad value, a wrong argument
+
+// The chosen command's work, set by its parser callback and run once the Qt application
+// object exists.
+struct CommandResult {
+    std::function<int()> run;
+};
+
+// Each command file adds its subcommand to the top-level parser.
+void addStatusCommand(CLI::App& app, CommandResult& result);
+void addSettingsCommand(CLI::App& app, CommandResult& result);
+
+// The machine summary, as `tarvik status` prints it.
+int printStatus(bool asJson);
+
+// Runs the launch of the Dock folder helpers; always exits 0.
+int runLaunchFolders();
+
+} // namespace tarvik::cli

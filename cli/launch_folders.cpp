@@ -1,0 +1,22 @@
+#include "cli/commands.h"
+#include "cli/output.h"
+#include "core/shell/preferences.h"
+#include "dock/app_folder.h"
+
+namespace tarvik::cli {
+
+int runLaunchFolders() {
+    const Preferences prefs;
+    if (!prefs.dockFoldersShowIndicators()) {
+        return kExitOk;
+    }
+    const auto folders = DockFolderStore(DockFolderStore::defaultSupportDirectory()).load();
+    if (!folders.empty()) {
+        printError(QStringLiteral("Found %1 Dock folders, but starting their helpers is not "
+                                  "available in this version yet.")
+                       .arg(folders.size()));
+    }
+    return kExitOk;
+}
+
+} // namespace tarvik::cli

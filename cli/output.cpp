@@ -1,0 +1,36 @@
+#include "cli/output.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace tarvik::cli {
+
+bool stdoutIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+
+void printLine(const QString& text) {
+    const QByteArray utf8 = text.toUtf8();
+    std::fwrite(utf8.constData(), 1, static_cast<std::size_t>(utf8.size()), stdout);
+    std::fputc('\n', stdout);
+}
+
+void printError(const QString& text) {
+    const QByteArray utf8 = text.toUtf8();
+    std::fprintf(stderr, "tarvik: %s\n", utf8.constData());
+}
+
+void printJson(const QJsonDocument& document) {
+    const QByteArray out = document.toJson(QJsonDocument::Indented);
+    std::fwrite(out.constData(), 1, static_cast<std::size_t>(out.size()), stdout);
+}
+
+void printRows(const std::vector<std::pair<QString, QString>>& rows) {
+    qsizetype width = 0;
+    for (const auto& [label, value] : rows) {
+        width = std::max(width, label.size());
+    }
+    for (const auto& [label, value] : rows) {
+        printLine(label.leftJustified(width + 2) + value);
+    }
+}
+
+} // namespace tarvik::cli

@@ -1,0 +1,4 @@
+find_program(TARVIK_CCACHE ccache)
+if(TARVIK_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${TARVIK_CCACHE}")
+endif()

@@ -1,0 +1,5 @@
+if(TARVIK_SANITIZE)
+    set(_tarvik_san -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    add_compile_options(${_tarvik_san})
+    add_link_options(${_tarvik_san})
+endif()

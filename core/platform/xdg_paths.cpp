@@ -1,0 +1,42 @@
+#include "core/platform/xdg_paths.h"
+
+#include <QDir>
+
+#include <cstdlib>
+#include <pwd.h>
+#include <unistd.h>
+
+namespace tarvik::xdg {
+namespace {
+
+// The XDG rules ignore a variable that is empty or not an absolute path.
+QString fromEnv(const char* name, const QString& fallback) {
+    const char* v = std::getenv(name);
+    if (v != nullptr && v[0] == '/') {
+        return QDir::cleanPath(QString::fromLocal8Bit(v));
+    }
+    return fallback;
+}
+
+} // namespace
+
+QString home() {
+    const char* h = std::getenv("HOME");
+    if (h != nullptr && h[0] == '/') {
+        return QDir::cleanPath(QString::fromLocal8Bit(h));
+    }
+    if (const passwd* pw = getpwuid(getuid()); pw != nullptr && pw->pw_dir != nullptr) {
+        return QString::fromLocal8Bit(pw->pw_dir);
+    }
+    return QStringLiteral("/");
+}
+
+QString configHome() { return fromEnv("XDG_CONFIG_HOME", home() + QStringLiteral("/.config")); }
+
+QString dataHome() { return fromEnv("XDG_DATA_HOME", home() + QStringLiteral("/.local/share")); }
+
+QString autostartDir() { return configHome() + QStringLiteral("/autostart"); }
+
+QString applicationSupport() { return dataHome() + QStringLiteral("/Tarvik"); }
+
+} // namespace tarvik::xdg

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarvik {
+
+// The readings the tray item can show, in display order.
+enum class MenuBarStat { Cpu, Memory, Download, Upload, Gpu, Battery, Agent };
+
+inline constexpr std::array<MenuBarStat, 7> kAllMenuBarStats{
+    MenuBarStat::Cpu, MenuBarStat::Memory,  MenuBarStat::Download, MenuBarStat::Upload,
+    MenuBarStat::Gpu, MenuBarStat::Battery, MenuBarStat::Agent};
+
+std::string_view rawKey(MenuBarStat stat);
+std::string_view title(MenuBarStat stat);
+std::optional<MenuBarStat> menuBarStatFromRawKey(std::string_view key);
+
+// The stored form is the raw keys joined with ",". Reading keeps case order whatever the
+// stored order, drops empty pieces and ignores unknown keys; writing uses case order.
+std::vector<MenuBarStat> parseMenuBarStats(std::string_view stored);
+std::string writeMenuBarStats(const std::vector<MenuBarStat>& chosen);
+
+} // namespace tarvik

@@ -1,0 +1,199 @@
+#include "core/shell/preferences.h"
+
+#include "core/platform/xdg_paths.h"
+
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+
+#include <array>
+#include <cmath>
+
+namespace tarvik {
+namespace {
+
+constexpr std::array<PreferenceKey, 8> kKeys{{
+    {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
+    {pref::kOpensWindowAtLaunch, PreferenceType::Bool, "true",
+     "A normal launch opens the main window.", {}, {}},
+    {pref::kMenuBarShowsIcon, PreferenceType::Bool, "true", "The tray item shows the app symbol.",
+     {}, {}},
+    {pref::kMenuBarShowsStats, PreferenceType::Bool, "false", "The tray item shows readings.", {},
+     {}},
+    {pref::kMenuBarStats, PreferenceType::MenuBarStats, "cpu,memory",
+     "Readings the tray item shows: cpu, memory, download, upload, gpu, battery, agent.", {}, {}},
+    {pref::kHideDockIcon, PreferenceType::Bool, "false",
+     "Hide the taskbar entry while no window is open (only while the tray item is shown).", {},
+     {}},
+    {pref::kMonitorInterval, PreferenceType::Double, "2", "Sampling interval in seconds.", 1.0,
+     10.0},
+    {pref::kDockFoldersShowIndicators, PreferenceType::Bool, "false",
+     "Keeps a tiny helper running per folder so the Dock shows a dot while any of its apps are "
+     "open. Takes effect on Apply.",
+     {}, {}},
+}};
+
+QString qs(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
+
+} // namespace
+
+std::span<const PreferenceKey> preferenceKeys() { return kKeys; }
+
+const PreferenceKey* findPreferenceKey(std::string_view key) {
+    for (const auto& k : kKeys) {
+        if (k.key == key) {
+            return &k;
+        }
+    }
+    return nullptr;
+}
+
+ParsedPreference parsePreference(const PreferenceKey& key, const QString& text) {
+    const QString t = text.trimmed();
+    switch (key.type) {
+    case PreferenceType::Bool: {
+        const QString l = t.toLower();
+        if (l == "true" || l == "on" || l == "yes" || l == "1") {
+            return {true, {}};
+        }
+        if (l == "false" || l == "off" || l == "no" || l == "0") {
+            return {false, {}};
+        }
+        return {{}, QStringLiteral("%1 takes true or false, not \"%2\".").arg(qs(key.key), text)};
+    }
+    case PreferenceType::Double: {
+        bool ok = false;
+        const double v = t.toDouble(&ok);
+        if (!ok || !std::isfinite(v)) {
+            return {{}, QStringLiteral("%1 takes a number, not \"%2\".").arg(qs(key.key), text)};
+        }
+        if ((key.minimum && v < *key.minimum) || (key.maximum && v > *key.maximum)) {
+            return {{},
+                    QStringLiteral("%1 must be between %2 and %3.")
+                        .arg(qs(key.key))
+                        .arg(key.minimum.value_or(v))
+                        .arg(key.maximum.value_or(v))};
+        }
+        return {v, {}};
+    }
+    case PreferenceType::Text:
+        return {t, {}};
+    case PreferenceType::MenuBarStats: {
+        std::vector<MenuBarStat> chosen;
+        for (const QString& piece : t.split(',', Qt::SkipEmptyParts)) {
+            const QByteArray utf8 = piece.trimmed().toUtf8();
+            const auto stat = menuBarStatFromRawKey(std::string_view(utf8.constData(), utf8.size()));
+            if (!stat) {
+                return {{},
+                        QStringLiteral("\"%1\" is not a reading; choose from cpu, memory, download, "
+                                       "upload, gpu, battery, agent.")
+                            .arg(piece.trimmed())};
+            }
+            chosen.push_back(*stat);
+        }
+        return {QString::fromStdString(writeMenuBarStats(chosen)), {}};
+    }
+    }
+    return {{}, QStringLiteral("Unsupported preference type.")};
+}
+
+QString formatPreference(const PreferenceKey& key, const QVariant& value) {
+    switch (key.type) {
+    case PreferenceType::Bool:
+        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
+    case PreferenceType::Double:
+        return QString::number(value.toDouble());
+    case PreferenceType::Text:
+    case PreferenceType::MenuBarStats:
+        return value.toString();
+    }
+    return {};
+}
+
+Preferences::Preferences(const QString& filePath, QObject* parent)
+    : QObject(parent), settings_(std::make_unique<QSettings>(filePath, QSettings::NativeFormat)) {}
+
+Preferences::~Preferences() = default;
+
+QString Preferences::defaultFilePath() {
+    return xdg::configHome() + QStringLiteral("/Tarvik/Tarvik.conf");
+}
+
+QString Preferences::filePath() const { return settings_->fileName(); }
+
+QVariant Preferences::value(std::string_view key) const {
+    const PreferenceKey* k = findPreferenceKey(key);
+    if (k == nullptr) {
+        return settings_->value(qs(key));
+    }
+    const auto fallback = parsePreference(*k, qs(k->defaultText)).value;
+    const QVariant stored = settings_->value(qs(key));
+    if (!stored.isValid()) {
+        return fallback;
+    }
+    // The file is plain text a person may have edited: an unreadable value means the default.
+    if (k->type == PreferenceType::Bool && stored.typeId() == QMetaType::Bool) {
+        return stored;
+    }
+    auto parsed = parsePreference(*k, stored.toString());
+    if (!parsed.ok() && k->type == PreferenceType::Double) {
+        bool ok = false;
+        const double v = stored.toString().toDouble(&ok);
+        // Out of range is the reader's to clamp; only non-numbers fall back.
+        return ok ? QVariant(v) : fallback;
+    }
+    return parsed.ok() ? parsed.value : fallback;
+}
+
+bool Preferences::isStored(std::string_view key) const { return settings_->contains(qs(key)); }
+
+void Preferences::setValue(std::string_view key, const QVariant& value) {
+    settings_->setValue(qs(key), value);
+    emit changed(qs(key));
+}
+
+void Preferences::reset(std::string_view key) {
+    settings_->remove(qs(key));
+    emit changed(qs(key));
+}
+
+bool Preferences::sync() {
+    settings_->sync();
+    return settings_->status() == QSettings::NoError;
+}
+
+std::vector<MenuBarStat> Preferences::menuBarStats() const {
+    return parseMenuBarStats(value(pref::kMenuBarStats).toString().toStdString());
+}
+
+void Preferences::watchFile() {
+    auto* watcher = new QFileSystemWatcher(this);
+    const QString path = filePath();
+    const QString dir = path.section('/', 0, -2);
+    watcher->addPath(dir);
+    if (QFileInfo::exists(path)) {
+        watcher->addPath(path);
+    }
+    auto onChange = [this, watcher, path] {
+        if (!watcher->files().contains(path) && QFileInfo::exists(path)) {
+            watcher->addPath(path); // editors and QSettings replace the file by renaming
+        }
+        reloadFromDisk();
+    };
+    connect(watcher, &QFileSystemWatcher::fileChanged, this, onChange);
+    connect(watcher, &QFileSystemWatcher::directoryChanged, this, onChange);
+}
+
+void Preferences::reloadFromDisk() {
+    std::vector<QVariant> before;
+    for (const auto& k : kKeys) {
+        before.push_back(value(k.key));
+    }
+    settings_->sync();
+    for (std::size_t i = 0; i < kKeys.size(); ++i) {
+        if (value(kKeys[i].key) != before[i]) {
+            emit changed(qs(kKeys[i].key));
+        }
+    }
+}
+
+} // namespace tarvik

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "core/shell/menu_bar_stat.h"
+
+#include <QObject>
+#include <QSettings>
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace tarvik {
+
+enum class PreferenceType { Bool, Double, Text, MenuBarStats };
+
+struct PreferenceKey {
+    std::string_view key;
+    PreferenceType type;
+    std::string_view defaultText; // the default in the same text form the command line accepts
+    std::string_view meaning;
+    std::optional<double> minimum; // Double only
+    std::optional<double> maximum;
+};
+
+namespace pref {
+inline constexpr std::string_view kShowMenuBarExtra = "showMenuBarExtra";
+inline constexpr std::string_view kOpensWindowAtLaunch = "opensWindowAtLaunch";
+inline constexpr std::string_view kMenuBarShowsIcon = "menuBarShowsIcon";
+inline constexpr std::string_view kMenuBarShowsStats = "menuBarShowsStats";
+inline constexpr std::string_view kMenuBarStats = "menuBarStats";
+inline constexpr std::string_view kHideDockIcon = "hideDockIcon";
+inline constexpr std::string_view kMonitorInterval = "monitorInterval";
+inline constexpr std::string_view kDockFoldersShowIndicators = "dockFoldersShowIndicators";
+} // namespace pref
+
+// Every key the program knows, with its type, default and range. Capabilities add theirs here.
+std::span<const PreferenceKey> preferenceKeys();
+const PreferenceKey* findPreferenceKey(std::string_view key);
+
+struct ParsedPreference {
+    QVariant value;    // valid when the text was accepted
+    QString error;     // the reason in the user's words otherwise
+    bool ok() const { return error.isEmpty(); }
+};
+
+// Parses text for `key` by its type and range: booleans accept true/false, on/off, yes/no, 1/0;
+// "menuBarStats" accepts known reading keys only and normalises them to display order.
+ParsedPreference parsePreference(const PreferenceKey& key, const QString& text);
+QString formatPreference(const PreferenceKey& key, const QVariant& value);
+
+// The preference store: QSettings in native format at ~/.config/Tarvik/Tarvik.conf. A value
+// that is absent or unreadable yields the key's default; writing through here tells observers.
+class Preferences : public QObject {
+    Q_OBJECT
+public:
+    explicit Preferences(const QString& filePath = defaultFilePath(), QObject* parent = nullptr);
+    ~Preferences() override;
+
+    static QString defaultFilePath();
+    QString filePath() const;
+
+    QVariant value(std::string_view key) const;
+    bool isStored(std::string_view key) const;
+    void setValue(std::string_view key, const QVariant& value);
+    void reset(std::string_view key);
+    // Writes what is pending; false when the file cannot be written.
+    bool sync();
+
+    bool showMenuBarExtra() const { return value(pref::kShowMenuBarExtra).toBool(); }
+    bool opensWindowAtLaunch() const { return value(pref::kOpensWindowAtLaunch).toBool(); }
+    bool menuBarShowsIcon() const { return value(pref::kMenuBarShowsIcon).toBool(); }
+    bool menuBarShowsStats() const { return value(pref::kMenuBarShowsStats).toBool(); }
+    std::vector<MenuBarStat> menuBarStats() const;
+    bool hideDockIcon() const { return value(pref::kHideDockIcon).toBool(); }
+    double monitorInterval() const { return value(pref::kMonitorInterval).toDouble(); }
+    bool dockFoldersShowIndicators() const {
+        return value(pref::kDockFoldersShowIndicators).toBool();
+    }
+
+    // Re-reads the file when another process (the command line) changed it.
+    void watchFile();
+
+signals:
+    void changed(const QString& key);
+
+private:
+    void reloadFromDisk();
+
+    std::unique_ptr<QSettings> settings_;
+};
+
+} // namespace tarvik

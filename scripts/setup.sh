@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Installs the Debian 12 packages Tarvik needs to build, test and run.
+# Idempotent: when everything is present it says nothing and changes nothing.
+set -euo pipefail
+
+packages=(
+  # toolchain
+  build-essential cmake ninja-build pkg-config ccache git file dpkg-dev
+  # libraries
+  qt6-base-dev qt6-base-dev-tools qt6-charts-dev qt6-svg-dev qt6-qpa-plugins
+  qt6-image-formats-plugins libgl-dev libxkbcommon-dev
+  qcoro-qt6-dev libcli11-dev qtkeychain-qt6-dev libsimdjson-dev libevdev-dev libssl-dev
+  # tests and benchmarks
+  googletest libgtest-dev libgmock-dev libbenchmark-dev hyperfine
+  # window checks and desktop integration
+  xvfb xauth imagemagick trayer appstream desktop-file-utils fonts-dejavu-core
+  dbus dbus-x11 hicolor-icon-theme adwaita-icon-theme
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q '^install ok installed$'; then
+    missing+=("$p")
+  fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then
+  if command -v sudo >/dev/null 2>&1; then
+    sudo="sudo"
+  else
+    echo "Tarvik set-up needs these Debian packages and root rights to install them: ${missing[*]}" >&2
+    exit 1
+  fi
+fi
+
+echo "Installing ${#missing[@]} Debian packages: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

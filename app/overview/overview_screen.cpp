@@ -1,0 +1,71 @@
+#include "app/overview/overview_screen.h"
+
+#include "app/overview/overview_model.h"
+#include "app/shell/screen_header.h"
+#include "app/shell/section_subtitles.h"
+
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace tarvik {
+
+OverviewScreen::OverviewScreen(OverviewModel& model, QWidget* parent)
+    : QWidget(parent), model_(model) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 20);
+    layout->addWidget(new ScreenHeader(QStringLiteral("Smart Scan"),
+                                       sectionSubtitle(AppSection::Overview), this));
+
+    auto* box = new QGroupBox(tr("This computer"), this);
+    rows_ = new QFormLayout(box);
+    rows_->setLabelAlignment(Qt::AlignLeft);
+    rows_->setHorizontalSpacing(24);
+    layout->addWidget(box);
+
+    auto* actions = new QHBoxLayout();
+    state_ = new QLabel(this);
+    state_->setForegroundRole(QPalette::PlaceholderText);
+    refresh_ = new QPushButton(tr("&Refresh"), this);
+    refresh_->setDefault(true);
+    refresh_->setAccessibleName(tr("Refresh the summary"));
+    actions->addWidget(state_, 1);
+    actions->addWidget(refresh_);
+    layout->addLayout(actions);
+    layout->addStretch(1);
+
+    connect(refresh_, &QPushButton::clicked, &model_, &OverviewModel::refresh);
+    connect(&model_, &OverviewModel::summaryChanged, this, &OverviewScreen::render);
+    connect(&model_, &OverviewModel::loadingChanged, this, [this](bool loading) {
+        refresh_->setEnabled(!loading);
+        state_->setText(loading ? tr("Reading…") : QString());
+    });
+    render();
+}
+
+void OverviewScreen::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!model_.hasSummary()) {
+        model_.refresh();
+    }
+}
+
+void OverviewScreen::render() {
+    while (rows_->rowCount() > 0) {
+        rows_->removeRow(0);
+    }
+    if (!model_.hasSummary()) {
+        return;
+    }
+    for (const auto& row : describe(model_.summary())) {
+        auto* value = new QLabel(row.value);
+        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        value->setAccessibleName(row.label);
+        rows_->addRow(row.label, value);
+    }
+}
+
+} // namespace tarvik

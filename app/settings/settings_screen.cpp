@@ -1,0 +1,224 @@
+#include "app/settings/settings_screen.h"
+
+#include "app/shell/screen_header.h"
+#include "app/shell/section_subtitles.h"
+#include "core/shell/login_item.h"
+#include "core/shell/preferences.h"
+
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QFormLayout>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSignalBlocker>
+#include <QVBoxLayout>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+
+namespace tarvik {
+namespace {
+
+QString qs(std::string_view s) {
+    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+QLabel* noteLabel(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setWordWrap(true);
+    label->setForegroundRole(QPalette::PlaceholderText);
+    label->setContentsMargins(24, 0, 0, 4);
+    return label;
+}
+
+} // namespace
+
+SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, QWidget* parent)
+    : QWidget(parent), prefs_(preferences), loginItem_(loginItem) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 20);
+    layout->addWidget(
+        new ScreenHeader(QStringLiteral("Settings"), sectionSubtitle(AppSection::Settings), this));
+
+    // Tray item.
+    auto* tray = new QGroupBox(tr("Tray item"), this);
+    auto* trayLayout = new QVBoxLayout(tray);
+    trayLayout->addWidget(boolRow(pref::kShowMenuBarExtra, tr("Show Tarvik in the tray")));
+    noTray_ = noteLabel(tr("No system tray was found on this desktop, so the tray item can't be "
+                           "shown. Tarvik stays reachable from its window."),
+                        tray);
+    noTray_->hide();
+    trayLayout->addWidget(noTray_);
+    trayLayout->addWidget(boolRow(pref::kMenuBarShowsIcon, tr("Show the app symbol")));
+    trayLayout->addWidget(boolRow(pref::kMenuBarShowsStats, tr("Show readings"),
+                                  tr("This version doesn't draw readings in the tray yet; the "
+                                     "choice below is kept for when it does.")));
+    auto* stats = new QGridLayout();
+    stats->setContentsMargins(24, 0, 0, 0);
+    int column = 0;
+    for (MenuBarStat stat : kAllMenuBarStats) {
+        auto* box = new QCheckBox(qs(title(stat)), tray);
+        box->setObjectName(QStringLiteral("stat_") + qs(rawKey(stat)));
+        statRows_[stat] = box;
+        stats->addWidget(box, column / 4, column % 4);
+        ++column;
+        connect(box, &QCheckBox::toggled, this, [this] {
+            std::vector<MenuBarStat> chosen;
+            for (const auto& [s, b] : statRows_) {
+                if (b->isChecked()) {
+                    chosen.push_back(s);
+                }
+            }
+            prefs_.setValue(pref::kMenuBarStats, QString::fromStdString(writeMenuBarStats(chosen)));
+            prefs_.sync();
+        });
+    }
+    trayLayout->addLayout(stats);
+    layout->addWidget(tray);
+
+    // Start-up.
+    auto* startup = new QGroupBox(tr("Start-up"), this);
+    auto* startupLayout = new QVBoxLayout(startup);
+    startupLayout->addWidget(boolRow(pref::kOpensWindowAtLaunch, tr("Open the window at launch")));
+    login_ = new QCheckBox(tr("Start at login"), startup);
+    login_->setObjectName(QStringLiteral("startAtLogin"));
+    startupLayout->addWidget(login_);
+    startupLayout->addWidget(noteLabel(tr("Tarvik starts quietly in the tray when you sign in."),
+                                       startup));
+    loginError_ = noteLabel({}, startup);
+    loginError_->setObjectName(QStringLiteral("loginError"));
+    loginError_->setForegroundRole(QPalette::NoRole);
+    loginError_->setStyleSheet(QStringLiteral("color: #c0392b;"));
+    loginError_->hide();
+    startupLayout->addWidget(loginError_);
+    connect(login_, &QCheckBox::toggled, this, &SettingsScreen::setLoginItem);
+    startupLayout->addWidget(boolRow(
+        pref::kHideDockIcon, tr("Hide Dock icon"),
+        tr("While the window is closed, Tarvik leaves the dock and taskbar and stays in the tray. "
+           "Has no effect while the tray item is hidden, so Tarvik can always be reached.")));
+    layout->addWidget(startup);
+
+    // Sampling.
+    auto* monitor = new QGroupBox(tr("Live readings"), this);
+    auto* monitorLayout = new QFormLayout(monitor);
+    interval_ = new QDoubleSpinBox(monitor);
+    interval_->setObjectName(QStringLiteral("monitorInterval"));
+    const PreferenceKey* intervalKey = findPreferenceKey(pref::kMonitorInterval);
+    interval_->setRange(intervalKey->minimum.value_or(1), intervalKey->maximum.value_or(10));
+    interval_->setSingleStep(0.5);
+    interval_->setDecimals(1);
+    interval_->setSuffix(tr(" s"));
+    interval_->setAccessibleName(tr("Sampling interval in seconds"));
+    monitorLayout->addRow(tr("Sampling interval:"), interval_);
+    connect(interval_, &QDoubleSpinBox::valueChanged, this, [this](double v) {
+        prefs_.setValue(pref::kMonitorInterval, v);
+        prefs_.sync();
+    });
+    layout->addWidget(monitor);
+
+    // Permissions.
+    auto* permissions = new QGroupBox(tr("Permissions"), this);
+    auto* grid = new QGridLayout(permissions);
+    int row = 0;
+    for (AppPermission p : kAllPermissions) {
+        grid->addWidget(new QLabel(title(p), permissions), row, 0);
+        auto* status = new QLabel(tr("Checking…"), permissions);
+        status->setObjectName(QStringLiteral("permission_") + qs(rawKey(p)));
+        permissionStatus_[p] = status;
+        grid->addWidget(status, row, 1);
+        auto* open = new QPushButton(tr("Open Settings"), permissions);
+        open->setAccessibleName(tr("Open settings for %1").arg(title(p)));
+        connect(open, &QPushButton::clicked, this, [this, p] {
+            const QString explanation = PermissionProbe().openSettings(p);
+            if (!explanation.isEmpty()) {
+                QMessageBox::information(this, title(p), explanation);
+            }
+        });
+        grid->addWidget(open, row, 2);
+        ++row;
+    }
+    grid->setColumnStretch(1, 1);
+    layout->addWidget(permissions);
+    layout->addStretch(1);
+
+    connect(&permissionWatcher_, &QFutureWatcher<PermissionStatuses>::finished, this, [this] {
+        const PermissionStatuses statuses = permissionWatcher_.result();
+        for (auto& [p, label] : permissionStatus_) {
+            label->setText(statusText(statuses[p]));
+        }
+    });
+    connect(&prefs_, &Preferences::changed, this, &SettingsScreen::syncFromPreferences);
+    syncFromPreferences();
+}
+
+QWidget* SettingsScreen::boolRow(std::string_view key, const QString& label, const QString& note) {
+    auto* holder = new QWidget(this);
+    auto* v = new QVBoxLayout(holder);
+    v->setContentsMargins(0, 0, 0, 0);
+    v->setSpacing(0);
+    auto* box = new QCheckBox(label, holder);
+    box->setObjectName(qs(key));
+    boolRows_[key] = box;
+    connect(box, &QCheckBox::toggled, this, [this, key](bool on) {
+        prefs_.setValue(key, on);
+        prefs_.sync();
+    });
+    v->addWidget(box);
+    if (!note.isEmpty()) {
+        v->addWidget(noteLabel(note, holder));
+    }
+    return holder;
+}
+
+void SettingsScreen::syncFromPreferences() {
+    for (auto& [key, box] : boolRows_) {
+        const QSignalBlocker block(box);
+        box->setChecked(prefs_.value(key).toBool());
+    }
+    const auto chosen = prefs_.menuBarStats();
+    for (auto& [stat, box] : statRows_) {
+        const QSignalBlocker block(box);
+        box->setChecked(std::find(chosen.begin(), chosen.end(), stat) != chosen.end());
+        box->setEnabled(prefs_.menuBarShowsStats());
+    }
+    {
+        const QSignalBlocker block(interval_);
+        interval_->setValue(prefs_.monitorInterval());
+    }
+    {
+        const QSignalBlocker block(login_);
+        login_->setChecked(loginItem_.isEnabled());
+    }
+}
+
+void SettingsScreen::setLoginItem(bool on) {
+    try {
+        loginItem_.setEnabled(on);
+        loginError_->hide();
+    } catch (const LoginItemError& e) {
+        loginError_->setText(e.message);
+        loginError_->show();
+        const QSignalBlocker block(login_);
+        login_->setChecked(loginItem_.isEnabled());
+    }
+}
+
+void SettingsScreen::setTrayAvailable(bool available) { noTray_->setVisible(!available); }
+
+void SettingsScreen::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    probePermissions();
+}
+
+void SettingsScreen::probePermissions() {
+    if (!permissionWatcher_.isRunning()) {
+        // The microphone probe asks the sound server and may take a moment.
+        permissionWatcher_.setFuture(
+            QtConcurrent::run([] { return PermissionProbe().currentStatuses(); }));
+    }
+}
+
+} // namespace tarvik

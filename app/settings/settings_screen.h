@@ -1,0 +1,54 @@
+#pragma once
+
+#include "core/shell/app_permission.h"
+#include "core/shell/menu_bar_stat.h"
+
+#include <QFutureWatcher>
+#include <QWidget>
+
+#include <functional>
+#include <map>
+#include <string_view>
+
+class QCheckBox;
+class QDoubleSpinBox;
+class QLabel;
+class QPushButton;
+
+namespace tarvik {
+
+class LoginItem;
+class Preferences;
+
+// The shell's settings: the tray item and its readings, start-up, the sampling interval and the
+// permission statuses. Every row writes straight to the preference store.
+class SettingsScreen : public QWidget {
+    Q_OBJECT
+public:
+    SettingsScreen(Preferences& preferences, LoginItem& loginItem, QWidget* parent = nullptr);
+
+    // Whether a tray host exists; when none does the screen says so.
+    void setTrayAvailable(bool available);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QWidget* boolRow(std::string_view key, const QString& label, const QString& note = {});
+    void syncFromPreferences();
+    void setLoginItem(bool on);
+    void probePermissions();
+
+    Preferences& prefs_;
+    LoginItem& loginItem_;
+    std::map<std::string_view, QCheckBox*> boolRows_;
+    std::map<MenuBarStat, QCheckBox*> statRows_;
+    QDoubleSpinBox* interval_ = nullptr;
+    QCheckBox* login_ = nullptr;
+    QLabel* loginError_ = nullptr;
+    QLabel* noTray_ = nullptr;
+    std::map<AppPermission, QLabel*> permissionStatus_;
+    QFutureWatcher<PermissionStatuses> permissionWatcher_;
+};
+
+} // namespace tarvik

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "app/overview/overview_model.h"
+#include "core/shell/login_item.h"
+#include "core/shell/navigator.h"
+#include "core/shell/preferences.h"
+
+#include <QObject>
+
+namespace tarvik {
+
+// The long-lived models, created once at start and shared by the window and the tray, so both
+// show the same live data.
+class AppModels : public QObject {
+    Q_OBJECT
+public:
+    struct Options {
+        QString preferencesFile;
+        QString autostartDir;
+        QString executable;
+        MachineSummaryOptions summary;
+    };
+    static Options defaultOptions();
+
+    explicit AppModels(const Options& options, QObject* parent = nullptr);
+
+    Preferences& preferences() { return preferences_; }
+    Navigator& navigator() { return navigator_; }
+    LoginItem& loginItem() { return loginItem_; }
+    OverviewModel& overview() { return overview_; }
+
+private:
+    Preferences preferences_;
+    Navigator navigator_;
+    LoginItem loginItem_;
+    OverviewModel overview_;
+};
+
+} // namespace tarvik

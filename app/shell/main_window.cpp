@@ -1,0 +1,141 @@
+#include "app/shell/main_window.h"
+
+#include "app/overview/overview_screen.h"
+#include "app/settings/settings_screen.h"
+#include "app/shell/app_models.h"
+#include "app/shell/navigation_commands.h"
+#include "app/shell/section_icons.h"
+#include "app/shell/sidebar_model.h"
+#include "app/shell/unavailable_screen.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QListView>
+#include <QMenuBar>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStackedWidget>
+
+#include <utility>
+
+namespace tarvik {
+
+MainWindow::MainWindow(AppModels& models, QWidget* parent)
+    : QMainWindow(parent), models_(models) {
+    setObjectName(QStringLiteral("main"));
+    setWindowTitle(QStringLiteral("Tarvik"));
+    setWindowIcon(appIcon());
+    resize(980, 640);
+
+    sidebarModel_ = new SidebarModel(this);
+    sidebar_ = new QListView(this);
+    sidebar_->setObjectName(QStringLiteral("sidebar"));
+    sidebar_->setAccessibleName(tr("Sections"));
+    sidebar_->setModel(sidebarModel_);
+    sidebar_->setSelectionMode(QAbstractItemView::SingleSelection);
+    sidebar_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    sidebar_->setIconSize(QSize(18, 18));
+    sidebar_->setSpacing(1);
+    sidebar_->setMinimumWidth(190);
+    sidebar_->setFrameShape(QFrame::NoFrame);
+    sidebar_->setBackgroundRole(QPalette::Window);
+
+    stack_ = new QStackedWidget(this);
+    stack_->setObjectName(QStringLiteral("detail"));
+
+    auto* splitter = new QSplitter(this);
+    splitter->addWidget(sidebar_);
+    splitter->addWidget(stack_);
+    splitter->setStretchFactor(1, 1);
+    splitter->setCollapsible(0, false);
+    splitter->setSizes({210, 770});
+    setCentralWidget(splitter);
+
+    auto* fileMenu = menuBar()->addMenu(tr("&File"));
+    auto* quit = fileMenu->addAction(tr("&Quit Tarvik"));
+    quit->setShortcut(QKeySequence::Quit);
+    connect(quit, &QAction::triggered, this, &MainWindow::quitRequested);
+    menuBar()->addMenu(NavigationCommands::createMenu(models_.navigator(), this));
+
+    Navigator& nav = models_.navigator();
+    connect(sidebar_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this, &nav](const QModelIndex& current) {
+                if (auto section = sidebarModel_->sectionAt(current)) {
+                    nav.select(*section);
+                }
+            });
+    connect(&nav, &Navigator::selectionChanged, this, &MainWindow::showSection);
+    showSection(nav.selection());
+}
+
+QWidget* MainWindow::currentScreen() const { return stack_->currentWidget(); }
+
+void MainWindow::setPolicyWhenClosed(std::function<ActivationPolicy()> policy) {
+    policyWhenClosed_ = std::move(policy);
+}
+
+void MainWindow::present() {
+    if (isMinimized()) {
+        showNormal();
+    } else {
+        show();
+    }
+    raise();
+    activateWindow();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    // Closing never quits: Tarvik stays in the tray, or in the taskbar when it keeps an entry.
+    event->ignore();
+    const auto policy = policyWhenClosed_ ? policyWhenClosed_() : ActivationPolicy::Regular;
+    if (policy == ActivationPolicy::Regular) {
+        showMinimized();
+    } else {
+        hide();
+        emit openChanged(false);
+    }
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    emit openChanged(true);
+}
+
+void MainWindow::showSection(AppSection section) {
+    auto it = screens_.find(section);
+    if (it == screens_.end()) {
+        // A screen is built the first time it is shown, so start-up stays quick.
+        it = screens_.emplace(section, createScreen(section)).first;
+        stack_->addWidget(it->second);
+    }
+    stack_->setCurrentWidget(it->second);
+    const QModelIndex index = sidebarModel_->indexOf(section);
+    if (sidebar_->currentIndex() != index) {
+        sidebar_->setCurrentIndex(index);
+    }
+}
+
+QWidget* MainWindow::createScreen(AppSection section) {
+    QWidget* screen = nullptr;
+    switch (section) {
+    case AppSection::Overview:
+        screen = new OverviewScreen(models_.overview(), this);
+        break;
+    case AppSection::Settings:
+        screen = new SettingsScreen(models_.preferences(), models_.loginItem(), this);
+        break;
+    default:
+        screen = new UnavailableScreen(section, this);
+        break;
+    }
+    screen->setObjectName(QString::fromUtf8(info(section).rawKey.data(),
+                                            static_cast<qsizetype>(info(section).rawKey.size())));
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidget(screen);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setObjectName(screen->objectName() + QStringLiteral("Scroll"));
+    return scroll;
+}
+
+} // namespace tarvik

@@ -1,0 +1,110 @@
+#include "app/shell/sidebar_model.h"
+
+#include "app/shell/section_icons.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace tarvik {
+namespace {
+
+QString qs(std::string_view s) {
+    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+} // namespace
+
+SidebarModel::SidebarModel(QObject* parent) : QAbstractListModel(parent) {
+    for (const auto& s : allSections()) {
+        if (!s.group && s.section != AppSection::Settings) {
+            rows_.push_back({s.section, std::nullopt});
+        }
+    }
+    for (SectionGroup g : allGroups()) {
+        const auto members = sections(g);
+        if (members.empty()) {
+            continue; // a group without sections has no heading
+        }
+        rows_.push_back({std::nullopt, g});
+        for (AppSection s : members) {
+            rows_.push_back({s, std::nullopt});
+        }
+    }
+    rows_.push_back({AppSection::Settings, std::nullopt});
+}
+
+int SidebarModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+QVariant SidebarModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= rowCount()) {
+        return {};
+    }
+    const Row& row = rows_[static_cast<std::size_t>(index.row())];
+    if (row.heading) {
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::AccessibleTextRole:
+            return qs(rawValue(*row.heading));
+        case Qt::FontRole: {
+            QFont f;
+            f.setBold(true);
+            f.setPointSizeF(f.pointSizeF() * 0.85);
+            return f;
+        }
+        case Qt::ForegroundRole:
+            // Headings cannot be selected, but they are labels, not disabled rows.
+            return QGuiApplication::palette().brush(QPalette::PlaceholderText);
+        case IsHeadingRole:
+            return true;
+        default:
+            return {};
+        }
+    }
+    const SectionInfo& s = info(*row.section);
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+        return qs(s.title);
+    case Qt::DecorationRole:
+        return sectionIcon(s.section);
+    case SectionRole:
+        return static_cast<int>(s.section);
+    case RawKeyRole:
+        return qs(s.rawKey);
+    case IsHeadingRole:
+        return false;
+    default:
+        return {};
+    }
+}
+
+Qt::ItemFlags SidebarModel::flags(const QModelIndex& index) const {
+    if (!index.isValid()) {
+        return Qt::NoItemFlags;
+    }
+    if (rows_[static_cast<std::size_t>(index.row())].heading) {
+        return Qt::NoItemFlags;
+    }
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+}
+
+QModelIndex SidebarModel::indexOf(AppSection section) const {
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        if (rows_[i].section == section) {
+            return index(static_cast<int>(i));
+        }
+    }
+    return {};
+}
+
+std::optional<AppSection> SidebarModel::sectionAt(const QModelIndex& index) const {
+    if (!index.isValid() || index.row() >= rowCount()) {
+        return std::nullopt;
+    }
+    return rows_[static_cast<std::size_t>(index.row())].section;
+}
+
+} // namespace tarvik

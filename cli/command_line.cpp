@@ -4,9 +4,10 @@
 #include "cli/output.h"
 
 #include <QCoreApplication>
-
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <string>
 
 namespace tarvik::cli {
 namespace {
@@ -34,16 +35,17 @@ int runHeadless(int argc, char** argv, const std::function<int()>& work) {
 }
 
 // Qt's own window options ("-platform offscreen", "-style Fusion") pass through to the window;
-// a bare word that follows no option is a mistyped command.
-const char* strayWord(const std::vector<std::string>& extras) {
+// a bare word that follows no option is a mistyped command, and "--" options are ours alone.
+std::optional<std::string> strayArgument(const std::vector<std::string>& extras) {
     for (std::size_t i = 0; i < extras.size(); ++i) {
-        const bool option = extras[i].starts_with('-');
-        const bool afterOption = i > 0 && extras[i - 1].starts_with('-');
-        if (!option && !afterOption) {
-            return extras[i].c_str();
+        const bool qtOption = extras[i].starts_with('-') && !extras[i].starts_with("--");
+        const bool afterQtOption =
+            i > 0 && extras[i - 1].starts_with('-') && !extras[i - 1].starts_with("--");
+        if (!qtOption && !afterQtOption) {
+            return extras[i];
         }
     }
-    return nullptr;
+    return std::nullopt;
 }
 
 } // namespace
@@ -61,7 +63,6 @@ int run(int argc, char** argv, GuiEntry gui) {
                  "display).",
                  "tarvik"};
     app.set_version_flag("--version", std::string("tarvik ") + TARVIK_VERSION);
-    app.allow_extras();
     bool loginItem = false;
     bool launchFolders = false;
     app.add_flag("--login-item", loginItem, "Started from the login autostart entry");
@@ -72,6 +73,9 @@ int run(int argc, char** argv, GuiEntry gui) {
     CommandResult result;
     addStatusCommand(app, result);
     addSettingsCommand(app, result);
+    // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
+    // comes after they are added.
+    app.allow_extras();
 
     try {
         app.parse(argc, argv);
@@ -90,9 +94,11 @@ int run(int argc, char** argv, GuiEntry gui) {
     if (result.run) {
         return runHeadless(argc, argv, result.run);
     }
-    if (const char* word = strayWord(guiCmd->parsed() ? guiCmd->remaining() : app.remaining())) {
-        printError(QStringLiteral("\"%1\" is not a tarvik command. Run `tarvik --help` to see them.")
-                       .arg(QString::fromLocal8Bit(word)));
+    if (const auto stray =
+            strayArgument(guiCmd->parsed() ? guiCmd->remaining() : app.remaining())) {
+        printError(QStringLiteral("\"%1\" is not a tarvik command or option. Run `tarvik --help` "
+                                  "to see them.")
+                       .arg(QString::fromStdString(*stray)));
         return kExitUsage;
     }
 

@@ -5,7 +5,9 @@
 
 namespace tarvik::cli {
 
-bool stdoutIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
+bool stdoutIsTerminal() {
+    return ::isatty(STDOUT_FILENO) == 1;
+}
 
 void printLine(const QString& text) {
     const QByteArray utf8 = text.toUtf8();

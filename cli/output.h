@@ -2,7 +2,6 @@
 
 #include <QJsonDocument>
 #include <QString>
-
 #include <utility>
 #include <vector>
 

@@ -4,7 +4,6 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
-
 #include <memory>
 
 namespace tarvik::cli {
@@ -60,7 +59,8 @@ int list(bool asJson) {
         if (!prefs.isStored(key.key)) {
             value += QStringLiteral(" (default)");
         }
-        rows.emplace_back(qs(key.key), value.leftJustified(18) + QLatin1Char(' ') + qs(key.meaning));
+        rows.emplace_back(qs(key.key),
+                          value.leftJustified(18) + QLatin1Char(' ') + qs(key.meaning));
     }
     printRows(rows);
     return kExitOk;
@@ -118,23 +118,39 @@ void addSettingsCommand(CLI::App& app, CommandResult& result) {
     auto* listCmd = cmd->add_subcommand("list", "Show every setting with its value");
     auto json = std::make_shared<bool>(false);
     listCmd->add_flag("--json", *json, "Print JSON for scripts");
-    listCmd->callback([json, &result] { result.run = [json] { return list(*json); }; });
+    listCmd->callback([json, &result] {
+        result.run = [json] {
+            return list(*json);
+        };
+    });
 
     auto key = std::make_shared<std::string>();
     auto value = std::make_shared<std::string>();
 
     auto* getCmd = cmd->add_subcommand("get", "Print one setting's value");
     getCmd->add_option("key", *key, "The setting's key")->required();
-    getCmd->callback([key, &result] { result.run = [key] { return get(*key); }; });
+    getCmd->callback([key, &result] {
+        result.run = [key] {
+            return get(*key);
+        };
+    });
 
     auto* setCmd = cmd->add_subcommand("set", "Change one setting");
     setCmd->add_option("key", *key, "The setting's key")->required();
     setCmd->add_option("value", *value, "The new value")->required();
-    setCmd->callback([key, value, &result] { result.run = [key, value] { return set(*key, *value); }; });
+    setCmd->callback([key, value, &result] {
+        result.run = [key, value] {
+            return set(*key, *value);
+        };
+    });
 
     auto* resetCmd = cmd->add_subcommand("reset", "Put one setting back to its default");
     resetCmd->add_option("key", *key, "The setting's key")->required();
-    resetCmd->callback([key, &result] { result.run = [key] { return reset(*key); }; });
+    resetCmd->callback([key, &result] {
+        result.run = [key] {
+            return reset(*key);
+        };
+    });
 }
 
 } // namespace tarvik::cli

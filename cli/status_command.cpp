@@ -4,7 +4,6 @@
 #include "core/platform/xdg_paths.h"
 
 #include <QJsonDocument>
-
 #include <memory>
 
 namespace tarvik::cli {
@@ -27,7 +26,11 @@ void addStatusCommand(CLI::App& app, CommandResult& result) {
     auto* cmd = app.add_subcommand("status", "Print a summary of this machine");
     auto json = std::make_shared<bool>(false);
     cmd->add_flag("--json", *json, "Print JSON for scripts");
-    cmd->callback([json, &result] { result.run = [json] { return printStatus(*json); }; });
+    cmd->callback([json, &result] {
+        result.run = [json] {
+            return printStatus(*json);
+        };
+    });
 }
 
 } // namespace tarvik::cli

@@ -6,7 +6,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-
 #include <utility>
 
 namespace tarvik {
@@ -48,7 +47,9 @@ QString DockFolderStore::defaultSupportDirectory() {
     return xdg::applicationSupport() + QStringLiteral("/DockFolders");
 }
 
-QString DockFolderStore::listPath() const { return dir_ + QStringLiteral("/folders.json"); }
+QString DockFolderStore::listPath() const {
+    return dir_ + QStringLiteral("/folders.json");
+}
 
 std::vector<AppFolder> DockFolderStore::load() const {
     QFile f(listPath());

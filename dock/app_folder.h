@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QString>
 #include <QUuid>
-
 #include <optional>
 #include <vector>
 

@@ -1,7 +1,6 @@
 #include "app/overview/overview_model.h"
 
 #include <QtConcurrent/QtConcurrentRun>
-
 #include <utility>
 
 namespace tarvik {
@@ -21,7 +20,8 @@ void OverviewModel::refresh() {
         return;
     }
     // statvfs on a home folder that sits on a network share can block; keep it off the window.
-    watcher_.setFuture(QtConcurrent::run([options = options_] { return readMachineSummary(options); }));
+    watcher_.setFuture(
+        QtConcurrent::run([options = options_] { return readMachineSummary(options); }));
     emit loadingChanged(true);
 }
 

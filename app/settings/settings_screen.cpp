@@ -16,7 +16,6 @@
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 #include <QtConcurrent/QtConcurrentRun>
-
 #include <algorithm>
 
 namespace tarvik {
@@ -86,8 +85,8 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     login_ = new QCheckBox(tr("Start at login"), startup);
     login_->setObjectName(QStringLiteral("startAtLogin"));
     startupLayout->addWidget(login_);
-    startupLayout->addWidget(noteLabel(tr("Tarvik starts quietly in the tray when you sign in."),
-                                       startup));
+    startupLayout->addWidget(
+        noteLabel(tr("Tarvik starts quietly in the tray when you sign in."), startup));
     loginError_ = noteLabel({}, startup);
     loginError_->setObjectName(QStringLiteral("loginError"));
     loginError_->setForegroundRole(QPalette::NoRole);
@@ -206,7 +205,9 @@ void SettingsScreen::setLoginItem(bool on) {
     }
 }
 
-void SettingsScreen::setTrayAvailable(bool available) { noTray_->setVisible(!available); }
+void SettingsScreen::setTrayAvailable(bool available) {
+    noTray_->setVisible(!available);
+}
 
 void SettingsScreen::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);

@@ -5,7 +5,6 @@
 
 #include <QFutureWatcher>
 #include <QWidget>
-
 #include <functional>
 #include <map>
 #include <string_view>

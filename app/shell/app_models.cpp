@@ -7,8 +7,10 @@
 namespace tarvik {
 
 AppModels::Options AppModels::defaultOptions() {
-    return {Preferences::defaultFilePath(), xdg::autostartDir(),
-            QCoreApplication::applicationFilePath(), {"/", xdg::home()}};
+    return {Preferences::defaultFilePath(),
+            xdg::autostartDir(),
+            QCoreApplication::applicationFilePath(),
+            {"/", xdg::home()}};
 }
 
 AppModels::AppModels(const Options& options, QObject* parent)

@@ -14,7 +14,9 @@ GuiShell::GuiShell(AppModels& models, bool isLoginLaunch, QObject* parent)
 
 GuiShell::~GuiShell() = default;
 
-bool GuiShell::trayReachable() const { return tray_ && tray_->isShown(); }
+bool GuiShell::trayReachable() const {
+    return tray_ && tray_->isShown();
+}
 
 ActivationPolicy GuiShell::wantedPolicy(bool windowOpen) const {
     // Only a tray item the user can really click counts: without a tray host, hiding the

@@ -3,7 +3,6 @@
 #include "core/shell/startup.h"
 
 #include <QObject>
-
 #include <memory>
 
 namespace tarvik {
@@ -40,6 +39,5 @@ private:
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<TrayItem> tray_;
 };
-
 
 } // namespace tarvik

@@ -15,13 +15,11 @@
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
-
 #include <utility>
 
 namespace tarvik {
 
-MainWindow::MainWindow(AppModels& models, QWidget* parent)
-    : QMainWindow(parent), models_(models) {
+MainWindow::MainWindow(AppModels& models, QWidget* parent) : QMainWindow(parent), models_(models) {
     setObjectName(QStringLiteral("main"));
     setWindowTitle(QStringLiteral("Tarvik"));
     setWindowIcon(appIcon());
@@ -68,7 +66,9 @@ MainWindow::MainWindow(AppModels& models, QWidget* parent)
     showSection(nav.selection());
 }
 
-QWidget* MainWindow::currentScreen() const { return stack_->currentWidget(); }
+QWidget* MainWindow::currentScreen() const {
+    return stack_->currentWidget();
+}
 
 void MainWindow::setPolicyWhenClosed(std::function<ActivationPolicy()> policy) {
     policyWhenClosed_ = std::move(policy);

@@ -4,7 +4,6 @@
 #include "core/shell/startup.h"
 
 #include <QMainWindow>
-
 #include <functional>
 #include <map>
 

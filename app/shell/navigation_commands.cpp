@@ -22,19 +22,18 @@ QKeySequence NavigationCommands::shortcut(AppSection section) {
 QMenu* NavigationCommands::createMenu(Navigator& navigator, QWidget* parent) {
     auto* menu = new QMenu(QObject::tr("&Go"), parent);
     for (const auto& s : allSections()) {
-        auto* action = menu->addAction(sectionIcon(s.section),
-                                       QString::fromUtf8(s.title.data(),
-                                                         static_cast<qsizetype>(s.title.size())));
+        auto* action = menu->addAction(
+            sectionIcon(s.section),
+            QString::fromUtf8(s.title.data(), static_cast<qsizetype>(s.title.size())));
         action->setShortcut(shortcut(s.section));
         action->setCheckable(true);
         action->setChecked(navigator.selection() == s.section);
         action->setData(static_cast<int>(s.section));
         QObject::connect(action, &QAction::triggered, &navigator,
                          [&navigator, section = s.section] { navigator.select(section); });
-        QObject::connect(&navigator, &Navigator::selectionChanged, action,
-                         [action, section = s.section](AppSection now) {
-                             action->setChecked(now == section);
-                         });
+        QObject::connect(
+            &navigator, &Navigator::selectionChanged, action,
+            [action, section = s.section](AppSection now) { action->setChecked(now == section); });
         if (s.section == AppSection::Overview || s.section == AppSection::KeepAwake) {
             menu->addSeparator();
         }

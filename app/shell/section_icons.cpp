@@ -5,7 +5,6 @@
 #include <QPainterPath>
 #include <QPalette>
 #include <QPixmap>
-
 #include <map>
 
 namespace tarvik {

@@ -3,7 +3,6 @@
 #include "core/shell/app_section.h"
 
 #include <QAbstractListModel>
-
 #include <optional>
 #include <vector>
 

@@ -2,7 +2,6 @@
 
 #include <QLocalServer>
 #include <QLocalSocket>
-
 #include <unistd.h>
 #include <utility>
 

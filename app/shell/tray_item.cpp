@@ -15,9 +15,9 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     connect(open, &QAction::triggered, this, &TrayItem::openWindowRequested);
     auto* go = menu_->addMenu(tr("Go To"));
     for (const auto& s : allSections()) {
-        auto* action = go->addAction(sectionIcon(s.section),
-                                     QString::fromUtf8(s.title.data(),
-                                                       static_cast<qsizetype>(s.title.size())));
+        auto* action = go->addAction(
+            sectionIcon(s.section),
+            QString::fromUtf8(s.title.data(), static_cast<qsizetype>(s.title.size())));
         connect(action, &QAction::triggered, this, [this, section = s.section] {
             models_.navigator().select(section);
             emit openWindowRequested();
@@ -43,11 +43,17 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     applyPreferences();
 }
 
-TrayItem::~TrayItem() { delete menu_; }
+TrayItem::~TrayItem() {
+    delete menu_;
+}
 
-bool TrayItem::trayAvailable() { return QSystemTrayIcon::isSystemTrayAvailable(); }
+bool TrayItem::trayAvailable() {
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
 
-bool TrayItem::isShown() const { return icon_->isVisible() && trayAvailable(); }
+bool TrayItem::isShown() const {
+    return icon_->isVisible() && trayAvailable();
+}
 
 void TrayItem::applyPreferences() {
     const bool wanted = models_.preferences().showMenuBarExtra();

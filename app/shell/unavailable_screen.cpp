@@ -18,9 +18,9 @@ UnavailableScreen::UnavailableScreen(AppSection section, QWidget* parent) : QWid
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     const auto& t = info(section).title;
-    layout->addWidget(new ScreenHeader(
-        QString::fromUtf8(t.data(), static_cast<qsizetype>(t.size())), sectionSubtitle(section),
-        this));
+    layout->addWidget(
+        new ScreenHeader(QString::fromUtf8(t.data(), static_cast<qsizetype>(t.size())),
+                         sectionSubtitle(section), this));
     auto* label = new QLabel(message(section), this);
     label->setObjectName(QStringLiteral("unavailableMessage"));
     label->setWordWrap(true);

@@ -107,7 +107,9 @@ QJsonValue json(const std::optional<std::uint64_t>& v) {
     return v ? QJsonValue(static_cast<double>(*v)) : QJsonValue(QJsonValue::Null);
 }
 
-QString unknown() { return QStringLiteral("Not reported"); }
+QString unknown() {
+    return QStringLiteral("Not reported");
+}
 
 QString used(std::optional<std::uint64_t> total, std::optional<std::uint64_t> free) {
     if (!total || !free || *free > *total) {
@@ -133,17 +135,16 @@ std::vector<SummaryRow> describe(const MachineSummary& s) {
         system += QStringLiteral(", kernel ") + s.kernel;
     }
     rows.push_back({QStringLiteral("System"), system});
-    rows.push_back({QStringLiteral("Uptime"), s.uptimeSeconds
-                                                  ? MetricFormat::duration(*s.uptimeSeconds)
-                                                  : unknown()});
+    rows.push_back({QStringLiteral("Uptime"),
+                    s.uptimeSeconds ? MetricFormat::duration(*s.uptimeSeconds) : unknown()});
     rows.push_back({QStringLiteral("Memory"), used(s.memoryTotal, s.memoryAvailable)});
     rows.push_back({QStringLiteral("Swap"), used(s.swapTotal, s.swapFree)});
     QString disk = unknown();
     if (s.homeDiskFree && s.homeDiskTotal) {
-        disk = QStringLiteral("%1 free of %2 (%3)")
-                   .arg(MetricFormat::bytes(static_cast<std::int64_t>(*s.homeDiskFree)),
-                        MetricFormat::bytes(static_cast<std::int64_t>(*s.homeDiskTotal)),
-                        s.homePath);
+        disk =
+            QStringLiteral("%1 free of %2 (%3)")
+                .arg(MetricFormat::bytes(static_cast<std::int64_t>(*s.homeDiskFree)),
+                     MetricFormat::bytes(static_cast<std::int64_t>(*s.homeDiskTotal)), s.homePath);
     }
     rows.push_back({QStringLiteral("Home disk"), disk});
     return rows;

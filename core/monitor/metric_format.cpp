@@ -43,14 +43,14 @@ QString duration(double seconds) {
     }
     if (minutes < 1440) {
         const auto rest = minutes % 60;
-        return rest == 0 ? plural(minutes / 60, "hour")
-                         : plural(minutes / 60, "hour") + QStringLiteral(", ") +
-                               plural(rest, "minute");
+        return rest == 0
+                   ? plural(minutes / 60, "hour")
+                   : plural(minutes / 60, "hour") + QStringLiteral(", ") + plural(rest, "minute");
     }
     const auto hours = (minutes % 1440) / 60;
-    return hours == 0 ? plural(minutes / 1440, "day")
-                      : plural(minutes / 1440, "day") + QStringLiteral(", ") +
-                            plural(hours, "hour");
+    return hours == 0
+               ? plural(minutes / 1440, "day")
+               : plural(minutes / 1440, "day") + QStringLiteral(", ") + plural(hours, "hour");
 }
 
 QString percent(double fraction) {

@@ -11,9 +11,12 @@ MemInfo parseMeminfo(std::string_view text) {
         std::optional<std::uint64_t> MemInfo::*member;
     };
     static constexpr Field kFields[] = {
-        {"MemTotal", &MemInfo::memTotal},   {"MemFree", &MemInfo::memFree},
-        {"MemAvailable", &MemInfo::memAvailable}, {"Buffers", &MemInfo::buffers},
-        {"Cached", &MemInfo::cached},       {"SwapTotal", &MemInfo::swapTotal},
+        {"MemTotal", &MemInfo::memTotal},
+        {"MemFree", &MemInfo::memFree},
+        {"MemAvailable", &MemInfo::memAvailable},
+        {"Buffers", &MemInfo::buffers},
+        {"Cached", &MemInfo::cached},
+        {"SwapTotal", &MemInfo::swapTotal},
         {"SwapFree", &MemInfo::swapFree},
     };
     while (!text.empty()) {
@@ -35,8 +38,8 @@ MemInfo parseMeminfo(std::string_view text) {
             continue;
         }
         // Every size field is in kibibytes ("kB"); the unit is absent only on counts.
-        const bool kib = std::string_view(end, rest.data() + rest.size()).find("kB") !=
-                         std::string_view::npos;
+        const bool kib =
+            std::string_view(end, rest.data() + rest.size()).find("kB") != std::string_view::npos;
         for (const auto& f : kFields) {
             if (f.name == name && kib) {
                 m.*(f.member) = value * 1024;

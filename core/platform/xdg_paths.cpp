@@ -1,7 +1,6 @@
 #include "core/platform/xdg_paths.h"
 
 #include <QDir>
-
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
@@ -31,12 +30,20 @@ QString home() {
     return QStringLiteral("/");
 }
 
-QString configHome() { return fromEnv("XDG_CONFIG_HOME", home() + QStringLiteral("/.config")); }
+QString configHome() {
+    return fromEnv("XDG_CONFIG_HOME", home() + QStringLiteral("/.config"));
+}
 
-QString dataHome() { return fromEnv("XDG_DATA_HOME", home() + QStringLiteral("/.local/share")); }
+QString dataHome() {
+    return fromEnv("XDG_DATA_HOME", home() + QStringLiteral("/.local/share"));
+}
 
-QString autostartDir() { return configHome() + QStringLiteral("/autostart"); }
+QString autostartDir() {
+    return configHome() + QStringLiteral("/autostart");
+}
 
-QString applicationSupport() { return dataHome() + QStringLiteral("/Tarvik"); }
+QString applicationSupport() {
+    return dataHome() + QStringLiteral("/Tarvik");
+}
 
 } // namespace tarvik::xdg

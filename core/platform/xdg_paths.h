@@ -7,9 +7,9 @@
 namespace tarvik::xdg {
 
 QString home();
-QString configHome();     // $XDG_CONFIG_HOME or ~/.config
-QString dataHome();       // $XDG_DATA_HOME or ~/.local/share
-QString autostartDir();   // configHome()/autostart
+QString configHome();   // $XDG_CONFIG_HOME or ~/.config
+QString dataHome();     // $XDG_DATA_HOME or ~/.local/share
+QString autostartDir(); // configHome()/autostart
 // Where every "Tarvik/…" file lives: dataHome()/Tarvik.
 QString applicationSupport();
 

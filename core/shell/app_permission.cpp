@@ -7,15 +7,16 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
-
-#include <unistd.h>
 #include <optional>
+#include <unistd.h>
 #include <utility>
 
 namespace tarvik {
 namespace {
 
-QString env(const char* name) { return qEnvironmentVariable(name); }
+QString env(const char* name) {
+    return qEnvironmentVariable(name);
+}
 
 // Runs a small query tool; empty when it is missing, fails or hangs.
 std::optional<QString> runTool(const QString& program, const QStringList& args) {
@@ -123,20 +124,22 @@ PermissionStatus PermissionProbe::fullDiskAccess() const {
 
 PermissionStatus PermissionProbe::accessibility() const {
     const QDir input(root_ + QStringLiteral("/dev/input"));
-    for (const QString& name : input.entryList({QStringLiteral("event*")}, QDir::System)) {
+    for (const QString& name :
+         input.entryList({QStringLiteral("event*")}, QDir::System | QDir::Files)) {
         if (::access(QFile::encodeName(input.filePath(name)).constData(), R_OK) == 0) {
             return PermissionStatus::Granted;
         }
     }
-    const bool x11 = env_.sessionType == QLatin1String("x11") ||
-                     (env_.sessionType.isEmpty() && !env_.display.isEmpty() &&
-                      env_.waylandDisplay.isEmpty());
+    const bool x11 =
+        env_.sessionType == QLatin1String("x11") ||
+        (env_.sessionType.isEmpty() && !env_.display.isEmpty() && env_.waylandDisplay.isEmpty());
     return x11 ? PermissionStatus::Granted : PermissionStatus::NotGranted;
 }
 
 PermissionStatus PermissionProbe::microphone() const {
-    if (auto out = runTool(QStringLiteral("pactl"), {QStringLiteral("list"), QStringLiteral("short"),
-                                                      QStringLiteral("sources")})) {
+    if (auto out =
+            runTool(QStringLiteral("pactl"),
+                    {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sources")})) {
         // Monitor sources only echo what is played; they are not microphones.
         for (const QString& line : out->split('\n', Qt::SkipEmptyParts)) {
             const QString name = line.section('\t', 1, 1);
@@ -148,7 +151,7 @@ PermissionStatus PermissionProbe::microphone() const {
     }
     if (auto out = runTool(QStringLiteral("pw-dump"), {})) {
         return out->contains(QLatin1String("\"Audio/Source\"")) ? PermissionStatus::Granted
-                                                                 : PermissionStatus::NotGranted;
+                                                                : PermissionStatus::NotGranted;
     }
     return PermissionStatus::NotDetermined;
 }
@@ -162,8 +165,8 @@ PermissionStatus PermissionProbe::notifications() const {
     if (bus.interface()->isServiceRegistered(service)) {
         return PermissionStatus::Granted;
     }
-    const QDBusReply<QStringList> activatable = bus.interface()->call(
-        QStringLiteral("ListActivatableNames"));
+    const QDBusReply<QStringList> activatable =
+        bus.interface()->call(QStringLiteral("ListActivatableNames"));
     return activatable.isValid() && activatable.value().contains(service)
                ? PermissionStatus::Granted
                : PermissionStatus::NotGranted;

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QStringList>
-
 #include <array>
 #include <string_view>
 
@@ -35,10 +34,10 @@ struct SettingsAction {
 class PermissionProbe {
 public:
     struct Environment {
-        QString sessionType;     // XDG_SESSION_TYPE
-        QString display;         // DISPLAY
-        QString waylandDisplay;  // WAYLAND_DISPLAY
-        QString currentDesktop;  // XDG_CURRENT_DESKTOP
+        QString sessionType;    // XDG_SESSION_TYPE
+        QString display;        // DISPLAY
+        QString waylandDisplay; // WAYLAND_DISPLAY
+        QString currentDesktop; // XDG_CURRENT_DESKTOP
         static Environment fromProcess();
     };
 
@@ -61,7 +60,9 @@ public:
     // Opens the matching settings panel; returns the explanation to show when it could not.
     QString openSettings(AppPermission permission) const;
     // Linux asks for none of these at run time, so requesting is opening the settings.
-    QString requestOrOpenSettings(AppPermission permission) const { return openSettings(permission); }
+    QString requestOrOpenSettings(AppPermission permission) const {
+        return openSettings(permission);
+    }
 
 private:
     QString root_;

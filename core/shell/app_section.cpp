@@ -55,9 +55,13 @@ constexpr auto kUtilities = membersOf<G::Utilities>();
 
 } // namespace
 
-std::span<const SectionInfo, kSectionCount> allSections() { return kSections; }
+std::span<const SectionInfo, kSectionCount> allSections() {
+    return kSections;
+}
 
-const SectionInfo& info(AppSection section) { return kSections[static_cast<std::size_t>(section)]; }
+const SectionInfo& info(AppSection section) {
+    return kSections[static_cast<std::size_t>(section)];
+}
 
 std::optional<AppSection> sectionFromRawKey(std::string_view rawKey) {
     for (const auto& s : kSections) {
@@ -68,7 +72,9 @@ std::optional<AppSection> sectionFromRawKey(std::string_view rawKey) {
     return std::nullopt;
 }
 
-std::span<const SectionGroup, 4> allGroups() { return kGroups; }
+std::span<const SectionGroup, 4> allGroups() {
+    return kGroups;
+}
 
 std::string_view rawValue(SectionGroup group) {
     switch (group) {

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 #include <QSaveFile>
-
 #include <utility>
 
 namespace tarvik {
@@ -11,7 +10,9 @@ namespace tarvik {
 LoginItem::LoginItem(QString autostartDir, QString executable)
     : dir_(std::move(autostartDir)), executable_(std::move(executable)) {}
 
-QString LoginItem::entryPath() const { return dir_ + QLatin1Char('/') + QLatin1String(kEntryName); }
+QString LoginItem::entryPath() const {
+    return dir_ + QLatin1Char('/') + QLatin1String(kEntryName);
+}
 
 bool LoginItem::isEnabled() const {
     QFile f(entryPath());

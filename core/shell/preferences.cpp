@@ -4,39 +4,65 @@
 
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace tarvik {
 namespace {
 
 constexpr std::array<PreferenceKey, 8> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
-    {pref::kOpensWindowAtLaunch, PreferenceType::Bool, "true",
-     "A normal launch opens the main window.", {}, {}},
-    {pref::kMenuBarShowsIcon, PreferenceType::Bool, "true", "The tray item shows the app symbol.",
-     {}, {}},
-    {pref::kMenuBarShowsStats, PreferenceType::Bool, "false", "The tray item shows readings.", {},
+    {pref::kOpensWindowAtLaunch,
+     PreferenceType::Bool,
+     "true",
+     "A normal launch opens the main window.",
+     {},
      {}},
-    {pref::kMenuBarStats, PreferenceType::MenuBarStats, "cpu,memory",
-     "Readings the tray item shows: cpu, memory, download, upload, gpu, battery, agent.", {}, {}},
-    {pref::kHideDockIcon, PreferenceType::Bool, "false",
-     "Hide the taskbar entry while no window is open (only while the tray item is shown).", {},
+    {pref::kMenuBarShowsIcon,
+     PreferenceType::Bool,
+     "true",
+     "The tray item shows the app symbol.",
+     {},
+     {}},
+    {pref::kMenuBarShowsStats,
+     PreferenceType::Bool,
+     "false",
+     "The tray item shows readings.",
+     {},
+     {}},
+    {pref::kMenuBarStats,
+     PreferenceType::MenuBarStats,
+     "cpu,memory",
+     "Readings the tray item shows: cpu, memory, download, upload, gpu, battery, agent.",
+     {},
+     {}},
+    {pref::kHideDockIcon,
+     PreferenceType::Bool,
+     "false",
+     "Hide the taskbar entry while no window is open (only while the tray item is shown).",
+     {},
      {}},
     {pref::kMonitorInterval, PreferenceType::Double, "2", "Sampling interval in seconds.", 1.0,
      10.0},
-    {pref::kDockFoldersShowIndicators, PreferenceType::Bool, "false",
+    {pref::kDockFoldersShowIndicators,
+     PreferenceType::Bool,
+     "false",
      "Keeps a tiny helper running per folder so the Dock shows a dot while any of its apps are "
      "open. Takes effect on Apply.",
-     {}, {}},
+     {},
+     {}},
 }};
 
-QString qs(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
+QString qs(std::string_view s) {
+    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
 
 } // namespace
 
-std::span<const PreferenceKey> preferenceKeys() { return kKeys; }
+std::span<const PreferenceKey> preferenceKeys() {
+    return kKeys;
+}
 
 const PreferenceKey* findPreferenceKey(std::string_view key) {
     for (const auto& k : kKeys) {
@@ -81,12 +107,14 @@ ParsedPreference parsePreference(const PreferenceKey& key, const QString& text) 
         std::vector<MenuBarStat> chosen;
         for (const QString& piece : t.split(',', Qt::SkipEmptyParts)) {
             const QByteArray utf8 = piece.trimmed().toUtf8();
-            const auto stat = menuBarStatFromRawKey(std::string_view(utf8.constData(), utf8.size()));
+            const auto stat =
+                menuBarStatFromRawKey(std::string_view(utf8.constData(), utf8.size()));
             if (!stat) {
-                return {{},
-                        QStringLiteral("\"%1\" is not a reading; choose from cpu, memory, download, "
-                                       "upload, gpu, battery, agent.")
-                            .arg(piece.trimmed())};
+                return {
+                    {},
+                    QStringLiteral("\"%1\" is not a reading; choose from cpu, memory, download, "
+                                   "upload, gpu, battery, agent.")
+                        .arg(piece.trimmed())};
             }
             chosen.push_back(*stat);
         }
@@ -118,7 +146,9 @@ QString Preferences::defaultFilePath() {
     return xdg::configHome() + QStringLiteral("/Tarvik/Tarvik.conf");
 }
 
-QString Preferences::filePath() const { return settings_->fileName(); }
+QString Preferences::filePath() const {
+    return settings_->fileName();
+}
 
 QVariant Preferences::value(std::string_view key) const {
     const PreferenceKey* k = findPreferenceKey(key);
@@ -134,26 +164,49 @@ QVariant Preferences::value(std::string_view key) const {
     if (k->type == PreferenceType::Bool && stored.typeId() == QMetaType::Bool) {
         return stored;
     }
-    auto parsed = parsePreference(*k, stored.toString());
+    // An unquoted "a,b" in the file reads back as a list.
+    const QString text = stored.typeId() == QMetaType::QStringList
+                             ? stored.toStringList().join(QLatin1Char(','))
+                             : stored.toString();
+    if (k->type == PreferenceType::MenuBarStats) {
+        // Reading is lenient where writing is strict: unknown readings are ignored.
+        return QString::fromStdString(writeMenuBarStats(parseMenuBarStats(text.toStdString())));
+    }
+    auto parsed = parsePreference(*k, text);
     if (!parsed.ok() && k->type == PreferenceType::Double) {
         bool ok = false;
-        const double v = stored.toString().toDouble(&ok);
+        const double v = text.toDouble(&ok);
         // Out of range is the reader's to clamp; only non-numbers fall back.
         return ok ? QVariant(v) : fallback;
     }
     return parsed.ok() ? parsed.value : fallback;
 }
 
-bool Preferences::isStored(std::string_view key) const { return settings_->contains(qs(key)); }
+bool Preferences::isStored(std::string_view key) const {
+    return settings_->contains(qs(key));
+}
 
 void Preferences::setValue(std::string_view key, const QVariant& value) {
     settings_->setValue(qs(key), value);
+    remember(key);
     emit changed(qs(key));
 }
 
 void Preferences::reset(std::string_view key) {
     settings_->remove(qs(key));
+    remember(key);
     emit changed(qs(key));
+}
+
+void Preferences::remember(std::string_view key) {
+    if (lastSeen_.empty()) {
+        return; // not watching
+    }
+    for (std::size_t i = 0; i < kKeys.size(); ++i) {
+        if (kKeys[i].key == key) {
+            lastSeen_[i] = value(key);
+        }
+    }
 }
 
 bool Preferences::sync() {
@@ -166,6 +219,10 @@ std::vector<MenuBarStat> Preferences::menuBarStats() const {
 }
 
 void Preferences::watchFile() {
+    lastSeen_.clear();
+    for (const auto& k : kKeys) {
+        lastSeen_.push_back(value(k.key));
+    }
     auto* watcher = new QFileSystemWatcher(this);
     const QString path = filePath();
     const QString dir = path.section('/', 0, -2);
@@ -184,13 +241,13 @@ void Preferences::watchFile() {
 }
 
 void Preferences::reloadFromDisk() {
-    std::vector<QVariant> before;
-    for (const auto& k : kKeys) {
-        before.push_back(value(k.key));
-    }
     settings_->sync();
+    // Compared with what this store last saw, not with QSettings, whose shared cache may
+    // already hold the new contents.
     for (std::size_t i = 0; i < kKeys.size(); ++i) {
-        if (value(kKeys[i].key) != before[i]) {
+        QVariant now = value(kKeys[i].key);
+        if (now != lastSeen_[i]) {
+            lastSeen_[i] = std::move(now);
             emit changed(qs(kKeys[i].key));
         }
     }

@@ -6,7 +6,6 @@
 #include <QSettings>
 #include <QString>
 #include <QVariant>
-
 #include <memory>
 #include <optional>
 #include <span>
@@ -42,8 +41,8 @@ std::span<const PreferenceKey> preferenceKeys();
 const PreferenceKey* findPreferenceKey(std::string_view key);
 
 struct ParsedPreference {
-    QVariant value;    // valid when the text was accepted
-    QString error;     // the reason in the user's words otherwise
+    QVariant value; // valid when the text was accepted
+    QString error;  // the reason in the user's words otherwise
     bool ok() const { return error.isEmpty(); }
 };
 
@@ -89,8 +88,10 @@ signals:
 
 private:
     void reloadFromDisk();
+    void remember(std::string_view key);
 
     std::unique_ptr<QSettings> settings_;
+    std::vector<QVariant> lastSeen_; // filled while the file is watched
 };
 
 } // namespace tarvik

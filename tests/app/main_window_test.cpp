@@ -1,0 +1,147 @@
+#include "app/shell/app_models.h"
+#include "app/shell/gui_shell.h"
+#include "app/shell/main_window.h"
+#include "app/shell/sidebar_model.h"
+#include "app/shell/tray_item.h"
+#include "app/shell/unavailable_screen.h"
+#include "core/platform/xdg_paths.h"
+#include "tests/support/temp_home.h"
+
+#include <QAbstractButton>
+#include <QAbstractItemModelTester>
+#include <QApplication>
+#include <QLabel>
+#include <QListView>
+#include <QScrollArea>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+using tarvik::test::TempHome;
+
+namespace {
+
+AppModels::Options optionsIn(const TempHome& home) {
+    return {home.config() + "/Tarvik/Tarvik.conf",
+            home.config() + "/autostart",
+            "/usr/bin/tarvik",
+            {"/", home.path()}};
+}
+
+QWidget* screenInside(QWidget* scroll) {
+    auto* area = qobject_cast<QScrollArea*>(scroll);
+    return area ? area->widget() : nullptr;
+}
+
+} // namespace
+
+TEST(MainWindow, SidebarListsTheSeventeenSectionsInOrderUnderTheirGroups) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    MainWindow window(models);
+    EXPECT_EQ(window.windowTitle(), "Tarvik");
+    SidebarModel* model = window.sidebarModel();
+    QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+
+    QStringList rows;
+    int sections = 0;
+    for (int r = 0; r < model->rowCount(); ++r) {
+        const QModelIndex i = model->index(r);
+        const bool heading = i.data(SidebarModel::IsHeadingRole).toBool();
+        rows << (heading ? "[" + i.data().toString() + "]" : i.data().toString());
+        if (heading) {
+            EXPECT_FALSE(model->flags(i) & Qt::ItemIsSelectable) << r;
+        } else {
+            EXPECT_TRUE(model->flags(i) & Qt::ItemIsSelectable) << r;
+            EXPECT_EQ(i.data(SidebarModel::SectionRole).toInt(), sections++);
+            EXPECT_FALSE(i.data(Qt::DecorationRole).value<QIcon>().isNull()) << r;
+        }
+    }
+    EXPECT_EQ(sections, 17);
+    EXPECT_EQ(rows,
+              (QStringList{"Smart Scan",     "[Clean]",        "System Junk", "Large & Old Files",
+                           "Duplicates",     "Developer Junk", "[Analyze]",   "Space Lens",
+                           "System Monitor", "Dev Servers",    "Agents",      "Speed Test",
+                           "Device Check",   "System Info",    "[Manage]",    "Uninstaller",
+                           "Homebrew",       "Dock Folders",   "Keep Awake",  "Settings"}));
+}
+
+TEST(MainWindow, KeyboardAndMenuNavigationFollowOneSelection) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    MainWindow window(models);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    Navigator& nav = models.navigator();
+    EXPECT_EQ(screenInside(window.currentScreen())->objectName(), "overview");
+
+    QTest::keyClick(&window, Qt::Key_3, Qt::ControlModifier);
+    EXPECT_EQ(nav.selection(), AppSection::LargeFiles);
+    EXPECT_EQ(screenInside(window.currentScreen())->objectName(), "largeFiles");
+    EXPECT_EQ(window.sidebar()->currentIndex(),
+              window.sidebarModel()->indexOf(AppSection::LargeFiles));
+
+    QTest::keyClick(&window, Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(nav.selection(), AppSection::Settings);
+    QTest::keyClick(&window, Qt::Key_PageUp, Qt::ControlModifier);
+    EXPECT_EQ(nav.selection(), AppSection::KeepAwake);
+    QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier | Qt::AltModifier);
+    EXPECT_EQ(nav.selection(), AppSection::SpeedTest);
+
+    // Arrow keys in the sidebar step over the group headings.
+    nav.select(AppSection::ProjectJunk);
+    window.sidebar()->setFocus();
+    QTest::keyClick(window.sidebar(), Qt::Key_Down);
+    EXPECT_EQ(nav.selection(), AppSection::SpaceLens);
+    QTest::keyClick(window.sidebar(), Qt::Key_Up);
+    EXPECT_EQ(nav.selection(), AppSection::ProjectJunk);
+
+    // Something else (the tray menu, a tile) selecting a section moves the sidebar too.
+    nav.select(AppSection::Homebrew);
+    EXPECT_EQ(window.sidebar()->currentIndex(),
+              window.sidebarModel()->indexOf(AppSection::Homebrew));
+}
+
+TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    MainWindow window(models);
+    for (AppSection s : {AppSection::SystemJunk, AppSection::Monitor, AppSection::KeepAwake}) {
+        models.navigator().select(s);
+        QWidget* screen = screenInside(window.currentScreen());
+        ASSERT_NE(screen, nullptr);
+        auto* message = screen->findChild<QLabel*>("unavailableMessage");
+        ASSERT_NE(message, nullptr);
+        EXPECT_EQ(message->text(), UnavailableScreen::message(s));
+        EXPECT_TRUE(screen->findChildren<QAbstractButton*>().isEmpty());
+    }
+    EXPECT_EQ(UnavailableScreen::message(AppSection::SystemJunk),
+              "System Junk is not available in this version of Tarvik yet.");
+}
+
+TEST(GuiShell, ClosingTheWindowNeverLeavesTarvikUnreachable) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    models.preferences().setValue(pref::kHideDockIcon, true);
+    GuiShell shell(models, /*isLoginLaunch=*/false);
+    shell.start();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&shell.window()));
+    // The offscreen platform has no tray: hiding the taskbar entry would lose the program,
+    // so closing keeps it minimised.
+    ASSERT_FALSE(TrayItem::trayAvailable());
+    shell.window().close();
+    EXPECT_FALSE(shell.window().isHidden());
+    EXPECT_TRUE(shell.window().isMinimized());
+    EXPECT_EQ(shell.policy(), ActivationPolicy::Regular);
+    shell.openWindow();
+    EXPECT_FALSE(shell.window().isMinimized());
+}
+
+TEST(GuiShell, ASilentLoginStartWithoutATrayStillGivesAWindow) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    GuiShell shell(models, /*isLoginLaunch=*/true);
+    shell.start();
+    EXPECT_TRUE(shell.window().isVisible());
+    EXPECT_TRUE(shell.window().isMinimized());
+}

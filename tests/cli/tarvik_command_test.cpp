@@ -1,0 +1,176 @@
+// Runs the real tarvik executable as a child process in a temporary home.
+#include "tests/support/temp_home.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+using tarvik::test::readAll;
+using tarvik::test::writeFile;
+
+namespace {
+
+struct Outcome {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+class TarvikCommand : public ::testing::Test {
+protected:
+    Outcome tarvik(const QStringList& args) {
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", home_.path());
+        env.insert("XDG_CONFIG_HOME", home_.path() + "/.config");
+        env.insert("XDG_DATA_HOME", home_.path() + "/.local/share");
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+            env.remove(name); // headless: no window may open
+        }
+        p.setProcessEnvironment(env);
+        p.setStandardInputFile(QProcess::nullDevice());
+        p.start(TARVIK_BINARY, args);
+        if (!p.waitForFinished(30000)) {
+            p.kill();
+            p.waitForFinished();
+            ADD_FAILURE() << "tarvik " << args.join(' ').toStdString() << " did not finish";
+        }
+        return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
+                QString::fromUtf8(p.readAllStandardOutput()),
+                QString::fromUtf8(p.readAllStandardError())};
+    }
+    QString conf() const { return home_.path() + "/.config/Tarvik/Tarvik.conf"; }
+    QString folders() const {
+        return home_.path() + "/.local/share/Tarvik/DockFolders/folders.json";
+    }
+    QTemporaryDir home_;
+};
+
+} // namespace
+
+TEST_F(TarvikCommand, SettingsRejectBadInputWithExitTwoAndWriteNothing) {
+    ASSERT_EQ(tarvik({"settings", "set", "monitorInterval", "5"}).exitCode, 0);
+    const QByteArray before = readAll(conf());
+    ASSERT_FALSE(before.isEmpty());
+
+    const QList<QStringList> bad{
+        {"settings", "set", "monitorInterval", "0"},
+        {"settings", "set", "monitorInterval", "11"},
+        {"settings", "set", "monitorInterval", "soon"},
+        {"settings", "set", "showMenuBarExtra", "maybe"},
+        {"settings", "set", "menuBarStats", "cpu,volume"},
+        {"settings", "set", "noSuchKey", "1"},
+        {"settings", "get", "noSuchKey"},
+        {"settings", "reset", "noSuchKey"},
+        {"settings", "set", "monitorInterval"},
+        {"settings", "frobnicate"},
+        {"settings"},
+    };
+    for (const auto& args : bad) {
+        const Outcome r = tarvik(args);
+        EXPECT_EQ(r.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_FALSE(r.err.isEmpty()) << args.join(' ').toStdString();
+        EXPECT_EQ(readAll(conf()), before) << args.join(' ').toStdString();
+    }
+    EXPECT_TRUE(tarvik({"settings", "set", "noSuchKey", "1"}).err.contains("noSuchKey"));
+    EXPECT_TRUE(tarvik({"settings", "set", "monitorInterval", "11"})
+                    .err.contains("monitorInterval must be between 1 and 10."));
+}
+
+TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
+    EXPECT_EQ(tarvik({"settings", "get", "monitorInterval"}).out, "2\n");
+    EXPECT_EQ(tarvik({"settings", "set", "menuBarStats", "battery,cpu"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"settings", "get", "menuBarStats"}).out, "cpu,battery\n");
+    EXPECT_EQ(tarvik({"settings", "set", "hideDockIcon", "on"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"settings", "get", "hideDockIcon"}).out, "true\n");
+    EXPECT_TRUE(readAll(conf()).contains("hideDockIcon=true"));
+
+    const Outcome list = tarvik({"settings", "list", "--json"});
+    ASSERT_EQ(list.exitCode, 0);
+    const QJsonArray keys = QJsonDocument::fromJson(list.out.toUtf8()).array();
+    EXPECT_EQ(keys.size(), 8);
+    bool sawInterval = false;
+    for (const auto& v : keys) {
+        const QJsonObject o = v.toObject();
+        if (o["key"] == "hideDockIcon") {
+            EXPECT_EQ(o["value"], true);
+            EXPECT_EQ(o["default"], false);
+            EXPECT_EQ(o["isDefault"], false);
+        }
+        if (o["key"] == "monitorInterval") {
+            sawInterval = true;
+            EXPECT_EQ(o["value"].toDouble(), 2.0);
+            EXPECT_EQ(o["isDefault"], true);
+        }
+    }
+    EXPECT_TRUE(sawInterval);
+
+    EXPECT_EQ(tarvik({"settings", "reset", "hideDockIcon"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"settings", "get", "hideDockIcon"}).out, "false\n");
+    EXPECT_FALSE(readAll(conf()).contains("hideDockIcon"));
+    EXPECT_TRUE(tarvik({"settings", "list"}).out.contains("menuBarStats"));
+}
+
+TEST_F(TarvikCommand, LaunchFoldersExitsZeroWhateverTheFolderListHolds) {
+    ASSERT_EQ(tarvik({"settings", "set", "dockFoldersShowIndicators", "true"}).exitCode, 0);
+    const QList<std::optional<QByteArray>> files{
+        std::nullopt,
+        QByteArray(""),
+        QByteArray("[]"),
+        QByteArray("{not json"),
+        QByteArray("\xff\xfe\x00garbage", 10),
+        QByteArray(R"([{"id":"0F4B6F62-2B44-4C3B-9A8E-3C0F5E1B7A11","name":"Work","apps":[]}])")};
+    for (const auto& contents : files) {
+        QFile::remove(folders());
+        if (contents) {
+            writeFile(folders(), *contents);
+        }
+        const Outcome r = tarvik({"--launch-folders"});
+        EXPECT_EQ(r.exitCode, 0) << (contents ? contents->toStdString() : "missing");
+        EXPECT_TRUE(r.out.isEmpty()); // no window, no summary: it only launches
+    }
+    // Also among other arguments, and with the preference off.
+    EXPECT_EQ(tarvik({"--login-item", "--launch-folders"}).exitCode, 0);
+    ASSERT_EQ(tarvik({"settings", "set", "dockFoldersShowIndicators", "false"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"--launch-folders"}).exitCode, 0);
+}
+
+TEST_F(TarvikCommand, WithoutADisplayTheProgramPrintsTheMachineSummary) {
+    const Outcome bare = tarvik({});
+    EXPECT_EQ(bare.exitCode, 0);
+    EXPECT_TRUE(bare.out.contains("Memory")) << bare.out.toStdString();
+    EXPECT_TRUE(bare.out.contains("Home disk"));
+    EXPECT_TRUE(bare.err.contains("No display"));
+
+    const Outcome json = tarvik({"status", "--json"});
+    ASSERT_EQ(json.exitCode, 0);
+    const QJsonObject o = QJsonDocument::fromJson(json.out.toUtf8()).object();
+    EXPECT_EQ(o["home"].toString(), home_.path());
+    EXPECT_GT(o["memoryTotal"].toDouble(), 0);
+    EXPECT_GT(o["homeDiskTotal"].toDouble(), 0);
+
+    EXPECT_EQ(tarvik({"gui"}).exitCode, 1); // asked for the window where none can open
+}
+
+TEST_F(TarvikCommand, UnknownCommandsAndOptionsAreUsageErrors) {
+    for (const QStringList& args : QList<QStringList>{
+             {"stauts"}, {"status", "--jsn"}, {"--frobnicate"}, {"status", "extra"}}) {
+        const Outcome r = tarvik(args);
+        EXPECT_EQ(r.exitCode, 2) << args.join(' ').toStdString();
+        EXPECT_TRUE(r.out.isEmpty()) << args.join(' ').toStdString();
+    }
+    const Outcome version = tarvik({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_TRUE(version.out.startsWith("tarvik ")) << version.out.toStdString();
+    const Outcome help = tarvik({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    for (const char* command : {"status", "settings", "gui"}) {
+        EXPECT_TRUE(help.out.contains(command)) << command;
+    }
+}

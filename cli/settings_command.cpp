@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/output.h"
+#include "core/platform/qt_text.h"
 #include "core/shell/preferences.h"
 
 #include <QJsonArray>
@@ -8,10 +9,6 @@
 
 namespace tarvik::cli {
 namespace {
-
-QString qs(std::string_view s) {
-    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
 
 QJsonValue jsonValue(const PreferenceKey& key, const QVariant& v) {
     switch (key.type) {
@@ -42,12 +39,12 @@ int list(bool asJson) {
         QJsonArray out;
         for (const auto& key : preferenceKeys()) {
             out.append(QJsonObject{
-                {QStringLiteral("key"), qs(key.key)},
+                {QStringLiteral("key"), toQString(key.key)},
                 {QStringLiteral("value"), jsonValue(key, prefs.value(key.key))},
                 {QStringLiteral("default"),
-                 jsonValue(key, parsePreference(key, qs(key.defaultText)).value)},
+                 jsonValue(key, parsePreference(key, toQString(key.defaultText)).value)},
                 {QStringLiteral("isDefault"), !prefs.isStored(key.key)},
-                {QStringLiteral("meaning"), qs(key.meaning)},
+                {QStringLiteral("meaning"), toQString(key.meaning)},
             });
         }
         printJson(QJsonDocument(out));
@@ -59,8 +56,8 @@ int list(bool asJson) {
         if (!prefs.isStored(key.key)) {
             value += QStringLiteral(" (default)");
         }
-        rows.emplace_back(qs(key.key),
-                          value.leftJustified(18) + QLatin1Char(' ') + qs(key.meaning));
+        rows.emplace_back(toQString(key.key),
+                          value.leftJustified(18) + QLatin1Char(' ') + toQString(key.meaning));
     }
     printRows(rows);
     return kExitOk;

@@ -2,9 +2,12 @@
 
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/tray_item.h"
+#include "core/platform/qt_text.h"
 #include "core/shell/login_item.h"
 #include "core/shell/preferences.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QDoubleSpinBox>
 #include <QFormLayout>
@@ -20,10 +23,6 @@
 
 namespace tarvik {
 namespace {
-
-QString qs(std::string_view s) {
-    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
 
 QLabel* noteLabel(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
@@ -59,8 +58,8 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     stats->setContentsMargins(24, 0, 0, 0);
     int column = 0;
     for (MenuBarStat stat : kAllMenuBarStats) {
-        auto* box = new QCheckBox(qs(title(stat)), tray);
-        box->setObjectName(QStringLiteral("stat_") + qs(rawKey(stat)));
+        auto* box = new QCheckBox(toQString(title(stat)), tray);
+        box->setObjectName(QStringLiteral("stat_") + toQString(rawKey(stat)));
         statRows_[stat] = box;
         stats->addWidget(box, column / 4, column % 4);
         ++column;
@@ -125,7 +124,7 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     for (AppPermission p : kAllPermissions) {
         grid->addWidget(new QLabel(title(p), permissions), row, 0);
         auto* status = new QLabel(tr("Checking…"), permissions);
-        status->setObjectName(QStringLiteral("permission_") + qs(rawKey(p)));
+        status->setObjectName(QStringLiteral("permission_") + toQString(rawKey(p)));
         permissionStatus_[p] = status;
         grid->addWidget(status, row, 1);
         auto* open = new QPushButton(tr("Open Settings"), permissions);
@@ -150,6 +149,12 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
         }
     });
     connect(&prefs_, &Preferences::changed, this, &SettingsScreen::syncFromPreferences);
+    // A permission may have been granted in the desktop's settings meanwhile.
+    connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState s) {
+        if (s == Qt::ApplicationActive && isVisible()) {
+            probePermissions();
+        }
+    });
     syncFromPreferences();
 }
 
@@ -159,7 +164,7 @@ QWidget* SettingsScreen::boolRow(std::string_view key, const QString& label, con
     v->setContentsMargins(0, 0, 0, 0);
     v->setSpacing(0);
     auto* box = new QCheckBox(label, holder);
-    box->setObjectName(qs(key));
+    box->setObjectName(toQString(key));
     boolRows_[key] = box;
     connect(box, &QCheckBox::toggled, this, [this, key](bool on) {
         prefs_.setValue(key, on);
@@ -211,6 +216,7 @@ void SettingsScreen::setTrayAvailable(bool available) {
 
 void SettingsScreen::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
+    setTrayAvailable(TrayItem::trayAvailable());
     probePermissions();
 }
 

@@ -7,6 +7,7 @@
 #include "app/shell/section_icons.h"
 #include "app/shell/sidebar_model.h"
 #include "app/shell/unavailable_screen.h"
+#include "core/platform/qt_text.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -128,8 +129,7 @@ QWidget* MainWindow::createScreen(AppSection section) {
         screen = new UnavailableScreen(section, this);
         break;
     }
-    screen->setObjectName(QString::fromUtf8(info(section).rawKey.data(),
-                                            static_cast<qsizetype>(info(section).rawKey.size())));
+    screen->setObjectName(toQString(info(section).rawKey));
     auto* scroll = new QScrollArea(this);
     scroll->setWidget(screen);
     scroll->setWidgetResizable(true);

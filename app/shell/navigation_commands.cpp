@@ -1,6 +1,7 @@
 #include "app/shell/navigation_commands.h"
 
 #include "app/shell/section_icons.h"
+#include "core/platform/qt_text.h"
 #include "core/shell/navigator.h"
 
 #include <QMenu>
@@ -22,9 +23,7 @@ QKeySequence NavigationCommands::shortcut(AppSection section) {
 QMenu* NavigationCommands::createMenu(Navigator& navigator, QWidget* parent) {
     auto* menu = new QMenu(QObject::tr("&Go"), parent);
     for (const auto& s : allSections()) {
-        auto* action = menu->addAction(
-            sectionIcon(s.section),
-            QString::fromUtf8(s.title.data(), static_cast<qsizetype>(s.title.size())));
+        auto* action = menu->addAction(sectionIcon(s.section), toQString(s.title));
         action->setShortcut(shortcut(s.section));
         action->setCheckable(true);
         action->setChecked(navigator.selection() == s.section);

@@ -1,20 +1,13 @@
 #include "app/shell/sidebar_model.h"
 
 #include "app/shell/section_icons.h"
+#include "core/platform/qt_text.h"
 
 #include <QFont>
 #include <QGuiApplication>
 #include <QPalette>
 
 namespace tarvik {
-namespace {
-
-QString qs(std::string_view s) {
-    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
-
-} // namespace
-
 SidebarModel::SidebarModel(QObject* parent) : QAbstractListModel(parent) {
     for (const auto& s : allSections()) {
         if (!s.group && s.section != AppSection::Settings) {
@@ -47,7 +40,7 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
-            return qs(rawValue(*row.heading));
+            return toQString(rawValue(*row.heading));
         case Qt::FontRole: {
             QFont f;
             f.setBold(true);
@@ -67,13 +60,13 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
-        return qs(s.title);
+        return toQString(s.title);
     case Qt::DecorationRole:
         return sectionIcon(s.section);
     case SectionRole:
         return static_cast<int>(s.section);
     case RawKeyRole:
-        return qs(s.rawKey);
+        return toQString(s.rawKey);
     case IsHeadingRole:
         return false;
     default:

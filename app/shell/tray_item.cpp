@@ -2,6 +2,7 @@
 
 #include "app/shell/app_models.h"
 #include "app/shell/section_icons.h"
+#include "core/platform/qt_text.h"
 
 #include <QMenu>
 #include <QSystemTrayIcon>
@@ -15,9 +16,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     connect(open, &QAction::triggered, this, &TrayItem::openWindowRequested);
     auto* go = menu_->addMenu(tr("Go To"));
     for (const auto& s : allSections()) {
-        auto* action = go->addAction(
-            sectionIcon(s.section),
-            QString::fromUtf8(s.title.data(), static_cast<qsizetype>(s.title.size())));
+        auto* action = go->addAction(sectionIcon(s.section), toQString(s.title));
         connect(action, &QAction::triggered, this, [this, section = s.section] {
             models_.navigator().select(section);
             emit openWindowRequested();

@@ -1,6 +1,7 @@
 #include "core/monitor/machine_summary.h"
 
 #include "core/platform/meminfo.h"
+#include "core/platform/qt_text.h"
 #include "core/platform/system_files.h"
 
 #include <charconv>
@@ -57,9 +58,9 @@ QString parseOsReleaseName(std::string_view text) {
                     v = v.substr(1, v.size() - 2);
                 }
                 if (key.front() == 'P') {
-                    return QString::fromUtf8(v.data(), static_cast<qsizetype>(v.size()));
+                    return toQString(v);
                 }
-                name = QString::fromUtf8(v.data(), static_cast<qsizetype>(v.size()));
+                name = toQString(v);
             }
         }
     }

@@ -1,5 +1,6 @@
 #include "core/shell/preferences.h"
 
+#include "core/platform/qt_text.h"
 #include "core/platform/xdg_paths.h"
 
 #include <QFileInfo>
@@ -54,10 +55,6 @@ constexpr std::array<PreferenceKey, 8> kKeys{{
      {}},
 }};
 
-QString qs(std::string_view s) {
-    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
-
 } // namespace
 
 std::span<const PreferenceKey> preferenceKeys() {
@@ -84,18 +81,21 @@ ParsedPreference parsePreference(const PreferenceKey& key, const QString& text) 
         if (l == "false" || l == "off" || l == "no" || l == "0") {
             return {false, {}};
         }
-        return {{}, QStringLiteral("%1 takes true or false, not \"%2\".").arg(qs(key.key), text)};
+        return {
+            {},
+            QStringLiteral("%1 takes true or false, not \"%2\".").arg(toQString(key.key), text)};
     }
     case PreferenceType::Double: {
         bool ok = false;
         const double v = t.toDouble(&ok);
         if (!ok || !std::isfinite(v)) {
-            return {{}, QStringLiteral("%1 takes a number, not \"%2\".").arg(qs(key.key), text)};
+            return {{},
+                    QStringLiteral("%1 takes a number, not \"%2\".").arg(toQString(key.key), text)};
         }
         if ((key.minimum && v < *key.minimum) || (key.maximum && v > *key.maximum)) {
             return {{},
                     QStringLiteral("%1 must be between %2 and %3.")
-                        .arg(qs(key.key))
+                        .arg(toQString(key.key))
                         .arg(key.minimum.value_or(v))
                         .arg(key.maximum.value_or(v))};
         }
@@ -153,10 +153,10 @@ QString Preferences::filePath() const {
 QVariant Preferences::value(std::string_view key) const {
     const PreferenceKey* k = findPreferenceKey(key);
     if (k == nullptr) {
-        return settings_->value(qs(key));
+        return settings_->value(toQString(key));
     }
-    const auto fallback = parsePreference(*k, qs(k->defaultText)).value;
-    const QVariant stored = settings_->value(qs(key));
+    const auto fallback = parsePreference(*k, toQString(k->defaultText)).value;
+    const QVariant stored = settings_->value(toQString(key));
     if (!stored.isValid()) {
         return fallback;
     }
@@ -183,19 +183,19 @@ QVariant Preferences::value(std::string_view key) const {
 }
 
 bool Preferences::isStored(std::string_view key) const {
-    return settings_->contains(qs(key));
+    return settings_->contains(toQString(key));
 }
 
 void Preferences::setValue(std::string_view key, const QVariant& value) {
-    settings_->setValue(qs(key), value);
+    settings_->setValue(toQString(key), value);
     remember(key);
-    emit changed(qs(key));
+    emit changed(toQString(key));
 }
 
 void Preferences::reset(std::string_view key) {
-    settings_->remove(qs(key));
+    settings_->remove(toQString(key));
     remember(key);
-    emit changed(qs(key));
+    emit changed(toQString(key));
 }
 
 void Preferences::remember(std::string_view key) {
@@ -248,7 +248,7 @@ void Preferences::reloadFromDisk() {
         QVariant now = value(kKeys[i].key);
         if (now != lastSeen_[i]) {
             lastSeen_[i] = std::move(now);
-            emit changed(qs(kKeys[i].key));
+            emit changed(toQString(kKeys[i].key));
         }
     }
 }

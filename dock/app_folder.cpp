@@ -16,7 +16,7 @@ std::vector<AppFolder> decodeFolders(const QByteArray& json) {
     if (!doc.isArray()) {
         return out;
     }
-    for (const QJsonValue& v : doc.array()) {
+    for (const auto& v : doc.array()) {
         const QJsonObject o = v.toObject();
         AppFolder folder;
         folder.id = QUuid::fromString(o.value(QLatin1String("id")).toString());
@@ -25,7 +25,7 @@ std::vector<AppFolder> decodeFolders(const QByteArray& json) {
         }
         folder.name = o.value(QLatin1String("name")).toString();
         folder.showInDock = o.value(QLatin1String("showInDock")).toBool(true);
-        for (const QJsonValue& a : o.value(QLatin1String("apps")).toArray()) {
+        for (const auto& a : o.value(QLatin1String("apps")).toArray()) {
             const QJsonObject app = a.toObject();
             AppEntry entry{app.value(QLatin1String("name")).toString(),
                            app.value(QLatin1String("path")).toString(), std::nullopt};

@@ -155,8 +155,8 @@ QVariant Preferences::value(std::string_view key) const {
     if (k == nullptr) {
         return settings_->value(toQString(key));
     }
-    const auto fallback = parsePreference(*k, toQString(k->defaultText)).value;
-    const QVariant stored = settings_->value(toQString(key));
+    auto fallback = parsePreference(*k, toQString(k->defaultText)).value;
+    QVariant stored = settings_->value(toQString(key));
     if (!stored.isValid()) {
         return fallback;
     }

@@ -73,6 +73,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     CommandResult result;
     addStatusCommand(app, result);
     addSettingsCommand(app, result);
+    addMonitorCommand(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

@@ -19,6 +19,7 @@ struct CommandResult {
 // Each command file adds its subcommand to the top-level parser.
 void addStatusCommand(CLI::App& app, CommandResult& result);
 void addSettingsCommand(CLI::App& app, CommandResult& result);
+void addMonitorCommand(CLI::App& app, CommandResult& result);
 
 // The machine summary, as `tarvik status` prints it.
 int printStatus(bool asJson);

@@ -39,16 +39,13 @@ QString parseOsReleaseName(std::string_view text);
 
 } // namespace tarvik
 
+#include "core/monitor/summary_row.h"
+
 #include <QJsonObject>
 #include <utility>
 #include <vector>
 
 namespace tarvik {
-
-struct SummaryRow {
-    QString label;
-    QString value;
-};
 
 // The summary as labelled lines in the user's words; a figure that is missing says so.
 std::vector<SummaryRow> describe(const MachineSummary& summary);

@@ -18,6 +18,16 @@ MemInfo parseMeminfo(std::string_view text) {
         {"Cached", &MemInfo::cached},
         {"SwapTotal", &MemInfo::swapTotal},
         {"SwapFree", &MemInfo::swapFree},
+        {"Active", &MemInfo::active},
+        {"Inactive", &MemInfo::inactive},
+        {"AnonPages", &MemInfo::anonPages},
+        {"Shmem", &MemInfo::shmem},
+        {"SReclaimable", &MemInfo::sReclaimable},
+        {"SUnreclaim", &MemInfo::sUnreclaim},
+        {"KernelStack", &MemInfo::kernelStack},
+        {"PageTables", &MemInfo::pageTables},
+        {"Percpu", &MemInfo::percpu},
+        {"Zswap", &MemInfo::zswap},
     };
     while (!text.empty()) {
         const auto eol = text.find('\n');

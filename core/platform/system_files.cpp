@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -33,6 +34,44 @@ std::optional<std::string> readSmallFile(const std::filesystem::path& root,
     }
     ::close(fd);
     return out;
+}
+
+namespace {
+
+std::string_view trimmed(std::string_view s) {
+    constexpr std::string_view kSpace = " \t\r\n";
+    const auto begin = s.find_first_not_of(kSpace);
+    if (begin == std::string_view::npos) {
+        return {};
+    }
+    return s.substr(begin, s.find_last_not_of(kSpace) - begin + 1);
+}
+
+} // namespace
+
+std::optional<std::string> readAttribute(const std::filesystem::path& root,
+                                         const std::filesystem::path& relative) {
+    auto text = readSmallFile(root, relative);
+    if (!text) {
+        return std::nullopt;
+    }
+    return std::string(trimmed(*text));
+}
+
+std::optional<std::int64_t> parseInteger(std::string_view text) {
+    text = trimmed(text);
+    std::int64_t value = 0;
+    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (ec != std::errc{} || end != text.data() + text.size() || text.empty()) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::optional<std::int64_t> readInteger(const std::filesystem::path& root,
+                                        const std::filesystem::path& relative) {
+    auto text = readSmallFile(root, relative);
+    return text ? parseInteger(*text) : std::nullopt;
 }
 
 } // namespace tarvik::platform

@@ -52,8 +52,8 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     trayLayout->addWidget(noTray_);
     trayLayout->addWidget(boolRow(pref::kMenuBarShowsIcon, tr("Show the app symbol")));
     trayLayout->addWidget(boolRow(pref::kMenuBarShowsStats, tr("Show readings"),
-                                  tr("This version doesn't draw readings in the tray yet; the "
-                                     "choice below is kept for when it does.")));
+                                  tr("Up to two readings appear as numbers in the tray, more as "
+                                     "bars; hover over the item to read them in words.")));
     auto* stats = new QGridLayout();
     stats->setContentsMargins(24, 0, 0, 0);
     int column = 0;

@@ -10,11 +10,16 @@ AppModels::Options AppModels::defaultOptions() {
     return {Preferences::defaultFilePath(),
             xdg::autostartDir(),
             QCoreApplication::applicationFilePath(),
-            {"/", xdg::home()}};
+            {"/", xdg::home()},
+            {}};
 }
 
 AppModels::AppModels(const Options& options, QObject* parent)
-    : QObject(parent), preferences_(options.preferencesFile), navigator_(),
-      loginItem_(options.autostartDir, options.executable), overview_(options.summary) {}
+    : QObject(parent), preferences_(options.preferencesFile),
+      monitor_(preferences_, options.sampler), navigator_(),
+      loginItem_(options.autostartDir, options.executable), overview_(options.summary) {
+    // Counters moved while the machine slept: the next rates start afresh.
+    connect(&sleep_, &SleepWatcher::resumed, &monitor_, &SystemMonitorModel::resetBaselines);
+}
 
 } // namespace tarvik

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/overview/overview_model.h"
+#include "core/monitor/system_monitor_model.h"
+#include "core/platform/sleep_watcher.h"
 #include "core/shell/login_item.h"
 #include "core/shell/navigator.h"
 #include "core/shell/preferences.h"
@@ -19,6 +21,7 @@ public:
         QString autostartDir;
         QString executable;
         MachineSummaryOptions summary;
+        SamplerOptions sampler;
     };
     static Options defaultOptions();
 
@@ -28,9 +31,12 @@ public:
     Navigator& navigator() { return navigator_; }
     LoginItem& loginItem() { return loginItem_; }
     OverviewModel& overview() { return overview_; }
+    SystemMonitorModel& monitor() { return monitor_; }
 
 private:
     Preferences preferences_;
+    SystemMonitorModel monitor_;
+    SleepWatcher sleep_;
     Navigator navigator_;
     LoginItem loginItem_;
     OverviewModel overview_;

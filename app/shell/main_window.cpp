@@ -1,5 +1,6 @@
 #include "app/shell/main_window.h"
 
+#include "app/monitor/monitor_screen.h"
 #include "app/overview/overview_screen.h"
 #include "app/settings/settings_screen.h"
 #include "app/shell/app_models.h"
@@ -121,6 +122,9 @@ QWidget* MainWindow::createScreen(AppSection section) {
     switch (section) {
     case AppSection::Overview:
         screen = new OverviewScreen(models_.overview(), this);
+        break;
+    case AppSection::Monitor:
+        screen = new MonitorScreen(models_.monitor(), this);
         break;
     case AppSection::Settings:
         screen = new SettingsScreen(models_.preferences(), models_.loginItem(), this);

@@ -2,8 +2,11 @@
 
 #include "app/shell/app_models.h"
 #include "app/shell/section_icons.h"
+#include "app/shell/tray_icon_renderer.h"
+#include "app/shell/tray_panel.h"
 #include "core/platform/qt_text.h"
 
+#include <QCursor>
 #include <QMenu>
 #include <QSystemTrayIcon>
 
@@ -26,23 +29,41 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     auto* quit = menu_->addAction(tr("Quit Tarvik"));
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
 
+    panel_ = new TrayPanel(models_.monitor());
+    connect(panel_, &TrayPanel::openSection, this, [this](AppSection section) {
+        models_.navigator().select(section);
+        emit openWindowRequested();
+    });
+
     icon_ = new QSystemTrayIcon(appIcon(), this);
     icon_->setToolTip(QStringLiteral("Tarvik"));
     icon_->setContextMenu(menu_);
     connect(icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason r) {
-        if (r == QSystemTrayIcon::Trigger || r == QSystemTrayIcon::DoubleClick) {
+        if (r == QSystemTrayIcon::Trigger) {
+            openPanel();
+        } else if (r == QSystemTrayIcon::DoubleClick) {
+            panel_->hide();
             emit openWindowRequested();
         }
     });
     connect(&models_.preferences(), &Preferences::changed, this, [this](const QString& key) {
-        if (key == QLatin1String(pref::kShowMenuBarExtra.data())) {
-            applyPreferences();
+        for (auto k : {pref::kShowMenuBarExtra, pref::kMenuBarShowsIcon, pref::kMenuBarShowsStats,
+                       pref::kMenuBarStats}) {
+            if (key == toQString(k)) {
+                applyPreferences();
+                return;
+            }
         }
     });
+    connect(&models_.monitor(), &SystemMonitorModel::readingChanged, this, &TrayItem::refreshIcon);
     applyPreferences();
 }
 
 TrayItem::~TrayItem() {
+    if (holdingMonitor_) {
+        models_.monitor().release(MonitorClient::MenuBarLabel);
+    }
+    delete panel_;
     delete menu_;
 }
 
@@ -54,12 +75,47 @@ bool TrayItem::isShown() const {
     return icon_->isVisible() && trayAvailable();
 }
 
+QString TrayItem::toolTip() const {
+    return icon_->toolTip();
+}
+
+void TrayItem::openPanel() {
+    const QRect place = icon_->geometry();
+    panel_->popUp(place.isValid() ? QPoint(place.center().x(), place.bottom() + 4)
+                                  : QCursor::pos());
+}
+
 void TrayItem::applyPreferences() {
-    const bool wanted = models_.preferences().showMenuBarExtra();
+    const Preferences& prefs = models_.preferences();
+    const bool wanted = prefs.showMenuBarExtra();
+    // Readings are sampled only while they can be seen.
+    const bool readings = wanted && prefs.menuBarShowsStats() && !prefs.menuBarStats().empty();
+    if (readings != holdingMonitor_) {
+        holdingMonitor_ = readings;
+        if (readings) {
+            models_.monitor().acquire(MonitorClient::MenuBarLabel);
+        } else {
+            models_.monitor().release(MonitorClient::MenuBarLabel);
+        }
+    }
+    refreshIcon();
     if (icon_->isVisible() != wanted) {
         icon_->setVisible(wanted);
         emit shownChanged(isShown());
     }
+}
+
+void TrayItem::refreshIcon() {
+    if (!holdingMonitor_) {
+        // A tray item cannot be empty: with neither symbol nor readings chosen, the symbol stays.
+        icon_->setIcon(appIcon());
+        icon_->setToolTip(QStringLiteral("Tarvik"));
+        return;
+    }
+    const auto readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats());
+    // A tray icon is square: the readings take the whole of it, and the symbol gives way.
+    icon_->setIcon(trayReadingsIcon(readings));
+    icon_->setToolTip(trayTooltip(readings));
 }
 
 } // namespace tarvik

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/shell/app_section.h"
+
 #include <QObject>
 
 class QMenu;
@@ -8,9 +10,11 @@ class QSystemTrayIcon;
 namespace tarvik {
 
 class AppModels;
+class TrayPanel;
 
-// The tray item: the app symbol, a menu that opens the window at any section, and Quit. It is
-// present while "showMenuBarExtra" is on and the desktop has a tray.
+// The tray item: the app symbol or the chosen live readings, a panel with the live data, a
+// menu that opens the window at any section, and Quit. It is present while
+// "showMenuBarExtra" is on and the desktop has a tray.
 class TrayItem : public QObject {
     Q_OBJECT
 public:
@@ -20,8 +24,14 @@ public:
     static bool trayAvailable();
     // The item is really there for the user to reach.
     bool isShown() const;
+    // Readings are drawn (and the monitor is held for them).
+    bool showsReadings() const { return holdingMonitor_; }
     QMenu* menu() const { return menu_; }
     QSystemTrayIcon* icon() const { return icon_; }
+    TrayPanel* panel() const { return panel_; }
+    QString toolTip() const;
+
+    void openPanel();
 
 signals:
     void openWindowRequested();
@@ -30,10 +40,13 @@ signals:
 
 private:
     void applyPreferences();
+    void refreshIcon();
 
     AppModels& models_;
     QSystemTrayIcon* icon_ = nullptr;
     QMenu* menu_ = nullptr;
+    TrayPanel* panel_ = nullptr;
+    bool holdingMonitor_ = false;
 };
 
 } // namespace tarvik

@@ -25,7 +25,8 @@ AppModels::Options optionsIn(const TempHome& home) {
     return {home.config() + "/Tarvik/Tarvik.conf",
             home.config() + "/autostart",
             "/usr/bin/tarvik",
-            {"/", home.path()}};
+            {"/", home.path()},
+            {}};
 }
 
 QWidget* screenInside(QWidget* scroll) {
@@ -106,7 +107,7 @@ TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
     TempHome home;
     AppModels models(optionsIn(home));
     MainWindow window(models);
-    for (AppSection s : {AppSection::SystemJunk, AppSection::Monitor, AppSection::KeepAwake}) {
+    for (AppSection s : {AppSection::SystemJunk, AppSection::Agents, AppSection::KeepAwake}) {
         models.navigator().select(s);
         QWidget* screen = screenInside(window.currentScreen());
         ASSERT_NE(screen, nullptr);

@@ -174,3 +174,27 @@ TEST_F(TarvikCommand, UnknownCommandsAndOptionsAreUsageErrors) {
         EXPECT_TRUE(help.out.contains(command)) << command;
     }
 }
+
+TEST_F(TarvikCommand, MonitorGivesOneReadingAsJsonOrSeveralAsText) {
+    const Outcome once = tarvik({"monitor", "--once", "--json", "--interval", "0.3"});
+    ASSERT_EQ(once.exitCode, 0) << once.err.toStdString();
+    const QJsonObject r = QJsonDocument::fromJson(once.out.toUtf8()).object();
+    ASSERT_FALSE(r.isEmpty()) << once.out.toStdString();
+    // Two samples an interval apart: CPU figures are there and plausible.
+    ASSERT_TRUE(r["cpu"].isObject());
+    const double total = r["cpu"]["total"].toDouble(-1);
+    EXPECT_GE(total, 0.0);
+    EXPECT_LE(total, 1.0);
+    EXPECT_EQ(r["cpu"]["cores"].toArray().size(), r["topology"]["logicalCores"].toInt());
+    EXPECT_GT(r["memory"]["total"].toDouble(), r["memory"]["used"].toDouble());
+    EXPECT_GE(r["network"]["receivedPerSecond"].toDouble(-1), 0.0);
+    EXPECT_GT(r["uptimeSeconds"].toDouble(), 0.0);
+
+    const Outcome text = tarvik({"monitor", "--count", "2", "--interval", "0.2"});
+    ASSERT_EQ(text.exitCode, 0);
+    EXPECT_EQ(text.out.count("\nMemory "), 2) << text.out.toStdString(); // not a terminal: appended
+    EXPECT_FALSE(text.out.contains("\x1b[")); // no screen control codes into a pipe
+
+    EXPECT_EQ(tarvik({"monitor", "--interval", "0"}).exitCode, 2);
+    EXPECT_EQ(tarvik({"monitor", "--count", "-1"}).exitCode, 2);
+}

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian 12 packages Tarvik needs to build, test and run.
+# Installs the Debian 12 packages Tarvik needs to build, test and run; with "bench", also the
+# tools the benchmarks compare Tarvik with.
 # Idempotent: when everything is present it says nothing and changes nothing.
 set -euo pipefail
 
@@ -16,6 +17,9 @@ packages=(
   xvfb xauth imagemagick trayer appstream desktop-file-utils fonts-dejavu-core
   dbus dbus-x11 hicolor-icon-theme adwaita-icon-theme
 )
+if [ "${1:-}" = "bench" ]; then
+  packages+=(procps htop btop tmux)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

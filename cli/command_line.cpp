@@ -74,6 +74,10 @@ int run(int argc, char** argv, GuiEntry gui) {
     addStatusCommand(app, result);
     addSettingsCommand(app, result);
     addMonitorCommand(app, result);
+    addJunkCommand(app, result);
+    addCleanCommand(app, result);
+    addSizeCommand(app, result);
+    addExclusionsCommand(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

@@ -20,6 +20,10 @@ struct CommandResult {
 void addStatusCommand(CLI::App& app, CommandResult& result);
 void addSettingsCommand(CLI::App& app, CommandResult& result);
 void addMonitorCommand(CLI::App& app, CommandResult& result);
+void addJunkCommand(CLI::App& app, CommandResult& result);
+void addCleanCommand(CLI::App& app, CommandResult& result);
+void addSizeCommand(CLI::App& app, CommandResult& result);
+void addExclusionsCommand(CLI::App& app, CommandResult& result);
 
 // The machine summary, as `tarvik status` prints it.
 int printStatus(bool asJson);

@@ -18,6 +18,7 @@ QJsonValue jsonValue(const PreferenceKey& key, const QVariant& v) {
         return v.toDouble();
     case PreferenceType::Text:
     case PreferenceType::MenuBarStats:
+    case PreferenceType::Choice:
         return v.toString();
     }
     return {};

@@ -1,7 +1,10 @@
 #include "cli/commands.h"
 #include "cli/output.h"
+#include "core/cleanup/junk_scanner.h"
+#include "core/cleanup/path_display.h"
 #include "core/monitor/machine_summary.h"
 #include "core/platform/xdg_paths.h"
+#include "core/shell/preferences.h"
 
 #include <QJsonDocument>
 #include <memory>
@@ -10,14 +13,27 @@ namespace tarvik::cli {
 
 int printStatus(bool asJson) {
     const MachineSummary summary = readMachineSummary({"/", xdg::home()});
+    const Preferences prefs;
+    const JunkScanner scanner(JunkScanner::optionsForCurrentUser(prefs));
+    std::int64_t junk = 0;
+    for (const auto& r : scanner.scan({kAllJunkCategories.begin(), kAllJunkCategories.end()})) {
+        if (info(r.category).selectedByDefault) {
+            junk += r.totalSize;
+        }
+    }
     if (asJson) {
-        printJson(QJsonDocument(toJson(summary)));
+        QJsonObject o = toJson(summary);
+        o[QStringLiteral("junkBytes")] = static_cast<double>(junk);
+        printJson(QJsonDocument(o));
         return kExitOk;
     }
     std::vector<std::pair<QString, QString>> rows;
     for (const auto& row : describe(summary)) {
         rows.emplace_back(row.label, row.value);
     }
+    rows.emplace_back(
+        QStringLiteral("Junk"),
+        QStringLiteral("%1 can be cleaned (tarvik junk)").arg(PathDisplay::bytes(junk)));
     printRows(rows);
     return kExitOk;
 }

@@ -12,7 +12,7 @@
 namespace tarvik {
 namespace {
 
-constexpr std::array<PreferenceKey, 8> kKeys{{
+constexpr std::array<PreferenceKey, 10> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
     {pref::kOpensWindowAtLaunch,
      PreferenceType::Bool,
@@ -53,6 +53,20 @@ constexpr std::array<PreferenceKey, 8> kKeys{{
      "open. Takes effect on Apply.",
      {},
      {}},
+    {pref::kJunkRemovalMode,
+     PreferenceType::Choice,
+     "deletePermanently",
+     "Caches, logs and build output: moveToTrash or deletePermanently.",
+     {},
+     {},
+     "moveToTrash|deletePermanently"},
+    {pref::kFileRemovalMode,
+     PreferenceType::Choice,
+     "moveToTrash",
+     "Large files, duplicates and uninstalled apps: moveToTrash or deletePermanently.",
+     {},
+     {},
+     "moveToTrash|deletePermanently"},
 }};
 
 } // namespace
@@ -103,6 +117,15 @@ ParsedPreference parsePreference(const PreferenceKey& key, const QString& text) 
     }
     case PreferenceType::Text:
         return {t, {}};
+    case PreferenceType::Choice: {
+        const QStringList allowed = toQString(key.choices).split(QLatin1Char('|'));
+        if (!allowed.contains(t)) {
+            return {{},
+                    QStringLiteral("%1 takes %2, not \"%3\".")
+                        .arg(toQString(key.key), allowed.join(QStringLiteral(" or ")), text)};
+        }
+        return {t, {}};
+    }
     case PreferenceType::MenuBarStats: {
         std::vector<MenuBarStat> chosen;
         for (const QString& piece : t.split(',', Qt::SkipEmptyParts)) {
@@ -132,6 +155,7 @@ QString formatPreference(const PreferenceKey& key, const QVariant& value) {
         return QString::number(value.toDouble());
     case PreferenceType::Text:
     case PreferenceType::MenuBarStats:
+    case PreferenceType::Choice:
         return value.toString();
     }
     return {};
@@ -212,6 +236,22 @@ void Preferences::remember(std::string_view key) {
 bool Preferences::sync() {
     settings_->sync();
     return settings_->status() == QSettings::NoError;
+}
+
+QStringList Preferences::exclusions() const {
+    const QVariant v = settings_->value(toQString(pref::kExclusions));
+    QStringList out;
+    for (const QString& p : v.toStringList()) {
+        if (!p.trimmed().isEmpty()) {
+            out << p;
+        }
+    }
+    return out;
+}
+
+void Preferences::setExclusions(const QStringList& paths) {
+    settings_->setValue(toQString(pref::kExclusions), paths);
+    emit changed(toQString(pref::kExclusions));
 }
 
 std::vector<MenuBarStat> Preferences::menuBarStats() const {

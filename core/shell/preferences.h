@@ -14,7 +14,7 @@
 
 namespace tarvik {
 
-enum class PreferenceType { Bool, Double, Text, MenuBarStats };
+enum class PreferenceType { Bool, Double, Text, MenuBarStats, Choice };
 
 struct PreferenceKey {
     std::string_view key;
@@ -23,6 +23,7 @@ struct PreferenceKey {
     std::string_view meaning;
     std::optional<double> minimum; // Double only
     std::optional<double> maximum;
+    std::string_view choices = {}; // Choice only: the accepted values, separated by "|"
 };
 
 namespace pref {
@@ -34,6 +35,10 @@ inline constexpr std::string_view kMenuBarStats = "menuBarStats";
 inline constexpr std::string_view kHideDockIcon = "hideDockIcon";
 inline constexpr std::string_view kMonitorInterval = "monitorInterval";
 inline constexpr std::string_view kDockFoldersShowIndicators = "dockFoldersShowIndicators";
+inline constexpr std::string_view kJunkRemovalMode = "junkRemovalMode";
+inline constexpr std::string_view kFileRemovalMode = "fileRemovalMode";
+// A list of folders, managed by `tarvik exclusions` and the Settings screen.
+inline constexpr std::string_view kExclusions = "exclusions";
 } // namespace pref
 
 // Every key the program knows, with its type, default and range. Capabilities add theirs here.
@@ -79,6 +84,9 @@ public:
     bool dockFoldersShowIndicators() const {
         return value(pref::kDockFoldersShowIndicators).toBool();
     }
+
+    QStringList exclusions() const;
+    void setExclusions(const QStringList& paths);
 
     // Re-reads the file when another process (the command line) changed it.
     void watchFile();

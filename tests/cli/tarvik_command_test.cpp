@@ -94,7 +94,7 @@ TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
     const Outcome list = tarvik({"settings", "list", "--json"});
     ASSERT_EQ(list.exitCode, 0);
     const QJsonArray keys = QJsonDocument::fromJson(list.out.toUtf8()).array();
-    EXPECT_EQ(keys.size(), 8);
+    EXPECT_EQ(keys.size(), 10);
     bool sawInterval = false;
     for (const auto& v : keys) {
         const QJsonObject o = v.toObject();

@@ -31,6 +31,9 @@ TEST(Preferences, EveryKeyHasItsDefaultWhenNothingIsStored) {
     EXPECT_FALSE(prefs.hideDockIcon());
     EXPECT_DOUBLE_EQ(prefs.monitorInterval(), 2.0);
     EXPECT_FALSE(prefs.dockFoldersShowIndicators());
+    EXPECT_EQ(prefs.value(pref::kJunkRemovalMode).toString(), "deletePermanently");
+    EXPECT_EQ(prefs.value(pref::kFileRemovalMode).toString(), "moveToTrash");
+    EXPECT_TRUE(prefs.exclusions().isEmpty());
     for (const auto& key : preferenceKeys()) {
         EXPECT_FALSE(prefs.isStored(key.key)) << key.key;
         // Each default is itself a value the key accepts.

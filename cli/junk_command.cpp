@@ -1,0 +1,167 @@
+#include "cli/cleanup_output.h"
+#include "cli/commands.h"
+#include "cli/output.h"
+#include "core/cleanup/cleanup_record.h"
+#include "core/cleanup/cleanup_run.h"
+#include "core/cleanup/junk_scanner.h"
+#include "core/cleanup/path_display.h"
+#include "core/platform/qt_text.h"
+#include "core/platform/xdg_paths.h"
+#include "core/shell/preferences.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <memory>
+
+namespace tarvik::cli {
+namespace {
+
+struct JunkOptions {
+    bool json = false;
+    std::vector<std::string> categories;
+    std::string mode;
+    bool yes = false;
+};
+
+std::vector<JunkScanResult> scanAll(const Preferences& prefs) {
+    const JunkScanner scanner(JunkScanner::optionsForCurrentUser(prefs));
+    return scanner.scan({kAllJunkCategories.begin(), kAllJunkCategories.end()});
+}
+
+int runList(const JunkOptions& o) {
+    const Preferences prefs;
+    const auto results = scanAll(prefs);
+    const QString home = xdg::home();
+    if (o.json) {
+        QJsonArray out;
+        for (const auto& r : results) {
+            QJsonArray items;
+            for (const auto& item : r.items) {
+                items.append(QJsonObject{{QStringLiteral("path"), item.path},
+                                         {QStringLiteral("size"), static_cast<double>(item.size)}});
+            }
+            out.append(QJsonObject{
+                {QStringLiteral("id"), toQString(info(r.category).rawValue)},
+                {QStringLiteral("title"), toQString(info(r.category).title)},
+                {QStringLiteral("selectedByDefault"), info(r.category).selectedByDefault},
+                {QStringLiteral("totalSize"), static_cast<double>(r.totalSize)},
+                {QStringLiteral("items"), items}});
+        }
+        printJson(QJsonDocument(out));
+        return kExitOk;
+    }
+    std::vector<std::pair<QString, QString>> rows;
+    std::int64_t selected = 0;
+    for (const auto& r : results) {
+        const auto& i = info(r.category);
+        rows.emplace_back(toQString(i.title),
+                          QStringLiteral("%1  %2 items  %3%4")
+                              .arg(PathDisplay::bytes(r.totalSize).rightJustified(9))
+                              .arg(r.items.size(), 5)
+                              .arg(toQString(i.rawValue))
+                              .arg(i.selectedByDefault
+                                       ? QString()
+                                       : QStringLiteral(" (not cleaned by default)")));
+        if (i.selectedByDefault) {
+            selected += r.totalSize;
+        }
+    }
+    printRows(rows);
+    printLine(QStringLiteral("\n%1 can be cleaned with `tarvik junk clean`.")
+                  .arg(PathDisplay::bytes(selected)));
+    return kExitOk;
+}
+
+int runClean(const JunkOptions& o) {
+    const Preferences prefs;
+    RemovalMode mode = removalModePreference(prefs, pref::kJunkRemovalMode);
+    if (!o.mode.empty()) {
+        const auto parsed = parseModeOption(o.mode);
+        if (!parsed) {
+            printError(QStringLiteral("--mode takes moveToTrash or deletePermanently."));
+            return kExitUsage;
+        }
+        mode = *parsed;
+    }
+    std::vector<JunkCategory> chosen;
+    for (const auto& raw : o.categories) {
+        const auto c = junkCategoryFromRaw(raw);
+        if (!c) {
+            printError(
+                QStringLiteral("\"%1\" is not a junk category. Run `tarvik junk` to see them.")
+                    .arg(QString::fromStdString(raw)));
+            return kExitUsage;
+        }
+        chosen.push_back(*c);
+    }
+    if (chosen.empty()) {
+        for (auto c : kAllJunkCategories) {
+            if (info(c).selectedByDefault) {
+                chosen.push_back(c);
+            }
+        }
+    }
+    const JunkScanner scanner(JunkScanner::optionsForCurrentUser(prefs));
+    const auto results = scanner.scan(chosen);
+    std::size_t count = 0;
+    std::int64_t total = 0;
+    for (const auto& r : results) {
+        count += r.items.size();
+        total += r.totalSize;
+    }
+    if (count == 0) {
+        printLine(QStringLiteral("No junk found in the chosen categories."));
+        return kExitOk;
+    }
+    if (!o.yes) {
+        const QString question =
+            QStringLiteral("%1 %2 items (%3)? Trash contents are always deleted permanently.")
+                .arg(title(mode))
+                .arg(count)
+                .arg(PathDisplay::bytes(total));
+        if (!confirmOnTerminal(question)) {
+            printError(needsConfirmation());
+            return kExitUsage;
+        }
+    }
+    const Cleaner cleaner(SafetyGuard::forCurrentUser());
+    FreeSpaceTimeline timeline(FreeSpaceTimeline::defaultFilePath());
+    const CleanReport report = runCleanup(cleaner, junkCleanupGroups(results, mode),
+                                          QStringLiteral("System Junk"), {}, nullptr, &timeline);
+    if (o.json) {
+        printJson(QJsonDocument(cleanReportJson(report)));
+    } else {
+        printCleanReport(report, mode, xdg::home());
+    }
+    return report.failures.empty() ? kExitOk : kExitFailed;
+}
+
+} // namespace
+
+void addJunkCommand(CLI::App& app, CommandResult& result) {
+    auto o = std::make_shared<JunkOptions>();
+    auto* cmd = app.add_subcommand("junk", "Find caches, logs and other junk in your home folder");
+    cmd->add_flag("--json", o->json, "Print JSON for scripts");
+    cmd->callback([o, &result] {
+        if (!result.run) {
+            result.run = [o] {
+                return runList(*o);
+            };
+        }
+    });
+    auto* clean = cmd->add_subcommand("clean", "Remove the junk of the chosen categories");
+    clean->add_option("--category", o->categories,
+                      "Category id (repeat for several; default: those selected by default)");
+    clean->add_option("--mode", o->mode,
+                      "moveToTrash or deletePermanently (default: the "
+                      "junkRemovalMode setting)");
+    clean->add_flag("--yes", o->yes, "Do not ask for confirmation");
+    clean->add_flag("--json", o->json, "Print the report as JSON");
+    clean->callback([o, &result] {
+        result.run = [o] {
+            return runClean(*o);
+        };
+    });
+}
+
+} // namespace tarvik::cli

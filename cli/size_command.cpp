@@ -1,0 +1,77 @@
+#include "cli/commands.h"
+#include "cli/output.h"
+#include "core/cleanup/directory_sizer.h"
+#include "core/cleanup/path_display.h"
+#include "core/platform/xdg_paths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <memory>
+#include <sys/stat.h>
+
+namespace tarvik::cli {
+namespace {
+
+struct SizeOptions {
+    std::vector<std::string> paths;
+    bool json = false;
+};
+
+int runSize(const SizeOptions& o) {
+    const DirectorySizer sizer;
+    const QString home = xdg::home();
+    QJsonArray out;
+    std::vector<std::pair<QString, QString>> rows;
+    int status = kExitOk;
+    for (const auto& p : o.paths) {
+        const QString path =
+            QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromStdString(p)));
+        struct stat st {};
+        if (::lstat(QFile::encodeName(path).constData(), &st) != 0) {
+            printError(QStringLiteral("%1 does not exist.").arg(path));
+            status = kExitFailed;
+            continue;
+        }
+        const SizeResult r = sizer.measure(path);
+        out.append(QJsonObject{
+            {QStringLiteral("path"), path},
+            {QStringLiteral("allocatedBytes"), static_cast<double>(r.allocated)},
+            {QStringLiteral("files"), static_cast<double>(r.files)},
+            {QStringLiteral("unreadableFolders"), static_cast<double>(r.unreadable)},
+            {QStringLiteral("otherFileSystemsSkipped"), static_cast<double>(r.otherFileSystems)}});
+        QString note;
+        if (r.unreadable > 0) {
+            note += QStringLiteral(" (%1 folders could not be read)").arg(r.unreadable);
+        }
+        if (r.otherFileSystems > 0) {
+            note += QStringLiteral(" (%1 other file systems not entered)").arg(r.otherFileSystems);
+        }
+        rows.emplace_back(PathDisplay::bytes(r.allocated),
+                          PathDisplay::abbreviate(path, home) + note);
+    }
+    if (o.json) {
+        printJson(QJsonDocument(out));
+    } else {
+        printRows(rows);
+    }
+    return status;
+}
+
+} // namespace
+
+void addSizeCommand(CLI::App& app, CommandResult& result) {
+    auto o = std::make_shared<SizeOptions>();
+    auto* cmd = app.add_subcommand("size", "Measure the space files and folders take on disk");
+    cmd->add_option("paths", o->paths, "Files or folders")->required();
+    cmd->add_flag("--json", o->json, "Print JSON for scripts");
+    cmd->callback([o, &result] {
+        result.run = [o] {
+            return runSize(*o);
+        };
+    });
+}
+
+} // namespace tarvik::cli

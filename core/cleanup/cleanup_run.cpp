@@ -1,0 +1,41 @@
+#include "core/cleanup/cleanup_run.h"
+
+#include "core/cleanup/cleanup_record.h"
+
+namespace tarvik {
+
+CleanReport runCleanup(const Cleaner& cleaner, const std::vector<CleanupGroup>& groups,
+                       const QString& source, const std::function<void(double)>& onProgress,
+                       const std::atomic<bool>* cancel, FreeSpaceTimeline* timeline) {
+    std::size_t total = 0;
+    for (const auto& g : groups) {
+        total += g.items.size();
+    }
+    CleanReport merged;
+    std::size_t earlier = 0;
+    for (const auto& g : groups) {
+        const CleanReport part = cleaner.remove(
+            g.items, g.mode,
+            [&](int done, int) {
+                if (onProgress && total > 0) {
+                    onProgress(static_cast<double>(earlier + static_cast<std::size_t>(done)) /
+                               static_cast<double>(total));
+                }
+            },
+            cancel);
+        merged.merge(part);
+        earlier += g.items.size();
+        if (cancel != nullptr && cancel->load()) {
+            break;
+        }
+    }
+    if (merged.freedBytes >= 1 && timeline != nullptr) {
+        timeline->load();
+        timeline->add({QDateTime::currentDateTimeUtc(), merged.freedBytes,
+                       static_cast<int>(merged.removed.size()), source});
+        timeline->save();
+    }
+    return merged;
+}
+
+} // namespace tarvik

@@ -1,0 +1,25 @@
+#include "core/cleanup/path_display.h"
+
+#include "core/monitor/metric_format.h"
+
+#include <QDir>
+
+namespace tarvik::PathDisplay {
+
+QString bytes(std::int64_t count) {
+    return MetricFormat::bytes(count);
+}
+
+QString abbreviate(const QString& path, const QString& home) {
+    const QString p = QDir::cleanPath(path);
+    const QString h = QDir::cleanPath(home);
+    if (p == h) {
+        return QStringLiteral("~");
+    }
+    if (h != QLatin1String("/") && p.startsWith(h + QLatin1Char('/'))) {
+        return QStringLiteral("~") + p.mid(h.size());
+    }
+    return p;
+}
+
+} // namespace tarvik::PathDisplay

@@ -1,0 +1,284 @@
+#include "core/cleanup/cleaner.h"
+#include "core/cleanup/cleanup_record.h"
+#include "core/cleanup/cleanup_run.h"
+#include "core/cleanup/directory_sizer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace tarvik;
+
+namespace {
+
+void write(const QString& path, qint64 bytes) {
+    QDir().mkpath(path.section('/', 0, -2));
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(QByteArray(bytes, 'x'));
+}
+
+std::int64_t allocated(const QString& path) {
+    struct stat st {};
+    return ::lstat(QFile::encodeName(path).constData(), &st) == 0 ? st.st_blocks * 512 : 0;
+}
+
+bool exists(const QString& path) {
+    struct stat st {};
+    return ::lstat(QFile::encodeName(path).constData(), &st) == 0;
+}
+
+// Marks a file immutable (even root cannot remove it); false where the file system refuses.
+bool setImmutable(const QString& path, bool on) {
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK);
+    if (fd < 0) {
+        return false;
+    }
+    int flags = 0;
+    bool ok = ::ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
+    if (ok) {
+        flags = on ? (flags | FS_IMMUTABLE_FL) : (flags & ~FS_IMMUTABLE_FL);
+        ok = ::ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
+    }
+    ::close(fd);
+    return ok;
+}
+
+struct Sandbox {
+    QTemporaryDir dir;
+    QString home;
+    QString outside;
+    Sandbox()
+        : home(QDir(dir.path()).canonicalPath() + "/home"),
+          outside(QDir(dir.path()).canonicalPath() + "/outside") {
+        QDir().mkpath(home);
+        QDir().mkpath(outside);
+    }
+    Cleaner cleaner() const {
+        return Cleaner(SafetyGuard(home, {}), Trash(home + "/.local/share/Trash"));
+    }
+    CleanableItem item(const QString& rel, std::int64_t size = 0) const {
+        return {home + "/" + rel, size, std::nullopt, std::nullopt};
+    }
+};
+
+} // namespace
+
+TEST(Cleaner, DeletesFilesFoldersAndLinksAndCountsWhatWasReallyFreed) {
+    Sandbox s;
+    write(s.home + "/cache/a.bin", 10000);
+    write(s.home + "/cache/sub/b.bin", 20000);
+    write(s.home + "/single.log", 5000);
+    write(s.outside + "/precious/data.txt", 3000);
+    ASSERT_TRUE(QFile::link(s.outside + "/precious", s.home + "/link-to-outside"));
+    const std::int64_t expected = allocated(s.home + "/cache/a.bin") +
+                                  allocated(s.home + "/cache/sub/b.bin") +
+                                  allocated(s.home + "/single.log");
+
+    std::vector<std::pair<int, int>> progress;
+    const CleanReport r =
+        s.cleaner().remove({s.item("cache", 1), s.item("single.log", 1),
+                            s.item("link-to-outside", 999), s.item("missing.txt", 1)},
+                           RemovalMode::DeletePermanently,
+                           [&](int done, int total) { progress.emplace_back(done, total); });
+    EXPECT_EQ(r.freedBytes, expected); // measured, not the scanner's stale 1s and 999
+    ASSERT_EQ(r.removed.size(), 3u);
+    EXPECT_EQ(r.removedIDs(), (QSet<QString>{s.home + "/cache", s.home + "/single.log",
+                                             s.home + "/link-to-outside"}));
+    EXPECT_FALSE(exists(s.home + "/cache"));
+    EXPECT_FALSE(exists(s.home + "/link-to-outside"));
+    EXPECT_TRUE(exists(s.outside + "/precious/data.txt")); // the link went, its target stayed
+    ASSERT_EQ(r.failures.size(), 1u);
+    EXPECT_EQ(r.failures[0].message,
+              "“missing.txt” couldn't be removed: No such file or directory.");
+    EXPECT_EQ(progress, (std::vector<std::pair<int, int>>{{1, 4}, {2, 4}, {3, 4}, {4, 4}}));
+}
+
+TEST(Cleaner, RefusalsCarryTheGuardsSentenceAndTheRunGoesOn) {
+    Sandbox s;
+    write(s.home + "/Documents/keep.txt", 100);
+    write(s.home + "/junk.tmp", 100);
+    write(s.outside + "/x", 100);
+    const CleanReport r = s.cleaner().remove({{s.home, 0, {}, {}},
+                                              s.item("Documents"),
+                                              {s.outside + "/x", 0, {}, {}},
+                                              s.item("junk.tmp")},
+                                             RemovalMode::DeletePermanently);
+    ASSERT_EQ(r.failures.size(), 3u);
+    EXPECT_EQ(r.failures[0].message, s.home + " is a protected location and was skipped.");
+    EXPECT_EQ(r.failures[1].message,
+              s.home + "/Documents is a protected location and was skipped.");
+    EXPECT_EQ(r.failures[2].message,
+              s.outside + "/x is outside the locations Tarvik is allowed to clean.");
+    EXPECT_NE(r.failures[0].id, r.failures[1].id);
+    EXPECT_EQ(r.removed.size(), 1u);
+    EXPECT_TRUE(exists(s.home + "/Documents/keep.txt"));
+    EXPECT_TRUE(exists(s.outside + "/x"));
+}
+
+TEST(Cleaner, AFileWithAnotherNameElsewhereFreesNothing) {
+    Sandbox s;
+    write(s.home + "/dup/a.bin", 50000);
+    ASSERT_EQ(::link(QFile::encodeName(s.home + "/dup/a.bin").constData(),
+                     QFile::encodeName(s.home + "/kept.bin").constData()),
+              0);
+    const CleanReport r = s.cleaner().remove({s.item("dup")}, RemovalMode::DeletePermanently);
+    EXPECT_EQ(r.removed.size(), 1u);
+    EXPECT_EQ(r.freedBytes, 0);
+    EXPECT_TRUE(exists(s.home + "/kept.bin"));
+}
+
+TEST(Cleaner, AFolderWithAFileInUseIsPartiallyCleaned) {
+    Sandbox s;
+    write(s.home + "/app-cache/big.bin", 200000);
+    write(s.home + "/app-cache/locked/held.db", 4000);
+    if (!setImmutable(s.home + "/app-cache/locked/held.db", true)) {
+        GTEST_SKIP() << "this file system cannot mark a file immutable";
+    }
+    const std::int64_t big = allocated(s.home + "/app-cache/big.bin");
+    const std::int64_t held = allocated(s.home + "/app-cache/locked/held.db");
+    const CleanReport r =
+        s.cleaner().remove({s.item("app-cache", big + held)}, RemovalMode::DeletePermanently);
+    setImmutable(s.home + "/app-cache/locked/held.db", false);
+    EXPECT_TRUE(r.removed.empty()); // the item stays listed
+    EXPECT_EQ(r.freedBytes, big);
+    ASSERT_EQ(r.failures.size(), 1u);
+    EXPECT_EQ(r.failures[0].message, QStringLiteral("Partially cleaned; %1 is in use or protected.")
+                                         .arg(QString::number(held / 1000.0, 'f', 1) + " KB"));
+    EXPECT_FALSE(exists(s.home + "/app-cache/big.bin"));
+    EXPECT_TRUE(exists(s.home + "/app-cache/locked/held.db"));
+}
+
+TEST(Cleaner, CancellingStopsBetweenItemsWithAPartialReport) {
+    Sandbox s;
+    for (int i = 0; i < 5; ++i) {
+        write(s.home + QString("/f%1").arg(i), 100);
+    }
+    std::atomic<bool> cancel = false;
+    std::vector<CleanableItem> items;
+    for (int i = 0; i < 5; ++i) {
+        items.push_back(s.item(QString("f%1").arg(i)));
+    }
+    const CleanReport r = s.cleaner().remove(
+        items, RemovalMode::DeletePermanently, [&](int done, int) { cancel = done == 2; }, &cancel);
+    EXPECT_EQ(r.removed.size(), 2u);
+    EXPECT_TRUE(r.failures.empty());
+    EXPECT_TRUE(exists(s.home + "/f2"));
+}
+
+TEST(Cleaner, DeletingATrashEntryTakesItsDescriptionAlong) {
+    Sandbox s;
+    write(s.home + "/.local/share/Trash/files/old.txt", 100);
+    write(s.home + "/.local/share/Trash/info/old.txt.trashinfo", 50);
+    write(s.home + "/.local/share/Trash/info/other.txt.trashinfo", 50);
+    const CleanReport r = s.cleaner().remove({s.item(".local/share/Trash/files/old.txt")},
+                                             RemovalMode::DeletePermanently);
+    EXPECT_EQ(r.removed.size(), 1u);
+    EXPECT_FALSE(exists(s.home + "/.local/share/Trash/info/old.txt.trashinfo"));
+    EXPECT_TRUE(exists(s.home + "/.local/share/Trash/info/other.txt.trashinfo"));
+}
+
+TEST(CleanupRun, GroupsKeepTheirModesProgressSpansAllAndOnlyRealCleanupsAreRecorded) {
+    Sandbox s;
+    write(s.home + "/a", 8192);
+    write(s.home + "/b", 8192);
+    write(s.home + "/c", 8192);
+    const QString timelinePath = s.home + "/timeline.json";
+    FreeSpaceTimeline timeline(timelinePath);
+    std::vector<double> fractions;
+    const CleanReport r = runCleanup(
+        s.cleaner(),
+        {{{s.item("a")}, RemovalMode::DeletePermanently},
+         {{s.item("b"), s.item("c")}, RemovalMode::MoveToTrash}},
+        "System Junk", [&](double f) { fractions.push_back(f); }, nullptr, &timeline);
+    EXPECT_EQ(r.removed.size(), 3u);
+    EXPECT_TRUE(exists(s.home + "/.local/share/Trash/files/b"));
+    ASSERT_EQ(fractions.size(), 3u);
+    EXPECT_NEAR(fractions[0], 1.0 / 3, 1e-9);
+    EXPECT_DOUBLE_EQ(fractions[2], 1.0);
+
+    FreeSpaceTimeline reread(timelinePath);
+    reread.load();
+    ASSERT_EQ(reread.records().size(), 1u);
+    EXPECT_EQ(reread.records()[0].source, "System Junk");
+    EXPECT_EQ(reread.records()[0].itemCount, 3);
+    EXPECT_EQ(reread.records()[0].freedBytes, r.freedBytes);
+
+    // A run in which everything fails leaves no record.
+    runCleanup(s.cleaner(), {{{s.item("gone")}, RemovalMode::DeletePermanently}}, "System Junk", {},
+               nullptr, &timeline);
+    reread.load();
+    EXPECT_EQ(reread.records().size(), 1u);
+}
+
+TEST(FreeSpaceTimeline, KeepsAnHourlyHistoryAndReadsADamagedFileAsEmpty) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/t.json";
+    FreeSpaceTimeline t(path);
+    const QDateTime start = QDateTime::fromSecsSinceEpoch(1'800'000'000);
+    EXPECT_TRUE(t.addSampleIfDue({start, 100, 1000}));
+    EXPECT_FALSE(t.addSampleIfDue({start.addSecs(1800), 90, 1000}));
+    EXPECT_TRUE(t.addSampleIfDue({start.addSecs(3600), 80, 1000}));
+    ASSERT_TRUE(t.save());
+    FreeSpaceTimeline again(path);
+    again.load();
+    ASSERT_EQ(again.samples().size(), 2u);
+    EXPECT_EQ(again.samples()[1].freeBytes, 80);
+
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    f.write("{\"cleanups\": [{\"date\": \"not a date\"}], \"samples\": 7");
+    f.close();
+    again.load();
+    EXPECT_TRUE(again.records().empty());
+    EXPECT_TRUE(again.samples().empty());
+}
+
+TEST(DirectorySizer, CountsRegularFilesOnceNeverFollowsLinksAndSkipsWhatItCannotRead) {
+    Sandbox s;
+    write(s.home + "/t/a", 10000);
+    write(s.home + "/t/deep/er/b", 30000);
+    ASSERT_EQ(::link(QFile::encodeName(s.home + "/t/a").constData(),
+                     QFile::encodeName(s.home + "/t/deep/a-again").constData()),
+              0);
+    ASSERT_EQ(::link(QFile::encodeName(s.home + "/t/deep/er/b").constData(),
+                     QFile::encodeName(s.outside + "/b-elsewhere").constData()),
+              0);
+    write(s.outside + "/huge", 1 << 20);
+    ASSERT_TRUE(QFile::link(s.outside, s.home + "/t/link"));
+    // A sparse file: 100 MB long, almost nothing allocated.
+    const int fd =
+        ::open(QFile::encodeName(s.home + "/t/sparse").constData(), O_CREAT | O_WRONLY, 0600);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::ftruncate(fd, 100 << 20), 0);
+    ::close(fd);
+    // Many folders, so the walk shares its work between threads.
+    for (int i = 0; i < 40; ++i) {
+        write(s.home + QString("/t/wide/%1/f").arg(i), 4096);
+    }
+    std::int64_t wide = 0;
+    for (int i = 0; i < 40; ++i) {
+        wide += allocated(s.home + QString("/t/wide/%1/f").arg(i));
+    }
+    const std::int64_t a = allocated(s.home + "/t/a");
+    const std::int64_t b = allocated(s.home + "/t/deep/er/b");
+    const SizeResult r = DirectorySizer().measure(s.home + "/t");
+    EXPECT_EQ(r.allocated, a + b + wide + allocated(s.home + "/t/sparse"));
+    EXPECT_EQ(r.releasable, r.allocated - b); // b has a name outside
+    EXPECT_EQ(r.files, 44);
+    for (int threads : {1, 2, 7}) {
+        EXPECT_EQ(DirectorySizer(nullptr, threads).measure(s.home + "/t").allocated, r.allocated);
+    }
+    EXPECT_EQ(DirectorySizer().size(s.home + "/t/link"), 0);
+    EXPECT_EQ(DirectorySizer().size(s.home + "/t/a"), a);
+    EXPECT_EQ(DirectorySizer().size(s.home + "/nothing-here"), 0);
+
+    std::atomic<bool> cancelled = true;
+    EXPECT_LT(DirectorySizer(&cancelled).measure(s.home + "/t").allocated, r.allocated);
+}

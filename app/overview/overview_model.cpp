@@ -5,10 +5,13 @@
 
 namespace tarvik {
 
-OverviewModel::OverviewModel(MachineSummaryOptions options, QObject* parent)
-    : QObject(parent), options_(std::move(options)) {
-    connect(&watcher_, &QFutureWatcher<MachineSummary>::finished, this, [this] {
-        summary_ = watcher_.result();
+OverviewModel::OverviewModel(MachineSummaryOptions options,
+                             std::function<JunkScanner::Options()> junkOptions, QObject* parent)
+    : QObject(parent), options_(std::move(options)), junkOptions_(std::move(junkOptions)) {
+    connect(&watcher_, &QFutureWatcher<Result>::finished, this, [this] {
+        const Result r = watcher_.result();
+        summary_ = r.summary;
+        junkBytes_ = r.junk;
         hasSummary_ = true;
         emit loadingChanged(false);
         emit summaryChanged();
@@ -20,8 +23,22 @@ void OverviewModel::refresh() {
         return;
     }
     // statvfs on a home folder that sits on a network share can block; keep it off the window.
-    watcher_.setFuture(
-        QtConcurrent::run([options = options_] { return readMachineSummary(options); }));
+    std::optional<JunkScanner::Options> junk;
+    if (junkOptions_) {
+        junk = junkOptions_();
+    }
+    watcher_.setFuture(QtConcurrent::run([options = options_, junk] {
+        Result r{readMachineSummary(options), std::nullopt};
+        if (junk) {
+            std::int64_t total = 0;
+            for (const auto& c :
+                 JunkScanner(*junk).scan({kAllJunkCategories.begin(), kAllJunkCategories.end()})) {
+                total += info(c.category).selectedByDefault ? c.totalSize : 0;
+            }
+            r.junk = total;
+        }
+        return r;
+    }));
     emit loadingChanged(true);
 }
 

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "core/cleanup/junk_scanner.h"
 #include "core/monitor/machine_summary.h"
 
 #include <QFutureWatcher>
 #include <QObject>
+#include <functional>
+#include <optional>
 
 namespace tarvik {
 
@@ -11,10 +14,15 @@ namespace tarvik {
 class OverviewModel : public QObject {
     Q_OBJECT
 public:
-    explicit OverviewModel(MachineSummaryOptions options, QObject* parent = nullptr);
+    // `junkOptions` says where System Junk looks; without it there is no junk figure.
+    explicit OverviewModel(MachineSummaryOptions options,
+                           std::function<JunkScanner::Options()> junkOptions = {},
+                           QObject* parent = nullptr);
 
     const MachineSummary& summary() const { return summary_; }
     bool hasSummary() const { return hasSummary_; }
+    // What a default System Junk clean would remove; empty until measured.
+    std::optional<std::int64_t> junkBytes() const { return junkBytes_; }
     bool isLoading() const { return watcher_.isRunning(); }
 
 public slots:
@@ -25,10 +33,16 @@ signals:
     void loadingChanged(bool loading);
 
 private:
+    struct Result {
+        MachineSummary summary;
+        std::optional<std::int64_t> junk;
+    };
     MachineSummaryOptions options_;
+    std::function<JunkScanner::Options()> junkOptions_;
     MachineSummary summary_;
+    std::optional<std::int64_t> junkBytes_;
     bool hasSummary_ = false;
-    QFutureWatcher<MachineSummary> watcher_;
+    QFutureWatcher<Result> watcher_;
 };
 
 } // namespace tarvik

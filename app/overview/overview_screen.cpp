@@ -3,6 +3,8 @@
 #include "app/overview/overview_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "core/cleanup/path_display.h"
+#include "core/shell/navigator.h"
 
 #include <QFormLayout>
 #include <QGroupBox>
@@ -13,8 +15,8 @@
 
 namespace tarvik {
 
-OverviewScreen::OverviewScreen(OverviewModel& model, QWidget* parent)
-    : QWidget(parent), model_(model) {
+OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator, QWidget* parent)
+    : QWidget(parent), model_(model), navigator_(navigator) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(new ScreenHeader(QStringLiteral("Smart Scan"),
@@ -25,6 +27,17 @@ OverviewScreen::OverviewScreen(OverviewModel& model, QWidget* parent)
     rows_->setLabelAlignment(Qt::AlignLeft);
     rows_->setHorizontalSpacing(24);
     layout->addWidget(box);
+
+    auto* junkBox = new QGroupBox(tr("System Junk"), this);
+    auto* junkRow = new QHBoxLayout(junkBox);
+    junk_ = new QLabel(tr("Measuring…"), junkBox);
+    junk_->setObjectName(QStringLiteral("junkTile"));
+    auto* review = new QPushButton(tr("Review System Junk"), junkBox);
+    connect(review, &QPushButton::clicked, this,
+            [this] { navigator_.select(AppSection::SystemJunk); });
+    junkRow->addWidget(junk_, 1);
+    junkRow->addWidget(review);
+    layout->addWidget(junkBox);
 
     auto* actions = new QHBoxLayout();
     state_ = new QLabel(this);
@@ -60,6 +73,9 @@ void OverviewScreen::render() {
     if (!model_.hasSummary()) {
         return;
     }
+    junk_->setText(model_.junkBytes() ? tr("%1 of caches, logs and other junk can be cleaned.")
+                                            .arg(PathDisplay::bytes(*model_.junkBytes()))
+                                      : tr("Not measured."));
     for (const auto& row : describe(model_.summary())) {
         auto* value = new QLabel(row.value);
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);

@@ -3,17 +3,22 @@
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "app/shell/tray_item.h"
+#include "core/cleanup/removal_mode.h"
 #include "core/platform/qt_text.h"
 #include "core/shell/login_item.h"
 #include "core/shell/preferences.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
 #include <QDoubleSpinBox>
+#include <QFileDialog>
 #include <QFormLayout>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -117,6 +122,8 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     });
     layout->addWidget(monitor);
 
+    layout->addWidget(cleaningGroup());
+
     // Permissions.
     auto* permissions = new QGroupBox(tr("Permissions"), this);
     auto* grid = new QGridLayout(permissions);
@@ -177,6 +184,88 @@ QWidget* SettingsScreen::boolRow(std::string_view key, const QString& label, con
     return holder;
 }
 
+QWidget* SettingsScreen::cleaningGroup() {
+    auto* box = new QGroupBox(tr("Cleaning"), this);
+    auto* v = new QVBoxLayout(box);
+    auto* form = new QFormLayout();
+    for (auto [key, label] :
+         {std::pair{pref::kJunkRemovalMode, tr("Caches, logs and build output")},
+          std::pair{pref::kFileRemovalMode, tr("Large files, duplicates and uninstalled apps")}}) {
+        auto* combo = new QComboBox(box);
+        combo->setObjectName(toQString(key));
+        for (RemovalMode mode : kAllRemovalModes) {
+            combo->addItem(title(mode), toQString(rawValue(mode)));
+        }
+        combo->setAccessibleName(label);
+        connect(combo, &QComboBox::currentIndexChanged, this, [this, combo, key = key] {
+            prefs_.setValue(key, combo->currentData().toString());
+            prefs_.sync();
+        });
+        modeRows_[key] = combo;
+        form->addRow(label + QLatin1Char(':'), combo);
+    }
+    v->addLayout(form);
+    v->addWidget(noteLabel(tr("Moving to the Trash only frees space once the Trash is emptied. "
+                              "Trash contents found by System Junk are always deleted "
+                              "permanently."),
+                           box));
+
+    v->addWidget(new QLabel(tr("Never offer these locations for cleaning:"), box));
+    exclusions_ = new QListWidget(box);
+    exclusions_->setObjectName(QStringLiteral("exclusions"));
+    exclusions_->setAccessibleName(tr("Excluded locations"));
+    exclusions_->setMaximumHeight(110);
+    noExclusions_ = noteLabel(tr("No exclusions yet"), box);
+    noExclusions_->setObjectName(QStringLiteral("noExclusions"));
+    v->addWidget(exclusions_);
+    v->addWidget(noExclusions_);
+    auto* buttons = new QHBoxLayout();
+    auto* add = new QPushButton(tr("Add Folder…"), box);
+    stopExcluding_ = new QPushButton(tr("Stop excluding this location"), box);
+    stopExcluding_->setObjectName(QStringLiteral("stopExcluding"));
+    buttons->addWidget(add);
+    buttons->addWidget(stopExcluding_);
+    buttons->addStretch(1);
+    v->addLayout(buttons);
+    connect(add, &QPushButton::clicked, this, [this] {
+        const QString dir =
+            QFileDialog::getExistingDirectory(this, tr("Exclude a Folder"), QDir::homePath());
+        if (!dir.isEmpty()) {
+            addExclusion(dir);
+        }
+    });
+    connect(stopExcluding_, &QPushButton::clicked, this, [this] {
+        if (auto* current = exclusions_->currentItem()) {
+            QStringList paths = prefs_.exclusions();
+            paths.removeAll(current->text());
+            prefs_.setExclusions(paths);
+            prefs_.sync();
+        }
+    });
+    connect(exclusions_, &QListWidget::currentRowChanged, this,
+            [this](int row) { stopExcluding_->setEnabled(row >= 0); });
+    return box;
+}
+
+void SettingsScreen::addExclusion(const QString& path) {
+    QStringList paths = prefs_.exclusions();
+    const QString clean = QDir::cleanPath(path);
+    if (!paths.contains(clean)) {
+        paths << clean;
+        prefs_.setExclusions(paths);
+        prefs_.sync();
+    }
+}
+
+void SettingsScreen::refreshExclusions() {
+    const QStringList paths = prefs_.exclusions();
+    exclusions_->clear();
+    exclusions_->addItems(paths);
+    exclusions_->setVisible(!paths.isEmpty());
+    noExclusions_->setVisible(paths.isEmpty());
+    stopExcluding_->setEnabled(false);
+}
+
 void SettingsScreen::syncFromPreferences() {
     for (auto& [key, box] : boolRows_) {
         const QSignalBlocker block(box);
@@ -196,6 +285,11 @@ void SettingsScreen::syncFromPreferences() {
         const QSignalBlocker block(login_);
         login_->setChecked(loginItem_.isEnabled());
     }
+    for (auto& [key, combo] : modeRows_) {
+        const QSignalBlocker block(combo);
+        combo->setCurrentIndex(combo->findData(prefs_.value(key).toString()));
+    }
+    refreshExclusions();
 }
 
 void SettingsScreen::setLoginItem(bool on) {

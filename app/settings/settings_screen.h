@@ -10,6 +10,8 @@
 #include <string_view>
 
 class QCheckBox;
+class QComboBox;
+class QListWidget;
 class QDoubleSpinBox;
 class QLabel;
 class QPushButton;
@@ -26,6 +28,9 @@ class SettingsScreen : public QWidget {
 public:
     SettingsScreen(Preferences& preferences, LoginItem& loginItem, QWidget* parent = nullptr);
 
+    // Adds a folder to the exclusions (the "Add Folder…" button asks for one).
+    void addExclusion(const QString& path);
+
     // Whether a tray host exists; when none does the screen says so.
     void setTrayAvailable(bool available);
 
@@ -37,6 +42,8 @@ private:
     void syncFromPreferences();
     void setLoginItem(bool on);
     void probePermissions();
+    QWidget* cleaningGroup();
+    void refreshExclusions();
 
     Preferences& prefs_;
     LoginItem& loginItem_;
@@ -46,6 +53,10 @@ private:
     QCheckBox* login_ = nullptr;
     QLabel* loginError_ = nullptr;
     QLabel* noTray_ = nullptr;
+    std::map<std::string_view, QComboBox*> modeRows_;
+    QListWidget* exclusions_ = nullptr;
+    QLabel* noExclusions_ = nullptr;
+    QPushButton* stopExcluding_ = nullptr;
     std::map<AppPermission, QLabel*> permissionStatus_;
     QFutureWatcher<PermissionStatuses> permissionWatcher_;
 };

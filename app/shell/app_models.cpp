@@ -11,13 +11,18 @@ AppModels::Options AppModels::defaultOptions() {
             xdg::autostartDir(),
             QCoreApplication::applicationFilePath(),
             {"/", xdg::home()},
-            {}};
+            {},
+            std::nullopt};
 }
 
 AppModels::AppModels(const Options& options, QObject* parent)
     : QObject(parent), preferences_(options.preferencesFile),
       monitor_(preferences_, options.sampler), navigator_(),
-      loginItem_(options.autostartDir, options.executable), overview_(options.summary) {
+      loginItem_(options.autostartDir, options.executable),
+      overview_(
+          options.summary,
+          (options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)).scannerOptions),
+      junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)) {
     // Counters moved while the machine slept: the next rates start afresh.
     connect(&sleep_, &SleepWatcher::resumed, &monitor_, &SystemMonitorModel::resetBaselines);
 }

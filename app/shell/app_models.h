@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/platform/sleep_watcher.h"
@@ -22,6 +23,8 @@ public:
         QString executable;
         MachineSummaryOptions summary;
         SamplerOptions sampler;
+        // How System Junk scans and cleans; empty means this user's home, guard and Trash.
+        std::optional<JunkModel::Dependencies> junk;
     };
     static Options defaultOptions();
 
@@ -32,6 +35,7 @@ public:
     LoginItem& loginItem() { return loginItem_; }
     OverviewModel& overview() { return overview_; }
     SystemMonitorModel& monitor() { return monitor_; }
+    JunkModel& junk() { return junk_; }
 
 private:
     Preferences preferences_;
@@ -40,6 +44,7 @@ private:
     Navigator navigator_;
     LoginItem loginItem_;
     OverviewModel overview_;
+    JunkModel junk_;
 };
 
 } // namespace tarvik

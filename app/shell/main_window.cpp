@@ -1,5 +1,6 @@
 #include "app/shell/main_window.h"
 
+#include "app/junk/junk_screen.h"
 #include "app/monitor/monitor_screen.h"
 #include "app/overview/overview_screen.h"
 #include "app/settings/settings_screen.h"
@@ -9,6 +10,7 @@
 #include "app/shell/sidebar_model.h"
 #include "app/shell/unavailable_screen.h"
 #include "core/platform/qt_text.h"
+#include "core/platform/xdg_paths.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -121,7 +123,10 @@ QWidget* MainWindow::createScreen(AppSection section) {
     QWidget* screen = nullptr;
     switch (section) {
     case AppSection::Overview:
-        screen = new OverviewScreen(models_.overview(), this);
+        screen = new OverviewScreen(models_.overview(), models_.navigator(), this);
+        break;
+    case AppSection::SystemJunk:
+        screen = new JunkScreen(models_.junk(), xdg::home(), this);
         break;
     case AppSection::Monitor:
         screen = new MonitorScreen(models_.monitor(), this);

@@ -26,7 +26,8 @@ AppModels::Options optionsIn(const TempHome& home) {
             home.config() + "/autostart",
             "/usr/bin/tarvik",
             {"/", home.path()},
-            {}};
+            {},
+            std::nullopt};
 }
 
 QWidget* screenInside(QWidget* scroll) {

@@ -25,7 +25,8 @@ AppModels::Options optionsIn(const test::TempHome& home, const std::filesystem::
             home.config() + "/autostart",
             "/usr/bin/tarvik",
             {root, home.path()},
-            sampler};
+            sampler,
+            std::nullopt};
 }
 
 bool waitForReadings(SystemMonitorModel& model, int count) {

@@ -15,8 +15,10 @@
 namespace tarvik {
 namespace {
 
-QString couldNotRemove(const CleanableItem& item, int error) {
-    return QStringLiteral("“%1” couldn't be removed: %2.")
+QString couldNotRemove(const CleanableItem& item, int error, RemovalMode mode) {
+    return (mode == RemovalMode::MoveToTrash
+                ? QStringLiteral("“%1” couldn't be moved to the Trash: %2.")
+                : QStringLiteral("“%1” couldn't be removed: %2."))
         .arg(item.name(), QString::fromLocal8Bit(std::strerror(error)));
 }
 
@@ -59,7 +61,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode, CleanReport
     struct stat st {};
     if (!parent.valid() || ::fstat(parent.get(), &parentSt) != 0 ||
         ::fstatat(parent.get(), name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        report.failures.push_back({QUuid::createUuid(), item, couldNotRemove(item, errno)});
+        report.failures.push_back({QUuid::createUuid(), item, couldNotRemove(item, errno, mode)});
         return;
     }
     // What removing really frees, measured now: a file with other names elsewhere frees
@@ -70,7 +72,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode, CleanReport
     if (mode == RemovalMode::MoveToTrash) {
         if (auto error = trash_.moveToTrash(parent.get(), parentPath, name)) {
             report.failures.push_back({QUuid::createUuid(), item,
-                                       QStringLiteral("“%1” couldn't be moved to the Trash: %2")
+                                       QStringLiteral("“%1” couldn't be moved to the Trash: %2.")
                                            .arg(item.name(), *error)});
             return;
         }
@@ -91,13 +93,20 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode, CleanReport
         if (parentPath.ends_with("/Trash/files")) {
             const std::string info = parentPath.substr(0, parentPath.size() - 5) + "info";
             if (UniqueFd infoDir = openDirectoryNoFollow(info); infoDir.valid()) {
-                ::unlinkat(infoDir.get(), (name + ".trashinfo").c_str(), 0);
+                const std::string infoName = name + ".trashinfo";
+                struct stat infoSt {};
+                const bool present =
+                    ::fstatat(infoDir.get(), infoName.c_str(), &infoSt, AT_SYMLINK_NOFOLLOW) == 0;
+                if (present && ::unlinkat(infoDir.get(), infoName.c_str(), 0) == 0 &&
+                    S_ISREG(infoSt.st_mode) && infoSt.st_nlink == 1) {
+                    report.addFreed(static_cast<std::int64_t>(infoSt.st_blocks) * 512);
+                }
             }
         }
         return;
     }
     if (!S_ISDIR(st.st_mode)) {
-        report.failures.push_back({QUuid::createUuid(), item, couldNotRemove(item, error)});
+        report.failures.push_back({QUuid::createUuid(), item, couldNotRemove(item, error, mode)});
         return;
     }
     const SizeResult left = sizer.measure(canonical);

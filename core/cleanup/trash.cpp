@@ -118,7 +118,7 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
         }
     }
     if (!trash) {
-        return QStringLiteral("There is no usable Trash on the disk that holds it.");
+        return QStringLiteral("there is no usable Trash on the disk that holds it");
     }
 
     std::string stored = absolute;
@@ -156,7 +156,7 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
         ::unlinkat(trash->info.get(), infoName.c_str(), 0);
         return reason(e);
     }
-    return QStringLiteral("The Trash has too many items of this name.");
+    return QStringLiteral("the Trash has too many items of this name");
 }
 
 } // namespace tarvik

@@ -3,6 +3,7 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -197,4 +198,75 @@ TEST_F(TarvikCommand, MonitorGivesOneReadingAsJsonOrSeveralAsText) {
 
     EXPECT_EQ(tarvik({"monitor", "--interval", "0"}).exitCode, 2);
     EXPECT_EQ(tarvik({"monitor", "--count", "-1"}).exitCode, 2);
+}
+
+TEST_F(TarvikCommand, CleanIsASafeRmThatRefusesWithTheGuardsWordsAndAsksFirst) {
+    const QString home = QDir(home_.path()).canonicalPath();
+    writeFile(home + "/scratch/a.tmp", QByteArray(5000, 'a'));
+    writeFile(home + "/Documents/thesis.tex", "important");
+
+    // No terminal and no --yes: nothing is removed.
+    const Outcome refused = tarvik({"clean", home + "/scratch/a.tmp"});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_TRUE(refused.err.contains("Run this in a terminal to be asked, or pass --yes."));
+    EXPECT_TRUE(QFile::exists(home + "/scratch/a.tmp"));
+
+    const Outcome mixed = tarvik({"clean", "--yes", "--mode", "deletePermanently",
+                                  home + "/scratch/a.tmp", home + "/Documents", "/etc/hostname"});
+    EXPECT_EQ(mixed.exitCode, 1); // something was refused
+    EXPECT_FALSE(QFile::exists(home + "/scratch/a.tmp"));
+    EXPECT_TRUE(QFile::exists(home + "/Documents/thesis.tex"));
+    EXPECT_TRUE(mixed.out.contains(home + "/Documents is a protected location and was skipped."))
+        << mixed.out.toStdString();
+    EXPECT_TRUE(
+        mixed.out.contains("/etc/hostname is outside the locations Tarvik is allowed to clean."));
+    EXPECT_TRUE(mixed.out.startsWith("Removed 1 item, "));
+
+    writeFile(home + "/scratch/b.tmp", "b");
+    const Outcome trashed = tarvik({"clean", "--yes", "--json", home + "/scratch/b.tmp"});
+    EXPECT_EQ(trashed.exitCode, 0);
+    EXPECT_TRUE(QFile::exists(home + "/.local/share/Trash/files/b.tmp")); // fileRemovalMode default
+    EXPECT_EQ(QJsonDocument::fromJson(trashed.out.toUtf8()).object()["removed"].toArray().size(),
+              1);
+    EXPECT_EQ(tarvik({"clean", "--yes", "--mode", "shred", home + "/scratch"}).exitCode, 2);
+}
+
+TEST_F(TarvikCommand, JunkSizeAndExclusionsWorkFromTheCommandLine) {
+    const QString home = QDir(home_.path()).canonicalPath();
+    writeFile(home + "/.cache/app/blob", QByteArray(20000, 'j'));
+    writeFile(home + "/.cache/keep/blob", QByteArray(20000, 'k'));
+    ASSERT_EQ(tarvik({"exclusions", "add", "~/.cache/keep"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"exclusions", "list"}).out, home + "/.cache/keep\n");
+
+    const Outcome junk = tarvik({"junk", "--json"});
+    ASSERT_EQ(junk.exitCode, 0);
+    const QJsonArray categories = QJsonDocument::fromJson(junk.out.toUtf8()).array();
+    ASSERT_EQ(categories.size(), 11);
+    const QJsonObject caches = categories.at(0).toObject();
+    EXPECT_EQ(caches["id"].toString(), "userCaches");
+    const QJsonArray items = caches["items"].toArray();
+    ASSERT_EQ(items.size(), 1); // the excluded folder is not offered
+    EXPECT_EQ(items.at(0).toObject()["path"].toString(), home + "/.cache/app");
+
+    EXPECT_EQ(tarvik({"junk", "clean"}).exitCode, 2); // no terminal, no --yes
+    EXPECT_EQ(tarvik({"junk", "clean", "--category", "nonsense", "--yes"}).exitCode, 2);
+    const Outcome cleaned = tarvik({"junk", "clean", "--category", "userCaches", "--yes"});
+    EXPECT_EQ(cleaned.exitCode, 0) << cleaned.out.toStdString() << cleaned.err.toStdString();
+    EXPECT_FALSE(QFile::exists(home + "/.cache/app"));
+    EXPECT_TRUE(QFile::exists(home + "/.cache/keep/blob"));
+
+    const Outcome size = tarvik({"size", "--json", home + "/.cache"});
+    ASSERT_EQ(size.exitCode, 0);
+    EXPECT_GE(QJsonDocument::fromJson(size.out.toUtf8())
+                  .array()
+                  .at(0)
+                  .toObject()["allocatedBytes"]
+                  .toDouble(),
+              20000.0);
+    EXPECT_EQ(tarvik({"size", home + "/missing"}).exitCode, 1);
+
+    ASSERT_EQ(tarvik({"exclusions", "remove", home + "/.cache/keep"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"exclusions", "list"}).out, "No exclusions yet\n");
+    EXPECT_EQ(tarvik({"exclusions", "remove", "/nowhere"}).exitCode, 2);
+    EXPECT_TRUE(tarvik({"status"}).out.contains("Junk "));
 }

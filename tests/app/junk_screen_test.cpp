@@ -1,0 +1,157 @@
+#include "app/junk/junk_model.h"
+#include "app/junk/junk_screen.h"
+#include "app/settings/settings_screen.h"
+#include "core/shell/login_item.h"
+#include "core/shell/preferences.h"
+#include "tests/support/temp_home.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+
+namespace {
+
+struct JunkWorld {
+    test::TempHome home;
+    Preferences prefs;
+    JunkModel model;
+
+    JunkWorld() : model(prefs, dependencies()) {}
+    JunkModel::Dependencies dependencies() {
+        const QString h = home.path();
+        return {[this, h] {
+                    JunkScanner::Options o;
+                    o.home = h;
+                    o.exclusions = ExclusionList::load(prefs, h);
+                    return o;
+                },
+                [h] { return Cleaner(SafetyGuard(h, {}), Trash(h + "/.local/share/Trash")); },
+                h + "/.local/share/Tarvik/free-space-timeline.json"};
+    }
+    void write(const QString& rel, qint64 bytes) const {
+        test::writeFile(home.path() + "/" + rel, QByteArray(bytes, 'z'));
+    }
+    bool wait(const std::function<bool()>& done) const {
+        QElapsedTimer t;
+        t.start();
+        while (!done() && t.elapsed() < 10000) {
+            QApplication::processEvents(QEventLoop::AllEvents, 20);
+        }
+        return done();
+    }
+};
+
+} // namespace
+
+TEST(JunkModel, ScanSelectsTheDefaultCategoriesAndCleaningDropsWhatWasRemoved) {
+    JunkWorld w;
+    w.write(".cache/app/a", 20000);
+    w.write(".cache/other/b", 10000);
+    w.write("Downloads/old.iso", 30000);
+    w.write(".local/share/Trash/files/t.txt", 5000);
+    std::vector<JunkCategory> arrived;
+    QObject::connect(&w.model, &JunkModel::categoryScanned,
+                     [&arrived](JunkCategory c) { arrived.push_back(c); });
+    w.model.scan();
+    ASSERT_TRUE(w.wait([&] { return !w.model.isScanning(); }));
+    EXPECT_EQ(arrived,
+              std::vector<JunkCategory>(kAllJunkCategories.begin(), kAllJunkCategories.end()));
+    EXPECT_TRUE(w.model.isCategorySelected(JunkCategory::UserCaches));
+    EXPECT_TRUE(w.model.isCategorySelected(JunkCategory::Trash));
+    EXPECT_FALSE(w.model.isCategorySelected(JunkCategory::OldInstallers)); // off by default
+    EXPECT_EQ(w.model.selectedCount(), 3);
+
+    w.model.setItemSelected(w.home.path() + "/.cache/other", false);
+    EXPECT_FALSE(w.model.isCategorySelected(JunkCategory::UserCaches));
+    w.model.clean();
+    ASSERT_TRUE(w.wait([&] { return !w.model.isCleaning(); }));
+    const CleanReport& r = *w.model.lastReport();
+    EXPECT_EQ(r.removed.size(), 2u);
+    EXPECT_TRUE(r.failures.empty());
+    EXPECT_FALSE(QFile::exists(w.home.path() + "/.cache/app"));
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/.cache/other/b")); // deselected: untouched
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/Downloads/old.iso"));
+    // The removed rows are gone and the totals follow.
+    const auto& caches = w.model.results()[0];
+    ASSERT_EQ(caches.items.size(), 1u);
+    EXPECT_EQ(caches.totalSize, caches.items[0].size);
+    EXPECT_EQ(w.model.selectedCount(), 0);
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Tarvik/free-space-timeline.json"));
+}
+
+TEST(JunkScreen, ConfirmationNamesCountSizeAndModeAndTheReportShowsFailures) {
+    JunkWorld w;
+    w.prefs.setValue(pref::kJunkRemovalMode, "moveToTrash");
+    w.write(".cache/app/a", 8192);
+    w.write(".cache/gone/b", 8192);
+    JunkScreen screen(w.model, w.home.path());
+    QString asked;
+    QString detail;
+    bool answer = false;
+    screen.setConfirm([&](const QString& q, const QString& d) {
+        asked = q;
+        detail = d;
+        return answer;
+    });
+    w.model.scan();
+    ASSERT_TRUE(w.wait([&] { return !w.model.isScanning(); }));
+    EXPECT_EQ(screen.tree()->topLevelItemCount(), 11);
+    EXPECT_EQ(screen.tree()->topLevelItem(0)->checkState(0), Qt::Checked);
+    EXPECT_EQ(screen.tree()->topLevelItem(0)->childCount(), 2);
+
+    screen.requestClean(); // declined: nothing happens
+    EXPECT_EQ(asked, "Clean 2 items (16.4 KB)?");
+    EXPECT_EQ(detail,
+              "They will be moved to the Trash. Trash contents are always deleted permanently.");
+    EXPECT_FALSE(w.model.isCleaning());
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/.cache/app/a"));
+
+    // One item disappears between the scan and the clean.
+    ASSERT_TRUE(QDir(w.home.path() + "/.cache/gone").removeRecursively());
+    answer = true;
+    screen.requestClean();
+    ASSERT_TRUE(w.wait([&] { return !w.model.isCleaning(); }));
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Trash/files/app"));
+    EXPECT_TRUE(screen.reportText().contains("Cleaned 1 item"))
+        << screen.reportText().toStdString();
+    EXPECT_TRUE(screen.reportText().contains(
+        "~/.cache/gone — “gone” couldn't be moved to the Trash: No such file or directory."))
+        << screen.reportText().toStdString();
+}
+
+TEST(SettingsScreen, ExclusionsAndRemovalModesAreKeptInTheStore) {
+    test::TempHome home;
+    Preferences prefs;
+    LoginItem login(home.config() + "/autostart", "/usr/bin/tarvik");
+    SettingsScreen screen(prefs, login);
+    auto* list = screen.findChild<QListWidget*>("exclusions");
+    auto* none = screen.findChild<QLabel*>("noExclusions");
+    ASSERT_TRUE(list && none);
+    EXPECT_EQ(none->text(), "No exclusions yet");
+    EXPECT_FALSE(none->isHidden());
+
+    screen.addExclusion(home.path() + "/Videos/keep/");
+    screen.addExclusion(home.path() + "/Videos/keep");
+    EXPECT_EQ(prefs.exclusions(), QStringList{home.path() + "/Videos/keep"});
+    EXPECT_EQ(list->count(), 1);
+    EXPECT_TRUE(none->isHidden());
+    list->setCurrentRow(0);
+    screen.findChild<QPushButton*>("stopExcluding")->click();
+    EXPECT_TRUE(prefs.exclusions().isEmpty());
+    EXPECT_FALSE(none->isHidden());
+
+    auto* junkMode = screen.findChild<QComboBox*>("junkRemovalMode");
+    ASSERT_NE(junkMode, nullptr);
+    EXPECT_EQ(junkMode->currentText(), "Delete permanently");
+    junkMode->setCurrentIndex(junkMode->findText("Move to Trash"));
+    EXPECT_EQ(prefs.value(pref::kJunkRemovalMode).toString(), "moveToTrash");
+}

@@ -1,5 +1,6 @@
 #include "app/shell/app_models.h"
 
+#include "core/cleanup/cleanup_record.h"
 #include "core/platform/xdg_paths.h"
 
 #include <QCoreApplication>
@@ -12,7 +13,8 @@ AppModels::Options AppModels::defaultOptions() {
             QCoreApplication::applicationFilePath(),
             {"/", xdg::home()},
             {},
-            std::nullopt};
+            std::nullopt,
+            FreeSpaceTimeline::defaultFilePath()};
 }
 
 AppModels::AppModels(const Options& options, QObject* parent)
@@ -23,6 +25,10 @@ AppModels::AppModels(const Options& options, QObject* parent)
           options.summary,
           (options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)).scannerOptions),
       junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)) {
+    if (!options.timelinePath.isEmpty()) {
+        freeSpace_ =
+            std::make_unique<FreeSpaceRecorder>(options.summary.homePath, options.timelinePath);
+    }
     // Counters moved while the machine slept: the next rates start afresh.
     connect(&sleep_, &SleepWatcher::resumed, &monitor_, &SystemMonitorModel::resetBaselines);
 }

@@ -2,6 +2,7 @@
 
 #include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
+#include "core/cleanup/free_space_recorder.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/platform/sleep_watcher.h"
 #include "core/shell/login_item.h"
@@ -25,6 +26,8 @@ public:
         SamplerOptions sampler;
         // How System Junk scans and cleans; empty means this user's home, guard and Trash.
         std::optional<JunkModel::Dependencies> junk;
+        // Where the free-space history is kept; empty keeps none (tests).
+        QString timelinePath;
     };
     static Options defaultOptions();
 
@@ -45,6 +48,7 @@ private:
     LoginItem loginItem_;
     OverviewModel overview_;
     JunkModel junk_;
+    std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 
 } // namespace tarvik

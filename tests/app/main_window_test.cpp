@@ -27,7 +27,8 @@ AppModels::Options optionsIn(const TempHome& home) {
             "/usr/bin/tarvik",
             {"/", home.path()},
             {},
-            std::nullopt};
+            std::nullopt,
+            QString()};
 }
 
 QWidget* screenInside(QWidget* scroll) {

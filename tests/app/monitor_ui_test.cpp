@@ -26,7 +26,8 @@ AppModels::Options optionsIn(const test::TempHome& home, const std::filesystem::
             "/usr/bin/tarvik",
             {root, home.path()},
             sampler,
-            std::nullopt};
+            std::nullopt,
+            QString()};
 }
 
 bool waitForReadings(SystemMonitorModel& model, int count) {

@@ -2,6 +2,7 @@
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
+#include "core/cleanup/free_space_recorder.h"
 
 #include <QDir>
 #include <QFile>
@@ -281,4 +282,17 @@ TEST(DirectorySizer, CountsRegularFilesOnceNeverFollowsLinksAndSkipsWhatItCannot
 
     std::atomic<bool> cancelled = true;
     EXPECT_LT(DirectorySizer(&cancelled).measure(s.home + "/t").allocated, r.allocated);
+}
+
+TEST(FreeSpaceRecorder, SamplesTheHomeFileSystemIntoTheTimeline) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/Tarvik/free-space-timeline.json";
+    FreeSpaceRecorder recorder(dir.path(), path);
+    EXPECT_FALSE(recorder.record() && recorder.record()); // the second within the hour is not due
+    FreeSpaceTimeline t(path);
+    t.load();
+    ASSERT_EQ(t.samples().size(), 1u);
+    EXPECT_GT(t.samples()[0].totalBytes, 0);
+    EXPECT_LE(t.samples()[0].freeBytes, t.samples()[0].totalBytes);
+    EXPECT_FALSE(FreeSpaceRecorder("/no/such/home", path).record());
 }

@@ -94,7 +94,7 @@ bool FreeSpaceTimeline::addSampleIfDue(const FreeSpaceSample& sample) {
         return false;
     }
     samples_.push_back(sample);
-    constexpr std::size_t kKept = 90 * 24;
+    constexpr std::size_t kKept = std::size_t{90} * 24;
     if (samples_.size() > kKept) {
         samples_.erase(samples_.begin(),
                        samples_.begin() + static_cast<long>(samples_.size() - kKept));

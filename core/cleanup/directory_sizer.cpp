@@ -46,7 +46,7 @@ public:
     }
 
     void run(Tally& tally) {
-        std::vector<char> buffer(64 * 1024);
+        std::vector<char> buffer(std::size_t{64} * 1024);
         std::string dir;
         while (next(dir)) {
             listDirectory(dir, tally, buffer);
@@ -57,7 +57,7 @@ public:
     // Lists folders on the calling thread while the tree stays narrow; true when the whole
     // tree is done, false when enough folders wait that threads pay off.
     bool runInline(Tally& tally, std::size_t wide) {
-        std::vector<char> buffer(64 * 1024);
+        std::vector<char> buffer(std::size_t{64} * 1024);
         for (;;) {
             std::string dir;
             {

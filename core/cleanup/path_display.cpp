@@ -11,7 +11,7 @@ QString bytes(std::int64_t count) {
 }
 
 QString abbreviate(const QString& path, const QString& home) {
-    const QString p = QDir::cleanPath(path);
+    QString p = QDir::cleanPath(path);
     const QString h = QDir::cleanPath(home);
     if (p == h) {
         return QStringLiteral("~");

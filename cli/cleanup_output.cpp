@@ -1,9 +1,15 @@
 #include "cli/cleanup_output.h"
 
+#include "cli/commands.h"
 #include "cli/output.h"
+#include "core/cleanup/cleanup_record.h"
+#include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/path_display.h"
+#include "core/platform/xdg_paths.h"
+#include "core/shell/preferences.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -61,8 +67,59 @@ QJsonObject cleanReportJson(const CleanReport& report) {
             {QStringLiteral("failures"), failures}};
 }
 
-std::optional<RemovalMode> parseModeOption(const std::string& raw) {
-    return removalModeFromRaw(raw);
+void addRemovalOptions(CLI::App* command, RemovalOptions& options, const char* modeSetting) {
+    command->add_option("--mode", options.mode,
+                        std::string("moveToTrash or deletePermanently (default: the ") +
+                            modeSetting + " setting)");
+    command->add_flag("--yes", options.yes, "Do not ask for confirmation");
+    command->add_flag("--json", options.json, "Print the report as JSON");
+}
+
+std::optional<RemovalMode> chosenMode(const RemovalOptions& options,
+                                      std::string_view preferenceKey) {
+    if (options.mode.empty()) {
+        return removalModePreference(Preferences(), preferenceKey);
+    }
+    const auto mode = removalModeFromRaw(options.mode);
+    if (!mode) {
+        printError(QStringLiteral("--mode takes moveToTrash or deletePermanently."));
+    }
+    return mode;
+}
+
+int confirmAndClean(const std::vector<CleanupGroup>& groups, RemovalMode mode,
+                    const QString& source, const RemovalOptions& options,
+                    const QString& extraWarning) {
+    std::size_t count = 0;
+    std::int64_t total = 0;
+    for (const auto& g : groups) {
+        count += g.items.size();
+        for (const auto& item : g.items) {
+            total += item.size;
+        }
+    }
+    if (!options.yes) {
+        const QString question =
+            QStringLiteral("%1 %2 %3 (%4)?%5")
+                .arg(title(mode))
+                .arg(count)
+                .arg(count == 1 ? QStringLiteral("item") : QStringLiteral("items"))
+                .arg(PathDisplay::bytes(total))
+                .arg(extraWarning.isEmpty() ? QString() : QLatin1Char(' ') + extraWarning);
+        if (!confirmOnTerminal(question)) {
+            printError(needsConfirmation());
+            return kExitUsage;
+        }
+    }
+    const Cleaner cleaner(SafetyGuard::forCurrentUser());
+    FreeSpaceTimeline timeline(FreeSpaceTimeline::defaultFilePath());
+    const CleanReport report = runCleanup(cleaner, groups, source, {}, nullptr, &timeline);
+    if (options.json) {
+        printJson(QJsonDocument(cleanReportJson(report)));
+    } else {
+        printCleanReport(report, mode, xdg::home());
+    }
+    return report.failures.empty() ? kExitOk : kExitFailed;
 }
 
 } // namespace tarvik::cli

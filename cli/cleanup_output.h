@@ -1,9 +1,13 @@
 #pragma once
 
 #include "core/cleanup/clean_report.h"
+#include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/removal_mode.h"
 
+#include <CLI/CLI.hpp>
 #include <QJsonObject>
+#include <string>
+#include <vector>
 
 namespace tarvik::cli {
 
@@ -14,7 +18,19 @@ QString needsConfirmation();
 
 void printCleanReport(const CleanReport& report, RemovalMode mode, const QString& home);
 QJsonObject cleanReportJson(const CleanReport& report);
-// The "--mode" option's value; empty when it is not one of the two raw values.
-std::optional<RemovalMode> parseModeOption(const std::string& raw);
+// The options every removing command shares.
+struct RemovalOptions {
+    std::string mode;
+    bool yes = false;
+    bool json = false;
+};
+void addRemovalOptions(CLI::App* command, RemovalOptions& options, const char* modeSetting);
+// The mode from "--mode", else the preference; empty (after saying why) when "--mode" is wrong.
+std::optional<RemovalMode> chosenMode(const RemovalOptions& options,
+                                      std::string_view preferenceKey);
+// Asks (unless --yes), removes through the guard, records the cleanup and prints the report.
+int confirmAndClean(const std::vector<CleanupGroup>& groups, RemovalMode mode,
+                    const QString& source, const RemovalOptions& options,
+                    const QString& extraWarning = {});
 
 } // namespace tarvik::cli

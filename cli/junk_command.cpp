@@ -19,8 +19,7 @@ namespace {
 struct JunkOptions {
     bool json = false;
     std::vector<std::string> categories;
-    std::string mode;
-    bool yes = false;
+    RemovalOptions removal;
 };
 
 std::vector<JunkScanResult> scanAll(const Preferences& prefs) {
@@ -73,15 +72,9 @@ int runList(const JunkOptions& o) {
 }
 
 int runClean(const JunkOptions& o) {
-    const Preferences prefs;
-    RemovalMode mode = removalModePreference(prefs, pref::kJunkRemovalMode);
-    if (!o.mode.empty()) {
-        const auto parsed = parseModeOption(o.mode);
-        if (!parsed) {
-            printError(QStringLiteral("--mode takes moveToTrash or deletePermanently."));
-            return kExitUsage;
-        }
-        mode = *parsed;
+    const auto mode = chosenMode(o.removal, pref::kJunkRemovalMode);
+    if (!mode) {
+        return kExitUsage;
     }
     std::vector<JunkCategory> chosen;
     for (const auto& raw : o.categories) {
@@ -101,39 +94,15 @@ int runClean(const JunkOptions& o) {
             }
         }
     }
-    const JunkScanner scanner(JunkScanner::optionsForCurrentUser(prefs));
-    const auto results = scanner.scan(chosen);
-    std::size_t count = 0;
-    std::int64_t total = 0;
-    for (const auto& r : results) {
-        count += r.items.size();
-        total += r.totalSize;
-    }
-    if (count == 0) {
+    const Preferences prefs;
+    const auto groups = junkCleanupGroups(
+        JunkScanner(JunkScanner::optionsForCurrentUser(prefs)).scan(chosen), *mode);
+    if (groups.empty()) {
         printLine(QStringLiteral("No junk found in the chosen categories."));
         return kExitOk;
     }
-    if (!o.yes) {
-        const QString question =
-            QStringLiteral("%1 %2 items (%3)? Trash contents are always deleted permanently.")
-                .arg(title(mode))
-                .arg(count)
-                .arg(PathDisplay::bytes(total));
-        if (!confirmOnTerminal(question)) {
-            printError(needsConfirmation());
-            return kExitUsage;
-        }
-    }
-    const Cleaner cleaner(SafetyGuard::forCurrentUser());
-    FreeSpaceTimeline timeline(FreeSpaceTimeline::defaultFilePath());
-    const CleanReport report = runCleanup(cleaner, junkCleanupGroups(results, mode),
-                                          QStringLiteral("System Junk"), {}, nullptr, &timeline);
-    if (o.json) {
-        printJson(QJsonDocument(cleanReportJson(report)));
-    } else {
-        printCleanReport(report, mode, xdg::home());
-    }
-    return report.failures.empty() ? kExitOk : kExitFailed;
+    return confirmAndClean(groups, *mode, QStringLiteral("System Junk"), o.removal,
+                           QStringLiteral("Trash contents are always deleted permanently."));
 }
 
 } // namespace
@@ -152,11 +121,7 @@ void addJunkCommand(CLI::App& app, CommandResult& result) {
     auto* clean = cmd->add_subcommand("clean", "Remove the junk of the chosen categories");
     clean->add_option("--category", o->categories,
                       "Category id (repeat for several; default: those selected by default)");
-    clean->add_option("--mode", o->mode,
-                      "moveToTrash or deletePermanently (default: the "
-                      "junkRemovalMode setting)");
-    clean->add_flag("--yes", o->yes, "Do not ask for confirmation");
-    clean->add_flag("--json", o->json, "Print the report as JSON");
+    addRemovalOptions(clean, o->removal, "junkRemovalMode");
     clean->callback([o, &result] {
         result.run = [o] {
             return runClean(*o);

@@ -1,0 +1,21 @@
+#include "core/homebrew/brew_error.h"
+
+namespace tarvik {
+
+QString BrewError::message() const {
+    switch (kind) {
+    case Kind::Failed:
+        return QStringLiteral("brew stopped with exit status %1.").arg(code);
+    case Kind::NotInstalled:
+        return QStringLiteral("Homebrew isn't installed");
+    case Kind::Busy:
+        return QStringLiteral("Homebrew is busy with another command.");
+    case Kind::Cancelled:
+        return QStringLiteral("Cancelled.");
+    case Kind::CouldNotRun:
+        return QStringLiteral("Couldn't run brew.");
+    }
+    return {};
+}
+
+} // namespace tarvik

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "core/homebrew/brew_runner.h"
+
+#include <QStringList>
+
+namespace tarvik {
+
+enum class BrewPackageKind { Formula, Cask };
+
+// Every brew command line the program uses, in one place.
+namespace BrewCommands {
+QStringList installed();
+QStringList outdated(bool greedy);
+QStringList services();
+QStringList update();
+QStringList doctor();
+QStringList upgrade(const QStringList& formulae, const QStringList& casks, bool greedy);
+QStringList install(const QString& name, BrewPackageKind kind);
+QStringList uninstall(const QString& name, BrewPackageKind kind, bool force);
+QStringList unpin(const QString& name);
+QStringList cleanupPreview();
+QStringList orphanPreview();
+QStringList cleanup();
+QStringList removeOrphans(const QStringList& names);
+} // namespace BrewCommands
+
+} // namespace tarvik

@@ -1,0 +1,54 @@
+#include "core/homebrew/line_collector.h"
+
+#include <QStringList>
+
+namespace tarvik {
+
+void LineCollector::append(const QByteArray& data) {
+    QStringList lines;
+    {
+        std::lock_guard lock(mutex_);
+        buffer_.append(data);
+        qsizetype start = 0;
+        for (qsizetype i = 0; i < buffer_.size(); ++i) {
+            const char c = buffer_[i];
+            if (c == '\r' || c == '\n') {
+                lines << QString::fromUtf8(buffer_.constData() + start, i - start);
+                start = i + 1;
+            }
+        }
+        buffer_.remove(0, start);
+        for (const QString& line : lines) {
+            text_ += line + QLatin1Char('\n');
+        }
+    }
+    emitLines(lines); // outside the lock: receivers may take their time
+}
+
+void LineCollector::flush() {
+    QStringList lines;
+    {
+        std::lock_guard lock(mutex_);
+        if (!buffer_.isEmpty()) {
+            lines << QString::fromUtf8(buffer_);
+            text_ += lines.front() + QLatin1Char('\n');
+            buffer_.clear();
+        }
+    }
+    emitLines(lines);
+}
+
+QString LineCollector::text() const {
+    std::lock_guard lock(mutex_);
+    return text_;
+}
+
+void LineCollector::emitLines(const QStringList& lines) {
+    if (onLine_) {
+        for (const QString& line : lines) {
+            onLine_(line);
+        }
+    }
+}
+
+} // namespace tarvik

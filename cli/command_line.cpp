@@ -78,6 +78,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     addCleanCommand(app, result);
     addSizeCommand(app, result);
     addExclusionsCommand(app, result);
+    addBrewCommand(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

@@ -24,6 +24,7 @@ void addJunkCommand(CLI::App& app, CommandResult& result);
 void addCleanCommand(CLI::App& app, CommandResult& result);
 void addSizeCommand(CLI::App& app, CommandResult& result);
 void addExclusionsCommand(CLI::App& app, CommandResult& result);
+void addBrewCommand(CLI::App& app, CommandResult& result);
 
 // The machine summary, as `tarvik status` prints it.
 int printStatus(bool asJson);

@@ -1,5 +1,7 @@
 #include "core/homebrew/brew_service.h"
 
+#include "core/homebrew/brew_parsing.h"
+
 namespace tarvik::BrewCommands {
 namespace {
 
@@ -73,3 +75,21 @@ QStringList removeOrphans(const QStringList& names) {
 }
 
 } // namespace tarvik::BrewCommands
+
+namespace tarvik {
+
+BrewSnapshot loadBrewSnapshot(BrewRunner& runner, bool includeGreedy) {
+    auto installed = BrewParsing::parseInstalled(runner.json(BrewCommands::installed()));
+    const auto outdated =
+        BrewParsing::parseOutdated(runner.json(BrewCommands::outdated(includeGreedy)));
+    QMap<QString, BrewServiceState> services;
+    try {
+        services = BrewParsing::parseServices(runner.json(BrewCommands::services()));
+    } catch (const BrewError&) {
+        // No services command (or it failed): the list stands without service states.
+    } catch (const BrewParseError&) {
+    }
+    return BrewSnapshot::merge(std::move(installed), outdated, services);
+}
+
+} // namespace tarvik

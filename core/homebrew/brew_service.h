@@ -25,4 +25,11 @@ QStringList cleanup();
 QStringList removeOrphans(const QStringList& names);
 } // namespace BrewCommands
 
+struct BrewSnapshot;
+
+// Loads what is installed: the installed list, then what is outdated (with --greedy when
+// asked), then the services, merged. A failing installed or outdated command ends the load
+// (BrewError or BrewParseError); failing services only leave every service unknown.
+BrewSnapshot loadBrewSnapshot(BrewRunner& runner, bool includeGreedy);
+
 } // namespace tarvik

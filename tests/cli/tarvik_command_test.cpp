@@ -25,9 +25,12 @@ struct Outcome {
 
 class TarvikCommand : public ::testing::Test {
 protected:
-    Outcome tarvik(const QStringList& args) {
+    Outcome tarvik(const QStringList& args, const QString& pathPrefix = {}) {
         QProcess p;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        if (!pathPrefix.isEmpty()) {
+            env.insert("PATH", pathPrefix + ":/usr/bin:/bin");
+        }
         env.insert("HOME", home_.path());
         env.insert("XDG_CONFIG_HOME", home_.path() + "/.config");
         env.insert("XDG_DATA_HOME", home_.path() + "/.local/share");
@@ -269,4 +272,77 @@ TEST_F(TarvikCommand, JunkSizeAndExclusionsWorkFromTheCommandLine) {
     EXPECT_EQ(tarvik({"exclusions", "list"}).out, "No exclusions yet\n");
     EXPECT_EQ(tarvik({"exclusions", "remove", "/nowhere"}).exitCode, 2);
     EXPECT_TRUE(tarvik({"status"}).out.contains("Junk "));
+}
+
+TEST_F(TarvikCommand, BrewCommandsWorkAgainstAStandInBrew) {
+    for (const char* real :
+         {"/opt/homebrew/bin/brew", "/usr/local/bin/brew", "/home/linuxbrew/.linuxbrew/bin/brew"}) {
+        if (QFile::exists(real)) {
+            GTEST_SKIP() << "a real Homebrew is installed here; the stand-in would not be used";
+        }
+    }
+    const QString bin = home_.path() + "/brewprefix/bin";
+    const QString fixtures = TARVIK_FIXTURES "/homebrew";
+    writeFile(bin + "/brew",
+              QByteArray("#!/bin/bash\n") + "echo \"$*\" >> '" + home_.path().toUtf8() +
+                  "/brew-calls'\n"
+                  "case \"$1\" in\n"
+                  "  --version) echo 'Homebrew 4.4.1-3-gdeadbee' ;;\n"
+                  "  info) cat '" +
+                  fixtures.toUtf8() +
+                  "/assembled/info_v2_installed_assembled.json' ;;\n"
+                  "  outdated) cat '" +
+                  fixtures.toUtf8() +
+                  "/brew_dart/outdated_v2.json' ;;\n"
+                  "  services) cat '" +
+                  fixtures.toUtf8() +
+                  "/phpmon/brew-services-normal.json' ;;\n"
+                  "  upgrade) printf '\\033[34m==>\\033[0m \\033[1mUpgrading aom\\033[0m\\n"
+                  "==> Fetching aom\\n##### 45.5%%\\r######## 100.0%%\\n"
+                  "==> Pouring aom--3.13.2.bottle.tar.gz\\n' ;;\n"
+                  "  install) echo 'curl: (6) Could not resolve host: ghcr.io'; echo 'Error: "
+                  "download failed'; exit 1 ;;\n"
+                  "  uninstall) echo \"askpass=$SUDO_ASKPASS\" ;;\n"
+                  "  *) echo \"unexpected $*\"; exit 9 ;;\n"
+                  "esac\n");
+    QFile::setPermissions(bin + "/brew", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+    const Outcome status = tarvik({"brew", "status", "--json"}, bin);
+    ASSERT_EQ(status.exitCode, 0) << status.err.toStdString();
+    const QJsonObject s = QJsonDocument::fromJson(status.out.toUtf8()).object();
+    EXPECT_EQ(s["version"].toString(), "4.4.1");
+    EXPECT_EQ(s["formulae"].toInt(), 113);
+    EXPECT_EQ(s["casks"].toInt(), 2);
+    EXPECT_EQ(s["outdated"].toInt(), 53);
+
+    const Outcome outdated = tarvik({"brew", "outdated", "--json"}, bin);
+    ASSERT_EQ(outdated.exitCode, 0);
+    EXPECT_EQ(QJsonDocument::fromJson(outdated.out.toUtf8()).array().size(), 53);
+    EXPECT_TRUE(tarvik({"brew", "list"}, bin).out.contains("discord"));
+
+    const Outcome upgrade = tarvik({"brew", "upgrade", "aom"}, bin);
+    EXPECT_EQ(upgrade.exitCode, 0) << upgrade.err.toStdString();
+    EXPECT_TRUE(upgrade.out.contains("==> Upgrading aom\n")); // escape codes stripped
+    EXPECT_FALSE(upgrade.out.contains("\x1b"));               // not a terminal: no colours
+    EXPECT_TRUE(upgrade.out.contains("45.5%\n"));             // carriage returns end lines
+
+    const Outcome install = tarvik({"brew", "install", "wget"}, bin);
+    EXPECT_EQ(install.exitCode, 1);
+    EXPECT_TRUE(install.err.contains("Couldn't download wget. Check your connection."))
+        << install.err.toStdString();
+
+    const Outcome uninstall = tarvik({"brew", "uninstall", "--force", "jq"}, bin);
+    EXPECT_EQ(uninstall.exitCode, 0);
+    EXPECT_TRUE(uninstall.out.contains("askpass=" + home_.path() +
+                                       "/.local/share/Tarvik/Homebrew/askpass.sh"));
+
+    const QString calls = QString::fromUtf8(readAll(home_.path() + "/brew-calls"));
+    EXPECT_TRUE(calls.contains("upgrade --formula aom\n")) << calls.toStdString();
+    EXPECT_TRUE(calls.contains("install --formula wget\n"));
+    EXPECT_TRUE(calls.contains("uninstall --formula --ignore-dependencies jq\n"));
+
+    // Without any brew: the application's own words.
+    const Outcome none = tarvik({"brew", "status"}, home_.path() + "/nothing-here");
+    EXPECT_EQ(none.exitCode, 1);
+    EXPECT_TRUE(none.err.contains("Homebrew isn't installed"));
 }

@@ -20,7 +20,7 @@ packages=(
   trash-cli gvfs libglib2.0-bin e2fsprogs
 )
 if [ "${1:-}" = "bench" ]; then
-  packages+=(procps htop btop tmux gdu)
+  packages+=(procps htop btop tmux gdu jq)
 fi
 
 missing=()

@@ -32,6 +32,15 @@ struct Tally {
     std::vector<Linked> linked;
 };
 
+std::string childPath(const std::string& dir, const char* name) {
+    std::string child = dir;
+    if (child.back() != '/') {
+        child += '/';
+    }
+    child += name;
+    return child;
+}
+
 class Walk {
 public:
     Walk(dev_t dev, const std::atomic<bool>* cancel) : dev_(dev), cancel_(cancel) {}
@@ -142,7 +151,7 @@ private:
                     continue; // links count 0; devices, sockets and pipes hold no data
                 }
                 if (type == DT_DIR) {
-                    push(dir == "/" ? "/" + std::string(name) : dir + "/" + name);
+                    push(childPath(dir, name));
                     continue;
                 }
                 struct statx sx {};
@@ -151,7 +160,7 @@ private:
                     continue; // vanished meanwhile
                 }
                 if (S_ISDIR(sx.stx_mode)) {
-                    push(dir == "/" ? "/" + std::string(name) : dir + "/" + name);
+                    push(childPath(dir, name));
                     continue;
                 }
                 if (!S_ISREG(sx.stx_mode)) {

@@ -14,7 +14,8 @@ AppModels::Options AppModels::defaultOptions() {
             {"/", xdg::home()},
             {},
             std::nullopt,
-            FreeSpaceTimeline::defaultFilePath()};
+            FreeSpaceTimeline::defaultFilePath(),
+            nullptr};
 }
 
 AppModels::AppModels(const Options& options, QObject* parent)
@@ -24,7 +25,9 @@ AppModels::AppModels(const Options& options, QObject* parent)
       overview_(
           options.summary,
           (options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)).scannerOptions),
-      junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)) {
+      junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)),
+      brew_(preferences_,
+            options.brewRunner ? options.brewRunner : std::make_shared<BrewRunner>()) {
     if (!options.timelinePath.isEmpty()) {
         freeSpace_ =
             std::make_unique<FreeSpaceRecorder>(options.summary.homePath, options.timelinePath);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/homebrew/brew_model.h"
 #include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
 #include "core/cleanup/free_space_recorder.h"
@@ -28,6 +29,8 @@ public:
         std::optional<JunkModel::Dependencies> junk;
         // Where the free-space history is kept; empty keeps none (tests).
         QString timelinePath;
+        // The brew runner; empty means the machine's own Homebrew.
+        std::shared_ptr<BrewRunner> brewRunner;
     };
     static Options defaultOptions();
 
@@ -39,6 +42,7 @@ public:
     OverviewModel& overview() { return overview_; }
     SystemMonitorModel& monitor() { return monitor_; }
     JunkModel& junk() { return junk_; }
+    BrewModel& brew() { return brew_; }
 
 private:
     Preferences preferences_;
@@ -48,6 +52,7 @@ private:
     LoginItem loginItem_;
     OverviewModel overview_;
     JunkModel junk_;
+    BrewModel brew_;
     std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 

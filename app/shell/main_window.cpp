@@ -1,5 +1,6 @@
 #include "app/shell/main_window.h"
 
+#include "app/homebrew/brew_screen.h"
 #include "app/junk/junk_screen.h"
 #include "app/monitor/monitor_screen.h"
 #include "app/overview/overview_screen.h"
@@ -127,6 +128,9 @@ QWidget* MainWindow::createScreen(AppSection section) {
         break;
     case AppSection::SystemJunk:
         screen = new JunkScreen(models_.junk(), xdg::home(), this);
+        break;
+    case AppSection::Homebrew:
+        screen = new BrewScreen(models_.brew(), this);
         break;
     case AppSection::Monitor:
         screen = new MonitorScreen(models_.monitor(), this);

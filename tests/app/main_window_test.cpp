@@ -28,7 +28,8 @@ AppModels::Options optionsIn(const TempHome& home) {
             {"/", home.path()},
             {},
             std::nullopt,
-            QString()};
+            QString(),
+            nullptr};
 }
 
 QWidget* screenInside(QWidget* scroll) {

@@ -27,7 +27,8 @@ AppModels::Options optionsIn(const test::TempHome& home, const std::filesystem::
             {root, home.path()},
             sampler,
             std::nullopt,
-            QString()};
+            QString(),
+            nullptr};
 }
 
 bool waitForReadings(SystemMonitorModel& model, int count) {

@@ -1,0 +1,402 @@
+#include "app/homebrew/brew_screen.h"
+
+#include "app/homebrew/brew_model.h"
+#include "app/shell/screen_header.h"
+#include "app/shell/section_subtitles.h"
+#include "core/cleanup/path_display.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSplitter>
+#include <QTextEdit>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace tarvik {
+namespace {
+
+enum Filter { All, Outdated, Pinned, OnRequest, Dependencies, Services };
+
+bool passes(const BrewPackage& p, int filter, const QString& search) {
+    if (!search.isEmpty() && !p.id.contains(search, Qt::CaseInsensitive) &&
+        !p.displayName.contains(search, Qt::CaseInsensitive) &&
+        !p.desc.value_or(QString()).contains(search, Qt::CaseInsensitive)) {
+        return false;
+    }
+    switch (filter) {
+    case Outdated:
+        return p.isOutdated();
+    case Pinned:
+        return p.pinned;
+    case OnRequest:
+        return p.onRequest;
+    case Dependencies:
+        return p.isDependency();
+    case Services:
+        return p.service.has_value();
+    default:
+        return true;
+    }
+}
+
+QString colour(BrewLogLine::Marker m) {
+    switch (m) {
+    case BrewLogLine::Marker::Critical:
+        return QStringLiteral("#d0453a");
+    case BrewLogLine::Marker::Watch:
+        return QStringLiteral("#d38b12");
+    case BrewLogLine::Marker::Good:
+        return QStringLiteral("#2e9d5b");
+    case BrewLogLine::Marker::None:
+        return {};
+    }
+    return {};
+}
+
+} // namespace
+
+BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), model_(model) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 20);
+    layout->addWidget(
+        new ScreenHeader(QStringLiteral("Homebrew"), sectionSubtitle(AppSection::Homebrew), this));
+
+    status_ = new QLabel(this);
+    status_->setWordWrap(true);
+    status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    layout->addWidget(status_);
+
+    auto* bar = new QHBoxLayout();
+    search_ = new QLineEdit(this);
+    search_->setPlaceholderText(tr("Search installed packages"));
+    search_->setClearButtonEnabled(true);
+    filter_ = new QComboBox(this);
+    filter_->addItems({tr("All"), tr("Outdated"), tr("Pinned"), tr("Installed on request"),
+                       tr("Dependencies"), tr("Services")});
+    refresh_ = new QPushButton(tr("&Refresh"), this);
+    bar->addWidget(search_, 1);
+    bar->addWidget(filter_);
+    bar->addWidget(refresh_);
+    layout->addLayout(bar);
+
+    auto* split = new QSplitter(Qt::Horizontal, this);
+    tree_ = new QTreeWidget(split);
+    tree_->setObjectName(QStringLiteral("brewPackages"));
+    tree_->setRootIsDecorated(false);
+    tree_->setColumnCount(5);
+    tree_->setHeaderLabels({tr("Name"), tr("Version"), tr("Available"), tr("Kind"), tr("Size")});
+    tree_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    tree_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    tree_->setSortingEnabled(true);
+    tree_->sortByColumn(0, Qt::AscendingOrder);
+    tree_->setMinimumHeight(220);
+    details_ = new QLabel(split);
+    details_->setWordWrap(true);
+    details_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    details_->setOpenExternalLinks(true);
+    details_->setTextInteractionFlags(Qt::TextBrowserInteraction);
+    details_->setMinimumWidth(220);
+    split->addWidget(tree_);
+    split->addWidget(details_);
+    split->setStretchFactor(0, 3);
+    split->setStretchFactor(1, 2);
+    layout->addWidget(split, 1);
+
+    auto* actions = new QHBoxLayout();
+    upgradeAll_ = new QPushButton(tr("Upgrade All"), this);
+    upgradeAll_->setDefault(true);
+    upgradeSelected_ = new QPushButton(tr("Upgrade Selected"), this);
+    uninstall_ = new QPushButton(tr("Uninstall…"), this);
+    unpin_ = new QPushButton(tr("Unpin"), this);
+    install_ = new QPushButton(tr("Install…"), this);
+    doctor_ = new QPushButton(tr("Doctor"), this);
+    cleanup_ = new QPushButton(tr("Clean Up…"), this);
+    for (auto* b :
+         {upgradeAll_, upgradeSelected_, uninstall_, unpin_, install_, doctor_, cleanup_}) {
+        actions->addWidget(b);
+    }
+    actions->addStretch(1);
+    layout->addLayout(actions);
+
+    runBox_ = new QWidget(this);
+    auto* run = new QVBoxLayout(runBox_);
+    run->setContentsMargins(0, 0, 0, 0);
+    auto* runHead = new QHBoxLayout();
+    runTitle_ = new QLabel(runBox_);
+    progress_ = new QProgressBar(runBox_);
+    progress_->setRange(0, 100);
+    progress_->setObjectName(QStringLiteral("brewProgress"));
+    cancel_ = new QPushButton(tr("Cancel"), runBox_);
+    runHead->addWidget(runTitle_);
+    runHead->addWidget(progress_, 1);
+    runHead->addWidget(cancel_);
+    run->addLayout(runHead);
+    log_ = new QTextEdit(runBox_);
+    log_->setReadOnly(true);
+    log_->setObjectName(QStringLiteral("brewLog"));
+    log_->setMinimumHeight(140);
+    QFont mono(QStringLiteral("monospace"));
+    mono.setStyleHint(QFont::Monospace);
+    log_->setFont(mono);
+    run->addWidget(log_);
+    auto* failRow = new QHBoxLayout();
+    failure_ = new QLabel(runBox_);
+    failure_->setObjectName(QStringLiteral("brewFailure"));
+    failure_->setWordWrap(true);
+    failure_->setStyleSheet(QStringLiteral("color: #d0453a;"));
+    retry_ = new QPushButton(runBox_);
+    failRow->addWidget(failure_, 1);
+    failRow->addWidget(retry_);
+    run->addLayout(failRow);
+    runBox_->hide();
+    layout->addWidget(runBox_);
+
+    connect(refresh_, &QPushButton::clicked, &model_, &BrewModel::load);
+    connect(search_, &QLineEdit::textChanged, this, &BrewScreen::renderList);
+    connect(filter_, &QComboBox::currentIndexChanged, this, &BrewScreen::renderList);
+    connect(tree_, &QTreeWidget::itemSelectionChanged, this, [this] {
+        renderDetails();
+        updateButtons();
+    });
+    connect(upgradeAll_, &QPushButton::clicked, this, [this] { model_.upgrade({}); });
+    connect(upgradeSelected_, &QPushButton::clicked, this, [this] {
+        QStringList names;
+        for (auto* item : tree_->selectedItems()) {
+            names << item->text(0);
+        }
+        model_.upgrade(names);
+    });
+    connect(uninstall_, &QPushButton::clicked, this, [this] {
+        const QString name = selectedName();
+        for (const auto& p : model_.snapshot()->packages) {
+            if (p.id != name) {
+                continue;
+            }
+            const bool needed = !p.dependents.isEmpty();
+            const QString question = needed ? tr("%1 is needed by %2. Uninstall it anyway?")
+                                                  .arg(name, p.dependents.join(", "))
+                                            : tr("Uninstall %1?").arg(name);
+            if (QMessageBox::question(this, tr("Uninstall"), question) == QMessageBox::Yes) {
+                model_.uninstall(name, p.kind, needed);
+            }
+        }
+    });
+    connect(unpin_, &QPushButton::clicked, this, [this] { model_.unpin(selectedName()); });
+    connect(install_, &QPushButton::clicked, this, [this] {
+        bool ok = false;
+        const QString name =
+            QInputDialog::getText(this, tr("Install"),
+                                  tr("Formula to install (prefix a cask with cask:):"),
+                                  QLineEdit::Normal, {}, &ok)
+                .trimmed();
+        if (ok && !name.isEmpty()) {
+            const bool cask = name.startsWith(QLatin1String("cask:"));
+            model_.install(cask ? name.mid(5).trimmed() : name,
+                           cask ? BrewPackageKind::Cask : BrewPackageKind::Formula);
+        }
+    });
+    connect(doctor_, &QPushButton::clicked, &model_, &BrewModel::doctor);
+    connect(cleanup_, &QPushButton::clicked, this, [this] {
+        if (QMessageBox::question(this, tr("Clean Up"),
+                                  tr("Remove old versions and Homebrew's download cache? Use "
+                                     "“Preview” to see the list first."),
+                                  QMessageBox::Yes | QMessageBox::No | QMessageBox::Apply) ==
+            QMessageBox::Yes) {
+            model_.cleanup();
+        } else {
+            model_.cleanupPreview();
+        }
+    });
+    connect(cancel_, &QPushButton::clicked, &model_, &BrewModel::cancel);
+    connect(retry_, &QPushButton::clicked, &model_, &BrewModel::retry);
+    connect(&model_, &BrewModel::changed, this, [this] {
+        render();
+        if (!model_.isRunning() && !model_.isLoading()) {
+            renderList();
+        }
+    });
+    connect(&model_, &BrewModel::logLine, this, [this](const BrewLogLine& line) {
+        QString html = line.text.toHtmlEscaped();
+        if (line.style == BrewLogLine::Style::Heading) {
+            html = QStringLiteral("<b>") + html + QStringLiteral("</b>");
+        }
+        const QString c = line.style == BrewLogLine::Style::Dim && colour(line.marker).isEmpty()
+                              ? QStringLiteral("gray")
+                              : colour(line.marker);
+        log_->append(
+            c.isEmpty() ? html : QStringLiteral("<span style=\"color:%1\">%2</span>").arg(c, html));
+    });
+    connect(&model_, &BrewModel::progressChanged, this, [this] {
+        const auto& p = model_.progress();
+        QString text = p.phase ? BrewProgressTracker::rawValue(*p.phase) : QString();
+        if (p.package) {
+            text += QLatin1Char(' ') + *p.package;
+        }
+        progress_->setFormat(text + QStringLiteral(" %p%"));
+        progress_->setValue(p.percent ? static_cast<int>(*p.percent * 100) : 0);
+    });
+    render();
+    renderList();
+}
+
+void BrewScreen::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!loadedOnce_) {
+        loadedOnce_ = true;
+        model_.load();
+    }
+}
+
+QString BrewScreen::failureText() const {
+    return failure_->isHidden() ? QString() : failure_->text();
+}
+void BrewScreen::setFilter(int index) {
+    filter_->setCurrentIndex(index);
+}
+void BrewScreen::setSearch(const QString& text) {
+    search_->setText(text);
+}
+
+QString BrewScreen::selectedName() const {
+    const auto items = tree_->selectedItems();
+    return items.isEmpty() ? QString() : items.front()->text(0);
+}
+
+void BrewScreen::render() {
+    const bool have = model_.snapshot().has_value();
+    if (model_.isNotInstalled()) {
+        status_->setText(tr("<b>Homebrew isn't installed</b><br>Install it from <a "
+                            "href=\"https://brew.sh\">brew.sh</a> (it goes to "
+                            "/home/linuxbrew/.linuxbrew), then press Refresh."));
+        status_->setOpenExternalLinks(true);
+    } else if (model_.busy()) {
+        status_->setText(
+            tr("Homebrew is busy: %1 (process %2, running for %3). Waiting for it to finish…")
+                .arg(model_.busy()->command.toHtmlEscaped())
+                .arg(model_.busy()->pid)
+                .arg(model_.busy()->elapsed));
+    } else if (model_.isLoading()) {
+        status_->setText(have ? tr("Measuring what's installed…")
+                              : tr("Reading what is installed…"));
+    } else if (!model_.loadError().isEmpty()) {
+        status_->setText(model_.loadError());
+    } else if (have) {
+        const auto& s = *model_.snapshot();
+        status_->setText(tr("Homebrew %1 · %2 formulae, %3 casks · %4 outdated · %5 on disk")
+                             .arg(model_.environment() ? model_.environment()->version : QString())
+                             .arg(s.formulaeCount())
+                             .arg(s.casksCount())
+                             .arg(s.outdated().size())
+                             .arg(PathDisplay::bytes(s.totalSize())));
+    }
+    updateButtons();
+    renderRun();
+}
+
+void BrewScreen::updateButtons() {
+    const bool busy = model_.isRunning() || model_.isLoading();
+    const bool have = model_.snapshot().has_value();
+    const bool selected = !tree_->selectedItems().isEmpty();
+    refresh_->setEnabled(!busy);
+    upgradeAll_->setEnabled(!busy && have && !model_.snapshot()->outdated().empty());
+    upgradeSelected_->setEnabled(!busy && selected);
+    uninstall_->setEnabled(!busy && selected);
+    unpin_->setEnabled(!busy && selected);
+    install_->setEnabled(!busy && !model_.isNotInstalled());
+    doctor_->setEnabled(!busy && !model_.isNotInstalled());
+    cleanup_->setEnabled(!busy && !model_.isNotInstalled());
+}
+
+void BrewScreen::renderRun() {
+    const bool showRun = model_.isRunning() || !model_.log().isEmpty() || model_.failure();
+    runBox_->setVisible(showRun);
+    runTitle_->setText(model_.runningTitle());
+    cancel_->setVisible(model_.isRunning());
+    progress_->setVisible(model_.isRunning());
+    if (model_.isRunning() && model_.log().isEmpty()) {
+        log_->clear();
+    }
+    failure_->setVisible(model_.failure().has_value());
+    retry_->setVisible(model_.failure().has_value());
+    if (model_.failure()) {
+        failure_->setText(model_.failure()->message + QLatin1Char('.'));
+        retry_->setText(model_.failure()->retryLabel);
+    }
+}
+
+void BrewScreen::renderList() {
+    const QString keep = selectedName();
+    tree_->setSortingEnabled(false);
+    tree_->clear();
+    if (model_.snapshot()) {
+        for (const auto& p : model_.snapshot()->packages) {
+            if (!passes(p, filter_->currentIndex(), search_->text().trimmed())) {
+                continue;
+            }
+            auto* item = new QTreeWidgetItem(tree_);
+            item->setText(0, p.id);
+            item->setText(1, BrewVersion::display(p.installedVersion));
+            item->setText(2, p.latestVersion ? BrewVersion::display(*p.latestVersion) +
+                                                   (p.pinned ? tr(" (pinned)") : QString())
+                                             : QString());
+            item->setText(3, p.kind == BrewPackageKind::Cask ? tr("Cask") : tr("Formula"));
+            item->setText(4, p.size && *p.size > 0 ? PathDisplay::bytes(*p.size) : QString());
+            item->setData(4, Qt::UserRole, static_cast<qlonglong>(p.size.value_or(0)));
+            if (p.isMajorJump() && p.isOutdated()) {
+                item->setToolTip(2, tr("A major version: read what changed before upgrading."));
+            }
+            if (p.id == keep) {
+                item->setSelected(true);
+            }
+        }
+    }
+    tree_->setSortingEnabled(true);
+    renderDetails();
+}
+
+void BrewScreen::renderDetails() {
+    const QString name = selectedName();
+    if (name.isEmpty() || !model_.snapshot()) {
+        details_->setText(tr("Select a package to see its details."));
+        return;
+    }
+    for (const auto& p : model_.snapshot()->packages) {
+        if (p.id != name) {
+            continue;
+        }
+        QString html = QStringLiteral("<b>%1</b><br>").arg(p.displayName.toHtmlEscaped());
+        if (p.desc) {
+            html += p.desc->toHtmlEscaped() + QStringLiteral("<br>");
+        }
+        if (p.homepage) {
+            html += QStringLiteral("<a href=\"%1\">%1</a><br>").arg(p.homepage->toHtmlEscaped());
+        }
+        html += tr("From %1 · %2")
+                    .arg(p.tap.toHtmlEscaped(),
+                         p.onRequest ? tr("installed by you") : tr("installed as a dependency"));
+        if (p.pinned) {
+            html += tr(" · pinned");
+        }
+        if (!p.dependents.isEmpty()) {
+            html += tr("<br>Needed by: %1").arg(p.dependents.join(", ").toHtmlEscaped());
+        }
+        if (!p.dependencies.isEmpty()) {
+            html += tr("<br>Needs: %1").arg(p.dependencies.join(", ").toHtmlEscaped());
+        }
+        if (p.caveats) {
+            html += QStringLiteral("<br><i>%1</i>")
+                        .arg(p.caveats->trimmed().toHtmlEscaped().replace(QLatin1Char('\n'),
+                                                                          QStringLiteral("<br>")));
+        }
+        details_->setText(html);
+    }
+}
+
+} // namespace tarvik

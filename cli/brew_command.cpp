@@ -5,6 +5,7 @@
 #include "core/homebrew/brew_log.h"
 #include "core/homebrew/brew_parsing.h"
 #include "core/homebrew/brew_service.h"
+#include "core/homebrew/brew_updates.h"
 #include "core/platform/xdg_paths.h"
 #include "core/shell/preferences.h"
 
@@ -149,7 +150,7 @@ QJsonObject packageJson(const BrewPackage& p) {
 int run(const std::string& action, const BrewOptions& o) {
     BrewRunner runner;
     const Preferences prefs;
-    const bool greedy = o.greedy || prefs.value("homebrewIncludeGreedy").toBool();
+    const bool greedy = o.greedy || prefs.value(pref::kHomebrewIncludeGreedy).toBool();
     try {
         if (action == "status") {
             waitWhileBusy(runner);
@@ -249,6 +250,28 @@ int run(const std::string& action, const BrewOptions& o) {
                               o.dryRun ? BrewCommands::cleanupPreview() : BrewCommands::cleanup(),
                               QStringLiteral("Homebrew"));
         }
+        if (action == "search") {
+            const auto r = runner.run(BrewCommands::search(name));
+            const BrewSearchResult found = parseBrewSearch(r.output);
+            if (o.json) {
+                printJson(QJsonDocument(
+                    QJsonObject{{"formulae", QJsonArray::fromStringList(found.formulae)},
+                                {"casks", QJsonArray::fromStringList(found.casks)}}));
+                return kExitOk;
+            }
+            if (found.formulae.isEmpty() && found.casks.isEmpty()) {
+                printLine(QStringLiteral("Nothing in Homebrew matches “%1”.").arg(name));
+                return kExitOk;
+            }
+            for (const auto& f : found.formulae) {
+                printLine(f);
+            }
+            for (const auto& c : found.casks) {
+                printLine(c + QStringLiteral(" (cask: tarvik brew install --cask ") + c +
+                          QLatin1Char(')'));
+            }
+            return kExitOk;
+        }
         if (action == "doctor") {
             return runWithLog(runner, BrewCommands::doctor(), QStringLiteral("Homebrew"));
         }
@@ -297,6 +320,9 @@ void addBrewCommand(CLI::App& app, CommandResult& result) {
     auto* cleanup = add("cleanup", "Remove old versions and caches");
     cleanup->add_flag("--dry-run", o->dryRun, "Only show what would be removed");
     add("doctor", "Check Homebrew for problems");
+    auto* search = add("search", "Search Homebrew's catalogue");
+    search->add_option("query", o->name, "Words or a /regex/")->required();
+    search->add_flag("--json", o->json, "Print JSON for scripts");
 }
 
 } // namespace tarvik::cli

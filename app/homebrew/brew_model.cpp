@@ -3,6 +3,7 @@
 #include "core/homebrew/brew_askpass.h"
 #include "core/homebrew/brew_parsing.h"
 #include "core/homebrew/brew_service.h"
+#include "core/homebrew/brew_updates.h"
 #include "core/shell/preferences.h"
 
 #include <QMetaObject>
@@ -22,7 +23,7 @@ BrewModel::~BrewModel() {
 }
 
 bool BrewModel::greedy() const {
-    return prefs_.value("homebrewIncludeGreedy").toBool();
+    return prefs_.value(pref::kHomebrewIncludeGreedy).toBool();
 }
 
 void BrewModel::load() {
@@ -203,6 +204,30 @@ void BrewModel::cleanup() {
 
 void BrewModel::cancel() {
     runner_->cancel();
+}
+
+void BrewModel::search(const QString& query) {
+    QPointer<BrewModel> self(this);
+    auto runner = runner_;
+    // Searching takes the runner's turn like any command, so it waits behind a running one.
+    (void)QtConcurrent::run([self, runner, query] {
+        BrewSearchResult found;
+        QString error;
+        try {
+            const auto r = runner->run(BrewCommands::search(query));
+            found = parseBrewSearch(r.output);
+        } catch (const BrewError& e) {
+            error = e.message();
+        }
+        QMetaObject::invokeMethod(
+            self.data(),
+            [self, query, found, error] {
+                if (self) {
+                    emit self->searchFinished(query, found.formulae, found.casks, error);
+                }
+            },
+            Qt::QueuedConnection);
+    });
 }
 
 void BrewModel::retry() {

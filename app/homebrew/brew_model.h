@@ -48,12 +48,16 @@ public slots:
     void cleanup();
     void cancel();
     void retry();
+    // Searches Homebrew's catalogue; the answer arrives as searchFinished.
+    void search(const QString& query);
 
 signals:
     void changed();
     void logLine(const tarvik::BrewLogLine& line);
     void progressChanged();
     void commandFinished(bool succeeded);
+    void searchFinished(const QString& query, const QStringList& formulae, const QStringList& casks,
+                        const QString& error);
 
 private:
     struct Command {

@@ -191,17 +191,41 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
     connect(unpin_, &QPushButton::clicked, this, [this] { model_.unpin(selectedName()); });
     connect(install_, &QPushButton::clicked, this, [this] {
         bool ok = false;
-        const QString name =
-            QInputDialog::getText(this, tr("Install"),
-                                  tr("Formula to install (prefix a cask with cask:):"),
-                                  QLineEdit::Normal, {}, &ok)
-                .trimmed();
-        if (ok && !name.isEmpty()) {
-            const bool cask = name.startsWith(QLatin1String("cask:"));
-            model_.install(cask ? name.mid(5).trimmed() : name,
-                           cask ? BrewPackageKind::Cask : BrewPackageKind::Formula);
+        const QString query = QInputDialog::getText(this, tr("Install"), tr("Search Homebrew for:"),
+                                                    QLineEdit::Normal, {}, &ok)
+                                  .trimmed();
+        if (ok && !query.isEmpty()) {
+            install_->setEnabled(false);
+            model_.search(query);
         }
     });
+    connect(
+        &model_, &BrewModel::searchFinished, this,
+        [this](const QString& query, const QStringList& formulae, const QStringList& casks,
+               const QString& error) {
+            updateButtons();
+            if (!error.isEmpty() || (formulae.isEmpty() && casks.isEmpty())) {
+                QMessageBox::information(
+                    this, tr("Install"),
+                    error.isEmpty() ? tr("Nothing in Homebrew matches “%1”.").arg(query) : error);
+                return;
+            }
+            QStringList choices;
+            for (const auto& f : formulae) {
+                choices << f;
+            }
+            for (const auto& c : casks) {
+                choices << c + tr(" (cask)");
+            }
+            bool ok = false;
+            const QString chosen = QInputDialog::getItem(this, tr("Install"), tr("Install which?"),
+                                                         choices, 0, false, &ok);
+            if (ok) {
+                const bool cask = chosen.endsWith(tr(" (cask)"));
+                model_.install(cask ? chosen.left(chosen.size() - tr(" (cask)").size()) : chosen,
+                               cask ? BrewPackageKind::Cask : BrewPackageKind::Formula);
+            }
+        });
     connect(doctor_, &QPushButton::clicked, &model_, &BrewModel::doctor);
     connect(cleanup_, &QPushButton::clicked, this, [this] {
         if (QMessageBox::question(this, tr("Clean Up"),

@@ -26,8 +26,14 @@ AppModels::AppModels(const Options& options, QObject* parent)
           options.summary,
           (options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)).scannerOptions),
       junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)),
-      brew_(preferences_,
-            options.brewRunner ? options.brewRunner : std::make_shared<BrewRunner>()) {
+      brewRunner_(options.brewRunner ? options.brewRunner : std::make_shared<BrewRunner>()),
+      brew_(preferences_, brewRunner_), brewUpdates_(preferences_, brewRunner_) {
+    // A fresh list knows how many packages are outdated as well as the periodic check does.
+    connect(&brew_, &BrewModel::changed, this, [this] {
+        if (brew_.snapshot() && !brew_.isLoading()) {
+            brewUpdates_.setOutdatedCount(static_cast<int>(brew_.snapshot()->outdated().size()));
+        }
+    });
     if (!options.timelinePath.isEmpty()) {
         freeSpace_ =
             std::make_unique<FreeSpaceRecorder>(options.summary.homePath, options.timelinePath);

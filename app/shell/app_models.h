@@ -4,6 +4,7 @@
 #include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
 #include "core/cleanup/free_space_recorder.h"
+#include "core/homebrew/brew_update_checker.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/platform/sleep_watcher.h"
 #include "core/shell/login_item.h"
@@ -43,6 +44,7 @@ public:
     SystemMonitorModel& monitor() { return monitor_; }
     JunkModel& junk() { return junk_; }
     BrewModel& brew() { return brew_; }
+    BrewUpdateChecker& brewUpdates() { return brewUpdates_; }
 
 private:
     Preferences preferences_;
@@ -52,7 +54,9 @@ private:
     LoginItem loginItem_;
     OverviewModel overview_;
     JunkModel junk_;
+    std::shared_ptr<BrewRunner> brewRunner_;
     BrewModel brew_;
+    BrewUpdateChecker brewUpdates_;
     std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 

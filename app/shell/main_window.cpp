@@ -68,6 +68,13 @@ MainWindow::MainWindow(AppModels& models, QWidget* parent) : QMainWindow(parent)
                 }
             });
     connect(&nav, &Navigator::selectionChanged, this, &MainWindow::showSection);
+    auto badge = [this] {
+        const bool show = models_.preferences().value(pref::kHomebrewShowBadge).toBool();
+        sidebarModel_->setBadge(AppSection::Homebrew,
+                                show ? models_.brewUpdates().outdatedCount() : 0);
+    };
+    connect(&models_.brewUpdates(), &BrewUpdateChecker::outdatedCountChanged, this, badge);
+    connect(&models_.preferences(), &Preferences::changed, this, badge);
     showSection(nav.selection());
 }
 

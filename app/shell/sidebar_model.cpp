@@ -57,10 +57,15 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         }
     }
     const SectionInfo& s = info(*row.section);
+    const auto badge = badges_.find(s.section);
+    const int count = badge == badges_.end() ? 0 : badge->second;
     switch (role) {
     case Qt::DisplayRole:
+        return count > 0 ? QStringLiteral("%1  (%2)").arg(toQString(s.title)).arg(count)
+                         : toQString(s.title);
     case Qt::AccessibleTextRole:
-        return toQString(s.title);
+        return count > 0 ? QStringLiteral("%1, %2 updates").arg(toQString(s.title)).arg(count)
+                         : toQString(s.title);
     case Qt::DecorationRole:
         return sectionIcon(s.section);
     case SectionRole:
@@ -91,6 +96,12 @@ QModelIndex SidebarModel::indexOf(AppSection section) const {
         }
     }
     return {};
+}
+
+void SidebarModel::setBadge(AppSection section, int count) {
+    badges_[section] = count;
+    const QModelIndex i = indexOf(section);
+    emit dataChanged(i, i, {Qt::DisplayRole, Qt::AccessibleTextRole});
 }
 
 std::optional<AppSection> SidebarModel::sectionAt(const QModelIndex& index) const {

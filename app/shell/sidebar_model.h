@@ -3,6 +3,7 @@
 #include "core/shell/app_section.h"
 
 #include <QAbstractListModel>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -23,6 +24,8 @@ public:
 
     QModelIndex indexOf(AppSection section) const;
     std::optional<AppSection> sectionAt(const QModelIndex& index) const;
+    // A count shown beside a section (Homebrew's updates); 0 shows none.
+    void setBadge(AppSection section, int count);
 
 private:
     struct Row {
@@ -30,6 +33,7 @@ private:
         std::optional<SectionGroup> heading;
     };
     std::vector<Row> rows_;
+    std::map<AppSection, int> badges_;
 };
 
 } // namespace tarvik

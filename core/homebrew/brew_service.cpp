@@ -74,6 +74,10 @@ QStringList removeOrphans(const QStringList& names) {
     return QStringList{"uninstall", "--formula"} + names;
 }
 
+QStringList search(const QString& query) {
+    return {"search", query};
+}
+
 } // namespace tarvik::BrewCommands
 
 namespace tarvik {

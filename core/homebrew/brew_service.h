@@ -23,6 +23,7 @@ QStringList cleanupPreview();
 QStringList orphanPreview();
 QStringList cleanup();
 QStringList removeOrphans(const QStringList& names);
+QStringList search(const QString& query);
 } // namespace BrewCommands
 
 struct BrewSnapshot;

@@ -12,7 +12,7 @@
 namespace tarvik {
 namespace {
 
-constexpr std::array<PreferenceKey, 10> kKeys{{
+constexpr std::array<PreferenceKey, 13> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
     {pref::kOpensWindowAtLaunch,
      PreferenceType::Bool,
@@ -60,6 +60,20 @@ constexpr std::array<PreferenceKey, 10> kKeys{{
      {},
      {},
      "moveToTrash|deletePermanently"},
+    {pref::kHomebrewCheckInterval, PreferenceType::Double, "86400",
+     "Seconds between checks for Homebrew updates; 0 never checks.", 0.0, 2592000.0},
+    {pref::kHomebrewIncludeGreedy,
+     PreferenceType::Bool,
+     "false",
+     "Also upgrade casks that update themselves.",
+     {},
+     {}},
+    {pref::kHomebrewShowBadge,
+     PreferenceType::Bool,
+     "true",
+     "Show the number of Homebrew updates beside the section.",
+     {},
+     {}},
     {pref::kFileRemovalMode,
      PreferenceType::Choice,
      "moveToTrash",

@@ -70,6 +70,19 @@ TEST(MainWindow, SidebarListsTheSeventeenSectionsInOrderUnderTheirGroups) {
                            "Homebrew",       "Dock Folders",   "Keep Awake",  "Settings"}));
 }
 
+TEST(MainWindow, HomebrewUpdatesShowAsABadgeUnlessSwitchedOff) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    MainWindow window(models);
+    const QModelIndex brew = window.sidebarModel()->indexOf(AppSection::Homebrew);
+    EXPECT_EQ(brew.data().toString(), "Homebrew");
+    models.brewUpdates().setOutdatedCount(3);
+    EXPECT_EQ(brew.data().toString(), "Homebrew  (3)");
+    EXPECT_EQ(brew.data(Qt::AccessibleTextRole).toString(), "Homebrew, 3 updates");
+    models.preferences().setValue(pref::kHomebrewShowBadge, false);
+    EXPECT_EQ(brew.data().toString(), "Homebrew");
+}
+
 TEST(MainWindow, KeyboardAndMenuNavigationFollowOneSelection) {
     TempHome home;
     AppModels models(optionsIn(home));

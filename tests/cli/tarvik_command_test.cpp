@@ -98,7 +98,7 @@ TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
     const Outcome list = tarvik({"settings", "list", "--json"});
     ASSERT_EQ(list.exitCode, 0);
     const QJsonArray keys = QJsonDocument::fromJson(list.out.toUtf8()).array();
-    EXPECT_EQ(keys.size(), 10);
+    EXPECT_EQ(keys.size(), 13);
     bool sawInterval = false;
     for (const auto& v : keys) {
         const QJsonObject o = v.toObject();
@@ -303,6 +303,7 @@ TEST_F(TarvikCommand, BrewCommandsWorkAgainstAStandInBrew) {
                   "  install) echo 'curl: (6) Could not resolve host: ghcr.io'; echo 'Error: "
                   "download failed'; exit 1 ;;\n"
                   "  uninstall) echo \"askpass=$SUDO_ASKPASS\" ;;\n"
+                  "  search) printf '==> Formulae\\nwget\\nwget2\\n\\n==> Casks\\nwgetgui\\n' ;;\n"
                   "  *) echo \"unexpected $*\"; exit 9 ;;\n"
                   "esac\n");
     QFile::setPermissions(bin + "/brew", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
@@ -340,6 +341,12 @@ TEST_F(TarvikCommand, BrewCommandsWorkAgainstAStandInBrew) {
     EXPECT_TRUE(calls.contains("upgrade --formula aom\n")) << calls.toStdString();
     EXPECT_TRUE(calls.contains("install --formula wget\n"));
     EXPECT_TRUE(calls.contains("uninstall --formula --ignore-dependencies jq\n"));
+
+    const Outcome search = tarvik({"brew", "search", "--json", "wget"}, bin);
+    ASSERT_EQ(search.exitCode, 0);
+    const QJsonObject found = QJsonDocument::fromJson(search.out.toUtf8()).object();
+    EXPECT_EQ(found["formulae"].toArray().size(), 2);
+    EXPECT_EQ(found["casks"].toArray().at(0).toString(), "wgetgui");
 
     // Without any brew: the application's own words.
     const Outcome none = tarvik({"brew", "status"}, home_.path() + "/nothing-here");

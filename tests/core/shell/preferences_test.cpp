@@ -34,6 +34,9 @@ TEST(Preferences, EveryKeyHasItsDefaultWhenNothingIsStored) {
     EXPECT_EQ(prefs.value(pref::kJunkRemovalMode).toString(), "deletePermanently");
     EXPECT_EQ(prefs.value(pref::kFileRemovalMode).toString(), "moveToTrash");
     EXPECT_TRUE(prefs.exclusions().isEmpty());
+    EXPECT_DOUBLE_EQ(prefs.value(pref::kHomebrewCheckInterval).toDouble(), 86400.0);
+    EXPECT_FALSE(prefs.value(pref::kHomebrewIncludeGreedy).toBool());
+    EXPECT_TRUE(prefs.value(pref::kHomebrewShowBadge).toBool());
     for (const auto& key : preferenceKeys()) {
         EXPECT_FALSE(prefs.isStored(key.key)) << key.key;
         // Each default is itself a value the key accepts.

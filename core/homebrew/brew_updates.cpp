@@ -1,0 +1,36 @@
+#include "core/homebrew/brew_updates.h"
+
+#include "core/homebrew/brew_log.h"
+
+namespace tarvik {
+
+bool isUpdateCheckDue(const std::optional<QDateTime>& lastCheck, const QDateTime& now,
+                      double intervalSeconds) {
+    if (!(intervalSeconds > 0)) {
+        return false;
+    }
+    if (!lastCheck || !lastCheck->isValid() || *lastCheck > now) {
+        return true;
+    }
+    return static_cast<double>(lastCheck->secsTo(now)) >= intervalSeconds;
+}
+
+BrewSearchResult parseBrewSearch(const QString& output) {
+    BrewSearchResult r;
+    QStringList* into = &r.formulae; // without headings, brew lists formulae
+    for (const QString& raw : output.split(QLatin1Char('\n'))) {
+        const QString line = BrewLogParser::stripANSI(raw).trimmed();
+        if (line.startsWith(QLatin1String("==> Formulae"))) {
+            into = &r.formulae;
+        } else if (line.startsWith(QLatin1String("==> Casks"))) {
+            into = &r.casks;
+        } else if (!line.isEmpty() && !line.startsWith(QLatin1String("==>")) &&
+                   !line.startsWith(QLatin1String("Warning:")) &&
+                   !line.startsWith(QLatin1String("Error:")) && !line.contains(QLatin1Char(' '))) {
+            *into << line.section(QLatin1Char(' '), 0, 0);
+        }
+    }
+    return r;
+}
+
+} // namespace tarvik

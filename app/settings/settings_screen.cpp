@@ -25,6 +25,7 @@
 #include <QVBoxLayout>
 #include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
+#include <cmath>
 
 namespace tarvik {
 namespace {
@@ -123,6 +124,7 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     layout->addWidget(monitor);
 
     layout->addWidget(cleaningGroup());
+    layout->addWidget(homebrewGroup());
 
     // Permissions.
     auto* permissions = new QGroupBox(tr("Permissions"), this);
@@ -247,6 +249,31 @@ QWidget* SettingsScreen::cleaningGroup() {
     return box;
 }
 
+QWidget* SettingsScreen::homebrewGroup() {
+    auto* box = new QGroupBox(tr("Homebrew"), this);
+    auto* v = new QVBoxLayout(box);
+    auto* form = new QFormLayout();
+    brewInterval_ = new QComboBox(box);
+    brewInterval_->setObjectName(toQString(pref::kHomebrewCheckInterval));
+    brewInterval_->addItem(tr("Never"), 0.0);
+    brewInterval_->addItem(tr("Every hour"), 3600.0);
+    brewInterval_->addItem(tr("Every day"), 86400.0);
+    brewInterval_->addItem(tr("Every week"), 604800.0);
+    brewInterval_->setAccessibleName(tr("Check for Homebrew updates"));
+    connect(brewInterval_, &QComboBox::currentIndexChanged, this, [this] {
+        prefs_.setValue(pref::kHomebrewCheckInterval, brewInterval_->currentData().toDouble());
+        prefs_.sync();
+    });
+    form->addRow(tr("Check for updates:"), brewInterval_);
+    v->addLayout(form);
+    v->addWidget(
+        boolRow(pref::kHomebrewShowBadge, tr("Show the number of updates beside Homebrew")));
+    v->addWidget(boolRow(pref::kHomebrewIncludeGreedy,
+                         tr("Also upgrade apps that update themselves"),
+                         tr("Casks marked as updating themselves are upgraded by Homebrew too.")));
+    return box;
+}
+
 void SettingsScreen::addExclusion(const QString& path) {
     QStringList paths = prefs_.exclusions();
     const QString clean = QDir::cleanPath(path);
@@ -290,6 +317,18 @@ void SettingsScreen::syncFromPreferences() {
         combo->setCurrentIndex(combo->findData(prefs_.value(key).toString()));
     }
     refreshExclusions();
+    {
+        const QSignalBlocker block(brewInterval_);
+        const double interval = prefs_.value(pref::kHomebrewCheckInterval).toDouble();
+        int best = 0;
+        for (int i = 0; i < brewInterval_->count(); ++i) {
+            if (std::abs(brewInterval_->itemData(i).toDouble() - interval) <
+                std::abs(brewInterval_->itemData(best).toDouble() - interval)) {
+                best = i;
+            }
+        }
+        brewInterval_->setCurrentIndex(best);
+    }
 }
 
 void SettingsScreen::setLoginItem(bool on) {

@@ -43,6 +43,7 @@ private:
     void setLoginItem(bool on);
     void probePermissions();
     QWidget* cleaningGroup();
+    QWidget* homebrewGroup();
     void refreshExclusions();
 
     Preferences& prefs_;
@@ -55,6 +56,7 @@ private:
     QLabel* noTray_ = nullptr;
     std::map<std::string_view, QComboBox*> modeRows_;
     QListWidget* exclusions_ = nullptr;
+    QComboBox* brewInterval_ = nullptr;
     QLabel* noExclusions_ = nullptr;
     QPushButton* stopExcluding_ = nullptr;
     std::map<AppPermission, QLabel*> permissionStatus_;

@@ -149,6 +149,12 @@ TEST(SettingsScreen, ExclusionsAndRemovalModesAreKeptInTheStore) {
     EXPECT_TRUE(prefs.exclusions().isEmpty());
     EXPECT_FALSE(none->isHidden());
 
+    auto* interval = screen.findChild<QComboBox*>("homebrewCheckInterval");
+    ASSERT_NE(interval, nullptr);
+    EXPECT_EQ(interval->currentText(), "Every day");
+    interval->setCurrentIndex(interval->findText("Never"));
+    EXPECT_DOUBLE_EQ(prefs.value(pref::kHomebrewCheckInterval).toDouble(), 0.0);
+
     auto* junkMode = screen.findChild<QComboBox*>("junkRemovalMode");
     ASSERT_NE(junkMode, nullptr);
     EXPECT_EQ(junkMode->currentText(), "Delete permanently");

@@ -198,6 +198,14 @@ void BrewModel::cleanupPreview() {
            false});
 }
 
+void BrewModel::orphanPreview() {
+    start({tr("Dependencies nothing needs any more"),
+           QStringLiteral("Homebrew"),
+           BrewCommands::orphanPreview(),
+           {},
+           false});
+}
+
 void BrewModel::cleanup() {
     start({tr("Cleaning up"), QStringLiteral("Homebrew"), BrewCommands::cleanup(), {}, true});
 }

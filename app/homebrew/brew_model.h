@@ -45,6 +45,7 @@ public slots:
     void unpin(const QString& name);
     void doctor();
     void cleanupPreview();
+    void orphanPreview();
     void cleanup();
     void cancel();
     void retry();

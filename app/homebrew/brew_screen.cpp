@@ -228,14 +228,22 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
         });
     connect(doctor_, &QPushButton::clicked, &model_, &BrewModel::doctor);
     connect(cleanup_, &QPushButton::clicked, this, [this] {
-        if (QMessageBox::question(this, tr("Clean Up"),
-                                  tr("Remove old versions and Homebrew's download cache? Use "
-                                     "“Preview” to see the list first."),
-                                  QMessageBox::Yes | QMessageBox::No | QMessageBox::Apply) ==
-            QMessageBox::Yes) {
+        QMessageBox box(QMessageBox::Question, tr("Clean Up"),
+                        tr("Remove old versions and Homebrew's download cache?"),
+                        QMessageBox::Cancel, this);
+        box.setInformativeText(tr("Preview first to see what would go, or list the dependencies "
+                                  "nothing needs any more."));
+        auto* clean = box.addButton(tr("Clean Up"), QMessageBox::DestructiveRole);
+        auto* preview = box.addButton(tr("Preview"), QMessageBox::ActionRole);
+        auto* orphans = box.addButton(tr("Unneeded Dependencies"), QMessageBox::ActionRole);
+        box.setDefaultButton(preview);
+        box.exec();
+        if (box.clickedButton() == clean) {
             model_.cleanup();
-        } else {
+        } else if (box.clickedButton() == preview) {
             model_.cleanupPreview();
+        } else if (box.clickedButton() == orphans) {
+            model_.orphanPreview();
         }
     });
     connect(cancel_, &QPushButton::clicked, &model_, &BrewModel::cancel);

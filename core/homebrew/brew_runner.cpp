@@ -33,6 +33,11 @@ void BrewRunner::release() {
     turn_.notify_all();
 }
 
+std::uint64_t BrewRunner::pending() const {
+    std::lock_guard lock(mutex_);
+    return nextTicket_ - serving_;
+}
+
 std::optional<BrewEnvironment> BrewRunner::environment() const {
     std::lock_guard lock(mutex_);
     return environment_;

@@ -49,6 +49,8 @@ public:
     // commands are not affected.
     void cancel();
     std::optional<BrewEnvironment> environment() const;
+    // Commands holding or waiting for the turn.
+    std::uint64_t pending() const;
     // Resolves where brew is now (without running a command); throws NotInstalled.
     BrewEnvironment resolve();
 

@@ -142,10 +142,16 @@ TEST(BrewRunner, CommandsStartedTogetherRunOneAfterTheOtherInArrivalOrder) {
     StandIn s;
     BrewRunner r = s.runner();
     r.resolve();
-    std::thread first([&] { r.run({"slow", "A", "1.2"}); });
-    QThread::msleep(200); // A has the turn; B and C queue in this order
+    auto waitForPending = [&r](std::uint64_t n) {
+        for (int i = 0; i < 500 && r.pending() != n; ++i) {
+            QThread::msleep(5);
+        }
+        return r.pending() == n;
+    };
+    std::thread first([&] { r.run({"slow", "A", "1.0"}); });
+    ASSERT_TRUE(waitForPending(1)); // A holds the turn
     std::thread second([&] { r.run({"slow", "B", "0.1"}); });
-    QThread::msleep(300);
+    ASSERT_TRUE(waitForPending(2)); // B waits behind it
     std::thread third([&] { r.run({"slow", "C", "0.1"}); });
     first.join();
     second.join();

@@ -1,0 +1,378 @@
+#include "core/speedtest/speed_test_engine.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QPointer>
+#include <QTimer>
+#include <memory>
+#include <vector>
+
+namespace tarvik {
+namespace {
+
+struct Cancelled {};
+
+QNetworkRequest request(const QUrl& base, const QString& path) {
+    QNetworkRequest r(base.resolved(QUrl(path)));
+    r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
+    r.setTransferTimeout(60'000);
+    return r;
+}
+
+// A session of its own: its own connection pool, no cookies kept.
+std::unique_ptr<QNetworkAccessManager> session() {
+    auto nam = std::make_unique<QNetworkAccessManager>();
+    nam->setTransferTimeout(15'000);
+    return nam;
+}
+
+class Runner {
+public:
+    Runner(const SpeedTestConfiguration& config, const std::atomic<bool>* cancel)
+        : config_(config), cancel_(cancel) {
+        watch_.setInterval(50);
+        QObject::connect(&watch_, &QTimer::timeout, &watch_, [this] {
+            if (cancelled()) {
+                for (auto* loop : loops_) {
+                    loop->quit();
+                }
+            }
+        });
+        watch_.start();
+    }
+
+    bool cancelled() const { return cancel_ != nullptr && cancel_->load(); }
+    void check() const {
+        if (cancelled()) {
+            throw Cancelled{};
+        }
+    }
+
+    // Runs the event loop until `done` quits it, or cancellation does.
+    void wait(QEventLoop& loop) {
+        loops_.push_back(&loop);
+        loop.exec();
+        loops_.pop_back();
+        check();
+    }
+
+    // The body of a finished GET, or none when it failed.
+    std::optional<QByteArray> fetch(QNetworkAccessManager& nam, const QString& path) {
+        QNetworkReply* reply = nam.get(request(config_.baseURL, path));
+        QEventLoop loop;
+        QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+        try {
+            wait(loop);
+        } catch (const Cancelled&) {
+            reply->abort();
+            reply->deleteLater();
+            throw;
+        }
+        std::optional<QByteArray> body;
+        if (reply->error() == QNetworkReply::NoError) {
+            body = reply->readAll();
+        }
+        reply->deleteLater();
+        return body;
+    }
+
+    struct PingOutcome {
+        std::optional<double> ms;
+        std::optional<QString> error;
+    };
+    // Starts a ping; `done` receives its outcome on this thread's event loop.
+    static QNetworkReply* startPing(QNetworkAccessManager& nam, const QUrl& base,
+                                    std::function<void(PingOutcome)> done) {
+        auto clock = std::make_shared<QElapsedTimer>();
+        clock->start();
+        QNetworkReply* reply = nam.get(request(base, QStringLiteral("__down?bytes=0")));
+        QObject::connect(reply, &QNetworkReply::finished, reply, [reply, clock, done] {
+            const qint64 elapsed = clock->nsecsElapsed();
+            reply->readAll();
+            PingOutcome out;
+            const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            if (reply->error() == QNetworkReply::OperationCanceledError) {
+                out.error = QStringLiteral("cancelled");
+            } else if (reply->error() != QNetworkReply::NoError && status == 0) {
+                out.error = reply->errorString();
+            } else if (status < 200 || status > 299) {
+                out.error = QStringLiteral("The server answered with an error.");
+            } else {
+                const QByteArray timing = reply->rawHeader("Server-Timing");
+                out.ms = SpeedTestMath::pingMilliseconds(
+                    elapsed, SpeedTestMath::serverDuration(
+                                 timing.isNull() ? std::nullopt
+                                                 : std::optional(QString::fromLatin1(timing))));
+            }
+            reply->deleteLater();
+            done(out);
+        });
+        return reply;
+    }
+
+    PingOutcome ping(QNetworkAccessManager& nam) {
+        PingOutcome result;
+        QEventLoop loop;
+        QPointer<QNetworkReply> reply = startPing(nam, config_.baseURL, [&](PingOutcome o) {
+            result = o;
+            loop.quit();
+        });
+        try {
+            wait(loop);
+        } catch (const Cancelled&) {
+            if (reply) {
+                reply->abort();
+            }
+            throw;
+        }
+        return result;
+    }
+
+    const SpeedTestConfiguration& config_;
+    const std::atomic<bool>* cancel_;
+    QTimer watch_;
+    std::vector<QEventLoop*> loops_;
+};
+
+struct PhaseOutcome {
+    double mbps = 0;
+    std::optional<double> loadedLatency;
+    std::int64_t bytes = 0;
+};
+
+// One transfer phase: `streams` sessions re-issuing their request until the phase ends.
+PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, SpeedTestPhase phase,
+                      SpeedTestProgress& progress,
+                      const std::function<void(const SpeedTestProgress&)>& publish) {
+    progress.phase = phase;
+    progress.phaseFraction = 0;
+    progress.currentMbps.reset();
+    progress.samples.clear();
+    publish(progress);
+
+    struct Monitor {
+        std::int64_t transferred = 0;
+        bool running = true;
+        std::optional<QString> lastError;
+    } monitor;
+    const bool download = phase == SpeedTestPhase::Download;
+    // One zero-filled body, shared by every upload request of the phase.
+    const QByteArray zeros = download ? QByteArray() : QByteArray(config.uploadChunk, '\0');
+    std::vector<std::unique_ptr<QNetworkAccessManager>> sessions;
+    std::function<void(QNetworkAccessManager*)> start;
+    start = [&](QNetworkAccessManager* nam) {
+        QNetworkReply* reply = nullptr;
+        if (download) {
+            reply = nam->get(request(config.baseURL,
+                                     QStringLiteral("__down?bytes=%1").arg(config.downloadChunk)));
+            QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, &monitor] {
+                monitor.transferred += reply->readAll().size(); // counted, never kept
+            });
+        } else {
+            QNetworkRequest r = request(config.baseURL, QStringLiteral("__up"));
+            r.setHeader(QNetworkRequest::ContentTypeHeader,
+                        QStringLiteral("application/octet-stream"));
+            auto* body = new QBuffer();
+            body->setData(zeros);
+            body->open(QIODevice::ReadOnly);
+            reply = nam->post(r, body);
+            body->setParent(reply);
+            auto sent = std::make_shared<qint64>(0);
+            QObject::connect(reply, &QNetworkReply::uploadProgress, reply,
+                             [sent, &monitor](qint64 bytesSent, qint64) {
+                                 if (bytesSent > *sent) {
+                                     monitor.transferred += bytesSent - *sent;
+                                     *sent = bytesSent;
+                                 }
+                             });
+        }
+        QObject::connect(reply, &QNetworkReply::finished, reply, [reply, nam, &monitor, &start] {
+            const auto error = reply->error();
+            reply->readAll();
+            reply->deleteLater();
+            if (error == QNetworkReply::OperationCanceledError) {
+                return; // the phase ended
+            }
+            if (error != QNetworkReply::NoError) {
+                monitor.lastError = reply->errorString();
+            }
+            if (!monitor.running) {
+                return;
+            }
+            if (error == QNetworkReply::NoError) {
+                start(nam);
+            } else {
+                QTimer::singleShot(500, nam, [nam, &monitor, &start] {
+                    if (monitor.running) {
+                        start(nam);
+                    }
+                });
+            }
+        });
+    };
+    for (int i = 0; i < config.streams; ++i) {
+        sessions.push_back(session());
+        start(sessions.back().get());
+    }
+
+    // Latency while the line is busy, on a connection of its own.
+    auto probe = session();
+    std::vector<double> loaded;
+    QElapsedTimer phaseClock;
+    phaseClock.start();
+    std::function<void()> nextProbe;
+    bool first = true;
+    nextProbe = [&] {
+        Runner::startPing(*probe, config.baseURL, [&](Runner::PingOutcome o) {
+            if (!monitor.running) {
+                return;
+            }
+            // The first ping only opens the connection; the warm-up is left out.
+            if (o.ms && !first &&
+                phaseClock.elapsed() >= static_cast<qint64>(config.warmup * 1000)) {
+                loaded.push_back(*o.ms);
+            }
+            first = false;
+            QTimer::singleShot(250, probe.get(), [&] {
+                if (monitor.running) {
+                    nextProbe();
+                }
+            });
+        });
+    };
+    nextProbe();
+
+    ThroughputMeter meter(config.warmup);
+    std::optional<SpeedTestError> failure;
+    QEventLoop loop;
+    QTimer tick;
+    tick.setInterval(200);
+    QObject::connect(&tick, &QTimer::timeout, &loop, [&] {
+        const double t = static_cast<double>(phaseClock.nsecsElapsed()) / 1e9;
+        meter.record(t, monitor.transferred);
+        const double now = meter.current(1.0);
+        progress.phaseFraction = std::min(t / config.transferDuration, 1.0);
+        progress.currentMbps = now;
+        progress.samples.push_back(now);
+        publish(progress);
+        if (t >= config.transferDuration) {
+            if (meter.totalBytes() < 1) {
+                failure = SpeedTestError{SpeedTestError::Kind::NoData, phase, monitor.lastError};
+            }
+            loop.quit();
+        } else if (t > 4.0 && meter.totalBytes() < 1 && monitor.lastError) {
+            failure = SpeedTestError{SpeedTestError::Kind::NoData, phase, monitor.lastError};
+            loop.quit();
+        }
+    });
+    tick.start();
+    auto stop = [&] {
+        tick.stop();
+        monitor.running = false;
+        for (auto& s : sessions) {
+            for (auto* r : s->findChildren<QNetworkReply*>()) {
+                r->abort();
+            }
+        }
+        for (auto* r : probe->findChildren<QNetworkReply*>()) {
+            r->abort();
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    try {
+        runner.wait(loop);
+    } catch (const Cancelled&) {
+        stop();
+        throw;
+    }
+    stop();
+    if (failure) {
+        throw *failure;
+    }
+    return {meter.result(), SpeedTestMath::median(loaded), meter.totalBytes()};
+}
+
+} // namespace
+
+SpeedTestEngine::SpeedTestEngine(SpeedTestConfiguration configuration)
+    : config_(std::move(configuration)) {}
+
+std::optional<SpeedTestResult>
+SpeedTestEngine::run(const std::optional<QString>& connection,
+                     const std::function<void(const SpeedTestProgress&)>& progress,
+                     const std::atomic<bool>* cancel) const {
+    Runner runner(config_, cancel);
+    SpeedTestProgress p;
+    auto publish = [&progress](const SpeedTestProgress& now) {
+        if (progress) {
+            progress(now);
+        }
+    };
+    try {
+        publish(p);
+        // Where the test runs: "meta", filled in from the trace; neither is required.
+        auto nam = session();
+        std::optional<SpeedTestServer> server;
+        if (const auto meta = runner.fetch(*nam, QStringLiteral("meta"))) {
+            server = SpeedTestServer::fromMeta(*meta);
+        }
+        if (const auto trace = runner.fetch(*nam, QStringLiteral("cdn-cgi/trace"))) {
+            const SpeedTestServer fromTrace = SpeedTestServer::fromTrace(QString::fromUtf8(*trace));
+            server = server ? server->filled(fromTrace) : fromTrace;
+        }
+        SpeedTestResult result;
+        result.server = server;
+        result.connection = connection;
+        publish(p);
+
+        std::vector<double> pings;
+        std::optional<QString> lastError;
+        for (int i = 1; i <= config_.latencySamples; ++i) {
+            runner.check();
+            const auto outcome = runner.ping(*nam);
+            if (outcome.ms) {
+                pings.push_back(*outcome.ms);
+            } else {
+                lastError = outcome.error;
+            }
+            p.phaseFraction = static_cast<double>(i) / config_.latencySamples;
+            p.idleLatency = SpeedTestMath::median(pings);
+            p.jitter = pings.empty() ? std::nullopt : std::optional(SpeedTestMath::jitter(pings));
+            publish(p);
+        }
+        if (pings.empty()) {
+            throw SpeedTestError{
+                SpeedTestError::Kind::Unreachable, SpeedTestPhase::Latency,
+                lastError.value_or(QStringLiteral("Check your internet connection."))};
+        }
+        nam.reset();
+
+        const PhaseOutcome down = transfer(runner, config_, SpeedTestPhase::Download, p, publish);
+        p.downloadMbps = down.mbps;
+        publish(p);
+        const PhaseOutcome up = transfer(runner, config_, SpeedTestPhase::Upload, p, publish);
+        p.uploadMbps = up.mbps;
+        publish(p);
+
+        result.date = QDateTime::currentDateTimeUtc();
+        result.downloadMbps = down.mbps;
+        result.uploadMbps = up.mbps;
+        result.idleLatency = *SpeedTestMath::median(pings);
+        result.jitter = SpeedTestMath::jitter(pings);
+        result.downloadLatency = down.loadedLatency;
+        result.uploadLatency = up.loadedLatency;
+        result.bytesDownloaded = down.bytes;
+        result.bytesUploaded = up.bytes;
+        return result;
+    } catch (const Cancelled&) {
+        return std::nullopt;
+    }
+}
+
+} // namespace tarvik

@@ -25,6 +25,7 @@ void addCleanCommand(CLI::App& app, CommandResult& result);
 void addSizeCommand(CLI::App& app, CommandResult& result);
 void addExclusionsCommand(CLI::App& app, CommandResult& result);
 void addBrewCommand(CLI::App& app, CommandResult& result);
+void addSpeedTestCommand(CLI::App& app, CommandResult& result);
 
 // The machine summary, as `tarvik status` prints it.
 int printStatus(bool asJson);

@@ -1,4 +1,5 @@
 // Runs the real tarvik executable as a child process in a temporary home.
+#include "tests/support/speed_server.h"
 #include "tests/support/temp_home.h"
 
 #include <QCryptographicHash>
@@ -352,4 +353,30 @@ TEST_F(TarvikCommand, BrewCommandsWorkAgainstAStandInBrew) {
     const Outcome none = tarvik({"brew", "status"}, home_.path() + "/nothing-here");
     EXPECT_EQ(none.exitCode, 1);
     EXPECT_TRUE(none.err.contains("Homebrew isn't installed"));
+}
+
+TEST_F(TarvikCommand, SpeedTestRunsAgainstALocalServerAndKeepsItsHistory) {
+    tarvik::test::ServerThread local;
+    const QString base = QString("http://127.0.0.1:%1").arg(local.port); // no trailing slash
+    const Outcome run = tarvik({"speedtest", "--base-url", base, "--duration", "1", "--json"});
+    ASSERT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QJsonObject r = QJsonDocument::fromJson(run.out.toUtf8()).object();
+    EXPECT_GT(r["downloadMbps"].toDouble(), 0.0);
+    EXPECT_GT(r["uploadMbps"].toDouble(), 0.0);
+    EXPECT_EQ(r["server"].toObject()["colo"].toString(), "FRA");
+    EXPECT_FALSE(r["id"].toString().isEmpty());
+
+    const Outcome history = tarvik({"speedtest", "history", "--json"});
+    ASSERT_EQ(history.exitCode, 0);
+    const QJsonArray kept = QJsonDocument::fromJson(history.out.toUtf8()).array();
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(kept.at(0).toObject()["id"], r["id"]);
+    EXPECT_TRUE(QFile::exists(home_.path() + "/.local/share/Tarvik/speedtests.json"));
+
+    const Outcome refused =
+        tarvik({"speedtest", "--base-url", "http://127.0.0.1:1/", "--duration", "1"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_TRUE(refused.err.contains("Couldn't reach the speed test server. "))
+        << refused.err.toStdString();
+    EXPECT_EQ(tarvik({"speedtest", "--duration", "0"}).exitCode, 2);
 }

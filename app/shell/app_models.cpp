@@ -27,7 +27,19 @@ AppModels::AppModels(const Options& options, QObject* parent)
           (options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)).scannerOptions),
       junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)),
       brewRunner_(options.brewRunner ? options.brewRunner : std::make_shared<BrewRunner>()),
-      brew_(preferences_, brewRunner_), brewUpdates_(preferences_, brewRunner_) {
+      brew_(preferences_, brewRunner_), brewUpdates_(preferences_, brewRunner_),
+      speedTest_(
+          [this] {
+              SpeedTestConfiguration c;
+              const QUrl url(preferences_.value(pref::kSpeedTestBaseURL).toString());
+              if (url.isValid() && !url.scheme().isEmpty()) {
+                  c.baseURL = url; // tests and mirrors point it elsewhere
+              }
+              return c;
+          },
+          SpeedTestHistoryStore(options.timelinePath.isEmpty()
+                                    ? QString()
+                                    : SpeedTestHistoryStore::defaultFilePath())) {
     // A fresh list knows how many packages are outdated as well as the periodic check does.
     connect(&brew_, &BrewModel::changed, this, [this] {
         if (brew_.snapshot() && !brew_.isLoading()) {

@@ -3,6 +3,7 @@
 #include "app/homebrew/brew_model.h"
 #include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
+#include "app/speedtest/speed_test_model.h"
 #include "core/cleanup/free_space_recorder.h"
 #include "core/homebrew/brew_update_checker.h"
 #include "core/monitor/system_monitor_model.h"
@@ -45,6 +46,7 @@ public:
     JunkModel& junk() { return junk_; }
     BrewModel& brew() { return brew_; }
     BrewUpdateChecker& brewUpdates() { return brewUpdates_; }
+    SpeedTestModel& speedTest() { return speedTest_; }
 
 private:
     Preferences preferences_;
@@ -57,6 +59,7 @@ private:
     std::shared_ptr<BrewRunner> brewRunner_;
     BrewModel brew_;
     BrewUpdateChecker brewUpdates_;
+    SpeedTestModel speedTest_;
     std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 

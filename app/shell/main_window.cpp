@@ -10,6 +10,7 @@
 #include "app/shell/section_icons.h"
 #include "app/shell/sidebar_model.h"
 #include "app/shell/unavailable_screen.h"
+#include "app/speedtest/speed_test_screen.h"
 #include "core/platform/qt_text.h"
 #include "core/platform/xdg_paths.h"
 
@@ -138,6 +139,9 @@ QWidget* MainWindow::createScreen(AppSection section) {
         break;
     case AppSection::Homebrew:
         screen = new BrewScreen(models_.brew(), this);
+        break;
+    case AppSection::SpeedTest:
+        screen = new SpeedTestScreen(models_.speedTest(), this);
         break;
     case AppSection::Monitor:
         screen = new MonitorScreen(models_.monitor(), this);

@@ -12,7 +12,7 @@
 namespace tarvik {
 namespace {
 
-constexpr std::array<PreferenceKey, 13> kKeys{{
+constexpr std::array<PreferenceKey, 14> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
     {pref::kOpensWindowAtLaunch,
      PreferenceType::Bool,
@@ -72,6 +72,12 @@ constexpr std::array<PreferenceKey, 13> kKeys{{
      PreferenceType::Bool,
      "true",
      "Show the number of Homebrew updates beside the section.",
+     {},
+     {}},
+    {pref::kSpeedTestBaseURL,
+     PreferenceType::Text,
+     "https://speed.cloudflare.com/",
+     "The speed-test service's address.",
      {},
      {}},
     {pref::kFileRemovalMode,

@@ -39,6 +39,7 @@ inline constexpr std::string_view kJunkRemovalMode = "junkRemovalMode";
 inline constexpr std::string_view kHomebrewCheckInterval = "homebrewCheckInterval";
 inline constexpr std::string_view kHomebrewIncludeGreedy = "homebrewIncludeGreedy";
 inline constexpr std::string_view kHomebrewShowBadge = "homebrewShowBadge";
+inline constexpr std::string_view kSpeedTestBaseURL = "speedTestBaseURL";
 inline constexpr std::string_view kFileRemovalMode = "fileRemovalMode";
 // A list of folders, managed by `tarvik exclusions` and the Settings screen.
 inline constexpr std::string_view kExclusions = "exclusions";

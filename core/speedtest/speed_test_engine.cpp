@@ -94,7 +94,9 @@ public:
         QNetworkReply* reply = nam.get(request(base, QStringLiteral("__down?bytes=0")));
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply, clock, done] {
             const qint64 elapsed = clock->nsecsElapsed();
-            reply->readAll();
+            if (reply->isOpen()) {
+                reply->readAll();
+            }
             PingOutcome out;
             const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
             if (reply->error() == QNetworkReply::OperationCanceledError) {
@@ -194,7 +196,9 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
         }
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply, nam, &monitor, &start] {
             const auto error = reply->error();
-            reply->readAll();
+            if (reply->isOpen()) {
+                reply->readAll();
+            }
             reply->deleteLater();
             if (error == QNetworkReply::OperationCanceledError) {
                 return; // the phase ended
@@ -328,6 +332,7 @@ SpeedTestEngine::run(const std::optional<QString>& connection,
         }
         SpeedTestResult result;
         result.server = server;
+        p.server = server;
         result.connection = connection;
         publish(p);
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/speedtest/speed_test_server.h"
+
 #include <QString>
 #include <QUrl>
 #include <cstdint>
@@ -33,6 +35,7 @@ struct SpeedTestProgress {
     std::optional<double> jitter;
     std::optional<double> downloadMbps;
     std::optional<double> uploadMbps;
+    std::optional<SpeedTestServer> server;
     // One bar across the whole test: ping 10 %, download and upload 45 % each.
     double overallFraction() const;
 };

@@ -56,6 +56,7 @@ TEST(SpeedTestEngine, AWholeTestAgainstALocalServer) {
     }
     EXPECT_GE(downloadTicks, 4); // sampled every 200 ms over 1.2 s
     EXPECT_EQ(seen.back().uploadMbps, result->uploadMbps);
+    EXPECT_EQ(seen.back().server->locationText(), "Frankfurt (FRA)"); // known while it runs
 }
 
 TEST(SpeedTestEngine, UnreachableAndRefusedPingsSayWhy) {

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "core/speedtest/speed_test_engine.h"
+#include "core/speedtest/speed_test_history.h"
+
+#include <QFutureWatcher>
+#include <QObject>
+#include <atomic>
+#include <functional>
+#include <memory>
+
+namespace tarvik {
+
+// The Speed Test screen's state: the test running now with its live progress, the last result
+// or error, and the history.
+class SpeedTestModel : public QObject {
+    Q_OBJECT
+public:
+    // `configuration` is asked at the start of every test, so a changed setting applies.
+    SpeedTestModel(std::function<SpeedTestConfiguration()> configuration,
+                   SpeedTestHistoryStore store, QObject* parent = nullptr);
+    ~SpeedTestModel() override;
+
+    bool isRunning() const { return running_; }
+    const SpeedTestProgress& progress() const { return progress_; }
+    const std::optional<SpeedTestResult>& lastResult() const { return last_; }
+    const QString& error() const { return error_; }
+    const std::vector<SpeedTestResult>& history() const { return history_; }
+    const std::optional<SpeedTestServer>& server() const { return server_; }
+
+public slots:
+    void start(const std::optional<QString>& connection);
+    void cancel();
+    void deleteResult(const QUuid& id);
+    void clearHistory();
+
+signals:
+    void changed();
+    void progressChanged();
+    void finished();
+
+private:
+    void saveHistory();
+
+    std::function<SpeedTestConfiguration()> config_;
+    SpeedTestHistoryStore store_;
+    bool running_ = false;
+    SpeedTestProgress progress_;
+    std::optional<SpeedTestServer> server_;
+    std::optional<SpeedTestResult> last_;
+    QString error_;
+    std::vector<SpeedTestResult> history_;
+    std::shared_ptr<std::atomic<bool>> cancel_;
+    QFutureWatcher<void> watcher_;
+};
+
+} // namespace tarvik

@@ -1,0 +1,45 @@
+#include "app/speedtest/speed_test_model.h"
+#include "app/speedtest/speed_test_screen.h"
+#include "tests/support/speed_server.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+
+TEST(SpeedTestScreen, ATestFillsTheResultAndTheHistoryWhichCanBeTrimmed) {
+    test::ServerThread local;
+    QTemporaryDir dir;
+    SpeedTestConfiguration config;
+    config.baseURL = QUrl(QString("http://127.0.0.1:%1/").arg(local.port));
+    config.latencySamples = 3;
+    config.transferDuration = 1.0;
+    config.warmup = 0.2;
+    config.streams = 2;
+    config.downloadChunk = 2'000'000;
+    config.uploadChunk = 400'000;
+    const QString path = dir.path() + "/Tarvik/speedtests.json";
+    SpeedTestModel model([config] { return config; }, SpeedTestHistoryStore(path));
+    SpeedTestScreen screen(model);
+    model.start(QString("Ethernet"));
+    QElapsedTimer t;
+    t.start();
+    while (model.isRunning() && t.elapsed() < 20000) {
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    ASSERT_FALSE(model.isRunning());
+    ASSERT_TRUE(model.error().isEmpty()) << model.error().toStdString();
+    ASSERT_TRUE(model.lastResult());
+    EXPECT_TRUE(screen.resultText().contains("Variation between pings"));
+    EXPECT_TRUE(screen.resultText().contains("Web &amp; email: ") ||
+                screen.resultText().contains("Web & email: "));
+    EXPECT_EQ(screen.history()->topLevelItemCount(), 1);
+    EXPECT_EQ(SpeedTestHistoryStore(path).load().size(), 1u); // saved as well as shown
+
+    model.deleteResult(model.history().front().id);
+    EXPECT_EQ(screen.history()->topLevelItemCount(), 0);
+    EXPECT_TRUE(SpeedTestHistoryStore(path).load().empty());
+}

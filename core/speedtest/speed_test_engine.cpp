@@ -22,6 +22,8 @@ QNetworkRequest request(const QUrl& base, const QString& path) {
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     r.setTransferTimeout(60'000);
+    // The service answers "meta" only to requests that come from its own page.
+    r.setRawHeader("Referer", base.toString().toUtf8());
     return r;
 }
 

@@ -37,6 +37,10 @@ std::optional<SpeedTestServer> SpeedTestServer::fromMeta(const QByteArray& body)
     const QJsonObject o = doc.object();
     SpeedTestServer s;
     s.colo = text(o, "colo");
+    // Newer answers describe the data centre as an object; its IATA code is the short name.
+    if (!s.colo && o.value(QLatin1String("colo")).isObject()) {
+        s.colo = text(o.value(QLatin1String("colo")).toObject(), "iata");
+    }
     s.city = text(o, "city");
     s.country = text(o, "country");
     s.clientIP = text(o, "clientIp");

@@ -99,7 +99,9 @@ private:
                 }
                 continue;
             }
-            if (path == "/meta") {
+            if (path == "/meta" && !head.contains("\nReferer: ")) {
+                respond(s, 200, {}); // as the real service: nothing without the page's Referer
+            } else if (path == "/meta") {
                 respond(s, 200,
                         R"({"colo": "FRA", "city": "Frankfurt", "asOrganization": "Loopback"})");
             } else if (path == "/cdn-cgi/trace") {

@@ -83,6 +83,8 @@ TEST(SpeedTestServer, MetaTraceMergeAndLocation) {
     EXPECT_EQ(meta->isp, "Example ISP");
     EXPECT_EQ(meta->asn, 64500);
     EXPECT_EQ(meta->locationText(), "Frankfurt (FRA)");
+    EXPECT_EQ(SpeedTestServer::fromMeta(R"({"colo": {"iata": "LHR", "name": "London"}})")->colo,
+              "LHR");
     EXPECT_FALSE(SpeedTestServer::fromMeta("[1, 2]"));
     EXPECT_FALSE(SpeedTestServer::fromMeta("<html>"));
     const SpeedTestServer trace =

@@ -81,7 +81,18 @@ SpeedTestScreen::SpeedTestScreen(SpeedTestModel& model, QWidget* parent)
     rows->addWidget(clear_);
     layout->addLayout(rows);
 
-    connect(start_, &QPushButton::clicked, this, [this] { model_.start(connectionLabel()); });
+    connect(start_, &QPushButton::clicked, this, [this] {
+        const NetworkConnection connection = currentConnection();
+        // One test can move several hundred MB: on a metered line, ask first.
+        if (connection.metered &&
+            QMessageBox::question(this, tr("Speed Test"),
+                                  tr("This connection is metered. A test on a fast line can use "
+                                     "several hundred MB of data. Run it anyway?")) !=
+                QMessageBox::Yes) {
+            return;
+        }
+        model_.start(connection.label);
+    });
     connect(cancel_, &QPushButton::clicked, &model_, &SpeedTestModel::cancel);
     connect(delete_, &QPushButton::clicked, this, [this] {
         if (auto* item = history_->currentItem()) {

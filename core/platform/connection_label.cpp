@@ -2,13 +2,15 @@
 
 #include "core/platform/system_files.h"
 
+#include <QDBusConnection>
+#include <QDBusInterface>
 #include <QRegularExpression>
 #include <QStringList>
 #include <system_error>
 
 namespace tarvik {
 
-std::optional<QString> connectionLabel(const std::filesystem::path& root) {
+std::optional<QString> connectionLabelFromSys(const std::filesystem::path& root) {
     const auto routes = platform::readSmallFile(root, "proc/net/route");
     if (!routes) {
         return std::nullopt;
@@ -42,6 +44,45 @@ std::optional<QString> connectionLabel(const std::filesystem::path& root) {
         return QStringLiteral("Ethernet");
     }
     return QStringLiteral("Other");
+}
+
+NetworkConnection connectionFromNetworkManager(const QString& primaryType, unsigned metered) {
+    NetworkConnection c;
+    // NM_METERED_YES and NM_METERED_GUESS_YES.
+    c.metered = metered == 1 || metered == 3;
+    if (primaryType.isEmpty()) {
+        return c;
+    }
+    bool cellular = false;
+    if (primaryType == QLatin1String("802-3-ethernet")) {
+        c.label = QStringLiteral("Ethernet");
+    } else if (primaryType == QLatin1String("802-11-wireless")) {
+        c.label = QStringLiteral("Wi-Fi");
+    } else if (primaryType == QLatin1String("gsm") || primaryType == QLatin1String("cdma")) {
+        c.label = QStringLiteral("Cellular");
+        cellular = true;
+    } else {
+        c.label = QStringLiteral("Other");
+    }
+    if (c.metered && !cellular) {
+        *c.label += QStringLiteral(" (Personal Hotspot)");
+    }
+    return c;
+}
+
+NetworkConnection currentConnection() {
+    QDBusInterface nm(QStringLiteral("org.freedesktop.NetworkManager"),
+                      QStringLiteral("/org/freedesktop/NetworkManager"),
+                      QStringLiteral("org.freedesktop.NetworkManager"),
+                      QDBusConnection::systemBus());
+    if (nm.isValid()) {
+        const QVariant type = nm.property("PrimaryConnectionType");
+        const QVariant metered = nm.property("Metered");
+        if (type.isValid()) {
+            return connectionFromNetworkManager(type.toString(), metered.toUInt());
+        }
+    }
+    return {connectionLabelFromSys(), false};
 }
 
 } // namespace tarvik

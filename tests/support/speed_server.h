@@ -7,13 +7,27 @@
 #include <QTcpSocket>
 #include <QThread>
 #include <QUrlQuery>
+#include <atomic>
 #include <map>
 
 namespace tarvik::test {
 
 class SpeedServer : public QObject {
 public:
-    bool failPings = false;
+    // Knobs for failures, set before a test starts.
+    std::atomic<bool> failPings = false;
+    std::atomic<bool> stallDownloads = false;  // headers, then never a byte
+    std::atomic<bool> refuseDownloads = false; // hang up without answering
+    std::atomic<qint64> cutDownloadsAfter = 0; // hang up mid-body after this many bytes
+
+    // Connections the server still holds open.
+    int openConnections() {
+        int n = 0;
+        QMetaObject::invokeMethod(
+            this, [this, &n] { n = static_cast<int>(pending_.size()); },
+            Qt::BlockingQueuedConnection);
+        return n;
+    }
 
     quint16 listen() {
         quint16 port = 0;
@@ -25,6 +39,7 @@ public:
                 port = server_->serverPort();
                 connect(server_, &QTcpServer::newConnection, this, [this] {
                     while (QTcpSocket* s = server_->nextPendingConnection()) {
+                        pending_[s];
                         connect(s, &QTcpSocket::readyRead, this, [this, s] { serve(s); });
                         connect(s, &QTcpSocket::bytesWritten, this, [this, s] { pump(s); });
                         connect(s, &QTcpSocket::disconnected, this, [this, s] {
@@ -43,6 +58,7 @@ private:
         QByteArray buffer;
         qint64 uploadLeft = 0;
         qint64 downloadLeft = 0;
+        qint64 sent = 0;
     };
 
     void respond(QTcpSocket* s, int status, const QByteArray& body, const QByteArray& extra = {},
@@ -60,6 +76,11 @@ private:
             const qint64 n = std::min<qint64>(p.downloadLeft, kChunk.size());
             s->write(kChunk.constData(), n);
             p.downloadLeft -= n;
+            p.sent += n;
+            if (cutDownloadsAfter > 0 && p.sent >= cutDownloadsAfter) {
+                s->abort();
+                return;
+            }
         }
     }
 
@@ -112,8 +133,13 @@ private:
                     respond(s, 503, {});
                     continue;
                 }
+                if (bytes > 0 && refuseDownloads) {
+                    s->abort();
+                    return;
+                }
                 respond(s, 200, {}, "Server-Timing: cfRequestDuration;dur=0.5\r\n", bytes);
-                p.downloadLeft = bytes;
+                p.downloadLeft = stallDownloads ? 0 : bytes;
+                p.sent = 0;
                 pump(s);
             } else {
                 respond(s, 404, {});

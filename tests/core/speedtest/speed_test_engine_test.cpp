@@ -99,3 +99,68 @@ TEST(SpeedTestEngine, CancellingEndsTheTestPromptly) {
     EXPECT_FALSE(result);
     EXPECT_LT(clock.elapsed(), 5000);
 }
+
+TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
+    test::ServerThread local;
+    local.server->stallDownloads = true;
+    try {
+        SpeedTestEngine(configFor(local)).run(std::nullopt, {});
+        FAIL() << "expected SpeedTestError";
+    } catch (const SpeedTestError& e) {
+        EXPECT_EQ(e.message(), "The download test didn't transfer any data.");
+    }
+
+    local.server->stallDownloads = false;
+    local.server->refuseDownloads = true;
+    SpeedTestConfiguration c = configFor(local);
+    c.transferDuration = 9; // the early failure comes long before this
+    QElapsedTimer clock;
+    clock.start();
+    try {
+        SpeedTestEngine(c).run(std::nullopt, {});
+        FAIL() << "expected SpeedTestError";
+    } catch (const SpeedTestError& e) {
+        EXPECT_EQ(e.kind, SpeedTestError::Kind::NoData);
+        EXPECT_TRUE(e.message().startsWith("The download test didn't transfer any data. "))
+            << e.message().toStdString(); // with the streams' last error
+    }
+    EXPECT_LT(clock.elapsed(), 8000);
+}
+
+TEST(SpeedTestEngine, AStreamCutMidPhaseRestartsAndThePhaseGoesOn) {
+    test::ServerThread local;
+    local.server->cutDownloadsAfter = 400'000;
+    SpeedTestConfiguration c = configFor(local);
+    c.transferDuration = 2.0;
+    const auto result = SpeedTestEngine(c).run(std::nullopt, {});
+    ASSERT_TRUE(result);
+    // Each stream's request dies after 400 kB; more than that arriving per stream means restarts.
+    EXPECT_GT(result->bytesDownloaded, 2 * 400'000);
+    EXPECT_GT(result->downloadMbps, 0.0);
+}
+
+TEST(SpeedTestEngine, CancellingInAnyPhaseReleasesEveryConnection) {
+    for (SpeedTestPhase phase :
+         {SpeedTestPhase::Latency, SpeedTestPhase::Download, SpeedTestPhase::Upload}) {
+        test::ServerThread local;
+        std::atomic<bool> cancel = false;
+        SpeedTestConfiguration c = configFor(local);
+        c.latencySamples = 50;
+        c.transferDuration = 1.5; // cancelled at the first tick of the phase, long before its end
+        const auto result = SpeedTestEngine(c).run(
+            std::nullopt,
+            [&](const SpeedTestProgress& p) {
+                if (p.phase == phase && p.phaseFraction > 0) {
+                    cancel = true;
+                }
+            },
+            &cancel);
+        EXPECT_FALSE(result) << rawValue(phase).toStdString();
+        QElapsedTimer settle;
+        settle.start();
+        while (local.server->openConnections() > 0 && settle.elapsed() < 3000) {
+            QThread::msleep(50);
+        }
+        EXPECT_EQ(local.server->openConnections(), 0) << rawValue(phase).toStdString();
+    }
+}

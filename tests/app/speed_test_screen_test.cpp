@@ -13,14 +13,7 @@ using namespace tarvik;
 TEST(SpeedTestScreen, ATestFillsTheResultAndTheHistoryWhichCanBeTrimmed) {
     test::ServerThread local;
     QTemporaryDir dir;
-    SpeedTestConfiguration config;
-    config.baseURL = QUrl(QString("http://127.0.0.1:%1/").arg(local.port));
-    config.latencySamples = 3;
-    config.transferDuration = 1.0;
-    config.warmup = 0.2;
-    config.streams = 2;
-    config.downloadChunk = 2'000'000;
-    config.uploadChunk = 400'000;
+    const SpeedTestConfiguration config = local.shortTest();
     const QString path = dir.path() + "/Tarvik/speedtests.json";
     SpeedTestModel model([config] { return config; }, SpeedTestHistoryStore(path));
     SpeedTestScreen screen(model);

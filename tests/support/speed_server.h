@@ -3,6 +3,8 @@
 // A real HTTP server on 127.0.0.1 that speaks the speed-test endpoints ("meta",
 // "cdn-cgi/trace", "__down?bytes=N" with a Server-Timing header, "__up"), on a thread of its
 // own, for the engine's and the command line's tests.
+#include "core/speedtest/speed_test_math.h"
+
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QThread>
@@ -164,6 +166,18 @@ struct ServerThread {
     ~ServerThread() {
         thread.quit();
         thread.wait();
+    }
+    // A test of about three seconds against this server: few pings, short phases, two streams.
+    SpeedTestConfiguration shortTest() const {
+        SpeedTestConfiguration c;
+        c.baseURL = QUrl(QString("http://127.0.0.1:%1/").arg(port));
+        c.latencySamples = 4;
+        c.transferDuration = 1.2;
+        c.warmup = 0.3;
+        c.streams = 2;
+        c.downloadChunk = 3'000'000;
+        c.uploadChunk = 600'000;
+        return c;
     }
 };
 

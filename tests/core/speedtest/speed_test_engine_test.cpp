@@ -7,29 +7,12 @@
 
 using namespace tarvik;
 
-namespace {
-
-SpeedTestConfiguration configFor(const test::ServerThread& local) {
-    SpeedTestConfiguration c;
-    c.baseURL = QUrl(QString("http://127.0.0.1:%1/").arg(local.port));
-    c.latencySamples = 4;
-    c.transferDuration = 1.2;
-    c.warmup = 0.3;
-    c.streams = 2;
-    c.downloadChunk = 3'000'000;
-    c.uploadChunk = 600'000;
-    return c;
-}
-
-} // namespace
-
 TEST(SpeedTestEngine, AWholeTestAgainstALocalServer) {
     test::ServerThread local;
     std::vector<SpeedTestProgress> seen;
     const auto result =
-        SpeedTestEngine(configFor(local)).run(QString("Ethernet"), [&](const SpeedTestProgress& p) {
-            seen.push_back(p);
-        });
+        SpeedTestEngine(local.shortTest())
+            .run(QString("Ethernet"), [&](const SpeedTestProgress& p) { seen.push_back(p); });
     ASSERT_TRUE(result);
     EXPECT_GT(result->downloadMbps, 0.0);
     EXPECT_GT(result->uploadMbps, 0.0);
@@ -61,7 +44,7 @@ TEST(SpeedTestEngine, AWholeTestAgainstALocalServer) {
 
 TEST(SpeedTestEngine, UnreachableAndRefusedPingsSayWhy) {
     test::ServerThread local;
-    SpeedTestConfiguration closed = configFor(local);
+    SpeedTestConfiguration closed = local.shortTest();
     closed.baseURL = QUrl("http://127.0.0.1:1/");
     try {
         SpeedTestEngine(closed).run(std::nullopt, {});
@@ -73,7 +56,7 @@ TEST(SpeedTestEngine, UnreachableAndRefusedPingsSayWhy) {
     }
     local.server->failPings = true;
     try {
-        SpeedTestEngine(configFor(local)).run(std::nullopt, {});
+        SpeedTestEngine(local.shortTest()).run(std::nullopt, {});
         FAIL() << "expected SpeedTestError";
     } catch (const SpeedTestError& e) {
         EXPECT_EQ(e.message(),
@@ -86,7 +69,7 @@ TEST(SpeedTestEngine, CancellingEndsTheTestPromptly) {
     std::atomic<bool> cancel = false;
     QElapsedTimer clock;
     clock.start();
-    SpeedTestConfiguration c = configFor(local);
+    SpeedTestConfiguration c = local.shortTest();
     c.transferDuration = 20; // far longer than the test may take
     const auto result = SpeedTestEngine(c).run(
         std::nullopt,
@@ -104,7 +87,7 @@ TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
     test::ServerThread local;
     local.server->stallDownloads = true;
     try {
-        SpeedTestEngine(configFor(local)).run(std::nullopt, {});
+        SpeedTestEngine(local.shortTest()).run(std::nullopt, {});
         FAIL() << "expected SpeedTestError";
     } catch (const SpeedTestError& e) {
         EXPECT_EQ(e.message(), "The download test didn't transfer any data.");
@@ -112,7 +95,7 @@ TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
 
     local.server->stallDownloads = false;
     local.server->refuseDownloads = true;
-    SpeedTestConfiguration c = configFor(local);
+    SpeedTestConfiguration c = local.shortTest();
     c.transferDuration = 9; // the early failure comes long before this
     QElapsedTimer clock;
     clock.start();
@@ -130,7 +113,7 @@ TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
 TEST(SpeedTestEngine, AStreamCutMidPhaseRestartsAndThePhaseGoesOn) {
     test::ServerThread local;
     local.server->cutDownloadsAfter = 400'000;
-    SpeedTestConfiguration c = configFor(local);
+    SpeedTestConfiguration c = local.shortTest();
     c.transferDuration = 2.0;
     const auto result = SpeedTestEngine(c).run(std::nullopt, {});
     ASSERT_TRUE(result);
@@ -144,7 +127,7 @@ TEST(SpeedTestEngine, CancellingInAnyPhaseReleasesEveryConnection) {
          {SpeedTestPhase::Latency, SpeedTestPhase::Download, SpeedTestPhase::Upload}) {
         test::ServerThread local;
         std::atomic<bool> cancel = false;
-        SpeedTestConfiguration c = configFor(local);
+        SpeedTestConfiguration c = local.shortTest();
         c.latencySamples = 50;
         c.transferDuration = 1.5; // cancelled at the first tick of the phase, long before its end
         const auto result = SpeedTestEngine(c).run(

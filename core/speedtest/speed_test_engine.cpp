@@ -1,5 +1,7 @@
 #include "core/speedtest/speed_test_engine.h"
 
+#include "core/platform/retry_after.h"
+
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -9,6 +11,8 @@
 #include <QNetworkRequest>
 #include <QPointer>
 #include <QTimer>
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -144,6 +148,33 @@ public:
     std::vector<QEventLoop*> loops_;
 };
 
+struct StreamFailure {
+    std::optional<QString> description; // none when the request went well
+    double wait = 0.5;                  // seconds before the stream asks again
+};
+
+StreamFailure streamFailure(QNetworkReply::NetworkError error, int status, const QString& text,
+                            const QByteArray& retryAfter) {
+    if (status == 429) {
+        const auto wait = retryAfter.isNull() ? std::nullopt
+                                              : retryAfterSeconds(QString::fromLatin1(retryAfter),
+                                                                  QDateTime::currentDateTimeUtc());
+        if (wait) {
+            return {QStringLiteral("The server is limiting requests and asked to wait %1 s.")
+                        .arg(std::ceil(*wait)),
+                    *wait};
+        }
+        return {QStringLiteral("The server is limiting requests."), 0.5};
+    }
+    if (status >= 300) {
+        return {QStringLiteral("The server answered HTTP %1.").arg(status), 0.5};
+    }
+    if (error != QNetworkReply::NoError) {
+        return {text, 0.5};
+    }
+    return {};
+}
+
 struct PhaseOutcome {
     double mbps = 0;
     std::optional<double> loadedLatency;
@@ -164,17 +195,27 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
         std::int64_t transferred = 0;
         bool running = true;
         std::optional<QString> lastError;
+        // The service refuses downloads of 100 MB and more; a refused size is halved.
+        std::int64_t downloadChunk = 0;
     } monitor;
+    monitor.downloadChunk = config.downloadChunk;
     const bool download = phase == SpeedTestPhase::Download;
     // One zero-filled body, shared by every upload request of the phase.
     const QByteArray zeros = download ? QByteArray() : QByteArray(config.uploadChunk, '\0');
     std::vector<std::unique_ptr<QNetworkAccessManager>> sessions;
     std::function<void(QNetworkAccessManager*)> start;
+    auto restartLater = [&](QNetworkAccessManager* nam, double seconds) {
+        QTimer::singleShot(static_cast<int>(seconds * 1000), nam, [nam, &monitor, &start] {
+            if (monitor.running) {
+                start(nam);
+            }
+        });
+    };
     start = [&](QNetworkAccessManager* nam) {
         QNetworkReply* reply = nullptr;
         if (download) {
             reply = nam->get(request(config.baseURL,
-                                     QStringLiteral("__down?bytes=%1").arg(config.downloadChunk)));
+                                     QStringLiteral("__down?bytes=%1").arg(monitor.downloadChunk)));
             QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, &monitor] {
                 monitor.transferred += reply->readAll().size(); // counted, never kept
             });
@@ -196,8 +237,10 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
                                  }
                              });
         }
-        QObject::connect(reply, &QNetworkReply::finished, reply, [reply, nam, &monitor, &start] {
+        QObject::connect(reply, &QNetworkReply::finished, reply, [&, reply, nam] {
             const auto error = reply->error();
+            const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            const QByteArray retryAfter = reply->rawHeader("Retry-After");
             if (reply->isOpen()) {
                 reply->readAll();
             }
@@ -205,20 +248,22 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
             if (error == QNetworkReply::OperationCanceledError) {
                 return; // the phase ended
             }
-            if (error != QNetworkReply::NoError) {
-                monitor.lastError = reply->errorString();
+            const StreamFailure failure =
+                streamFailure(error, status, reply->errorString(), retryAfter);
+            if (failure.description) {
+                monitor.lastError = failure.description;
             }
             if (!monitor.running) {
                 return;
             }
-            if (error == QNetworkReply::NoError) {
+            if (status == 403 && download && monitor.downloadChunk > 1'000'000) {
+                monitor.downloadChunk /= 2;
+                start(nam);
+            } else if (!failure.description) {
                 start(nam);
             } else {
-                QTimer::singleShot(500, nam, [nam, &monitor, &start] {
-                    if (monitor.running) {
-                        start(nam);
-                    }
-                });
+                // A rate limit is waited out; a wait past the phase's end never fires.
+                restartLater(nam, failure.wait);
             }
         });
     };

@@ -54,7 +54,7 @@ TEST(SpeedTestEngine, UnreachableAndRefusedPingsSayWhy) {
         EXPECT_TRUE(e.message().startsWith("Couldn't reach the speed test server. "))
             << e.message().toStdString();
     }
-    local.server->failPings = true;
+    local.knobs.failPings = true;
     try {
         SpeedTestEngine(local.shortTest()).run(std::nullopt, {});
         FAIL() << "expected SpeedTestError";
@@ -85,7 +85,7 @@ TEST(SpeedTestEngine, CancellingEndsTheTestPromptly) {
 
 TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
     test::ServerThread local;
-    local.server->stallDownloads = true;
+    local.knobs.stallDownloads = true;
     try {
         SpeedTestEngine(local.shortTest()).run(std::nullopt, {});
         FAIL() << "expected SpeedTestError";
@@ -93,8 +93,8 @@ TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
         EXPECT_EQ(e.message(), "The download test didn't transfer any data.");
     }
 
-    local.server->stallDownloads = false;
-    local.server->refuseDownloads = true;
+    local.knobs.stallDownloads = false;
+    local.knobs.refuseDownloads = true;
     SpeedTestConfiguration c = local.shortTest();
     c.transferDuration = 9; // the early failure comes long before this
     QElapsedTimer clock;
@@ -112,7 +112,7 @@ TEST(SpeedTestEngine, APhaseWithoutDataFailsAndRefusalFailsEarly) {
 
 TEST(SpeedTestEngine, AStreamCutMidPhaseRestartsAndThePhaseGoesOn) {
     test::ServerThread local;
-    local.server->cutDownloadsAfter = 400'000;
+    local.knobs.cutDownloadsAfter = 400'000;
     SpeedTestConfiguration c = local.shortTest();
     c.transferDuration = 2.0;
     const auto result = SpeedTestEngine(c).run(std::nullopt, {});
@@ -141,9 +141,61 @@ TEST(SpeedTestEngine, CancellingInAnyPhaseReleasesEveryConnection) {
         EXPECT_FALSE(result) << rawValue(phase).toStdString();
         QElapsedTimer settle;
         settle.start();
-        while (local.server->openConnections() > 0 && settle.elapsed() < 3000) {
+        while (local.openConnections() > 0 && settle.elapsed() < 3000) {
             QThread::msleep(50);
         }
-        EXPECT_EQ(local.server->openConnections(), 0) << rawValue(phase).toStdString();
+        EXPECT_EQ(local.openConnections(), 0) << rawValue(phase).toStdString();
     }
+}
+
+TEST(SpeedTestEngine, SurvivesTheServiceNewerAnswers) {
+    test::ServerThread local;
+    // Several Server-Timing metrics: the first "dur" is the server's time, taken off each ping.
+    local.knobs.severalTimingMetrics = true;
+    local.knobs.serverMilliseconds = 5000;
+    local.knobs.coloAsObject = true;
+    SpeedTestConfiguration c = local.shortTest();
+    // 100 MB downloads are refused with 403; the streams fall back to smaller requests.
+    c.downloadChunk = 200'000'000;
+    c.transferDuration = 1.5;
+    const auto result = SpeedTestEngine(c).run(std::nullopt, {});
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->idleLatency, 0.1); // 5 s of server time taken off a sub-millisecond ping
+    EXPECT_GT(result->bytesDownloaded, 0);
+    ASSERT_TRUE(result->server);
+    EXPECT_EQ(result->server->colo, "FRA");
+}
+
+TEST(SpeedTestEngine, ARateLimitIsWaitedOutAndNamed) {
+    test::ServerThread local;
+    local.knobs.rateLimitTransfers = 1'000'000;
+    local.knobs.retryAfterSeconds = 1;
+    SpeedTestConfiguration c = local.shortTest();
+    c.transferDuration = 2.2;
+    try {
+        SpeedTestEngine(c).run(std::nullopt, {});
+        FAIL() << "expected SpeedTestError";
+    } catch (const SpeedTestError& e) {
+        EXPECT_EQ(e.message(), "The download test didn't transfer any data. The server is "
+                               "limiting requests and asked to wait 1 s.");
+    }
+    // Two streams asking once a second for 2.2 s; at the 0.5 s retry pace it would be about 10.
+    EXPECT_LE(local.server->transferRequests(), 6);
+
+    // Once the limit lifts, the same test goes through.
+    local.knobs.rateLimitTransfers = 2;
+    local.knobs.retryAfterSeconds = 0;
+    EXPECT_TRUE(SpeedTestEngine(local.shortTest()).run(std::nullopt, {}));
+}
+
+TEST(SpeedTestEngine, SlowAnswersAreMeasuredNotFailed) {
+    test::ServerThread local;
+    local.knobs.answerDelayMs = 150;
+    SpeedTestConfiguration c = local.shortTest();
+    c.transferDuration = 1.5;
+    const auto result = SpeedTestEngine(c).run(std::nullopt, {});
+    ASSERT_TRUE(result);
+    EXPECT_GE(result->idleLatency, 150.0);
+    EXPECT_GT(result->downloadMbps, 0.0);
+    EXPECT_GT(result->uploadMbps, 0.0);
 }

@@ -1,0 +1,71 @@
+#pragma once
+
+// A small HTTP server that speaks the speed-test service's endpoints ("meta", "cdn-cgi/trace",
+// "__down?bytes=N" with a Server-Timing header, "__up"), with switches for the ways the real
+// service misbehaves or has changed. The tests run it on 127.0.0.1; the shaped-link benchmark
+// runs it as a program of its own in a network namespace.
+#include <QByteArray>
+#include <QHostAddress>
+#include <QObject>
+#include <atomic>
+#include <map>
+
+class QTcpServer;
+class QTcpSocket;
+
+namespace tarvik::tools {
+
+struct SpeedServerKnobs {
+    std::atomic<bool> failPings = false;       // pings answer 503
+    std::atomic<bool> stallDownloads = false;  // headers, then never a byte
+    std::atomic<bool> refuseDownloads = false; // hang up without answering
+    std::atomic<qint64> cutDownloadsAfter = 0; // hang up mid-body after this many bytes
+    std::atomic<int> answerDelayMs = 0;        // every answer waits this long
+    // Downloads of this many bytes or more are refused with 403, as the service does for
+    // anonymous requests; 0 refuses none.
+    std::atomic<qint64> forbidDownloadsFrom = 100'000'000;
+    std::atomic<int> rateLimitTransfers = 0; // the next N transfers are answered with 429
+    std::atomic<int> retryAfterSeconds = -1; // sent with each 429; negative sends none
+    // The newer header with several metrics ("cfL4;desc=…, cfSpeedEdge;dur=…, cfSpeedWorker;
+    // dur=…") instead of a single "cfRequestDuration;dur=…".
+    std::atomic<bool> severalTimingMetrics = false;
+    std::atomic<int> serverMilliseconds = 0; // the processing time Server-Timing reports
+    std::atomic<bool> coloAsObject = false;  // newer "meta": colo as {"iata": …}
+};
+
+class SpeedServer : public QObject {
+public:
+    SpeedServerKnobs knobs;
+
+    // Starts listening; 0 picks a free port. Returns the port, or 0 when it can't listen.
+    quint16 listen(const QHostAddress& address, quint16 port = 0);
+    int openConnections() const { return static_cast<int>(connections_.size()); }
+    // Requests for a transfer ("__down" with bytes, "__up") answered so far, 429s included.
+    qint64 transferRequests() const { return transferRequests_; }
+
+private:
+    struct Connection {
+        QByteArray buffer;
+        qint64 uploadLeft = 0;
+        qint64 downloadLeft = 0;
+        qint64 sent = 0;
+        bool waiting = false;   // a slow answer is on its way; later requests queue behind it
+        int uploadStatus = 200; // answered once the whole upload body is in
+        QByteArray uploadHeaders;
+    };
+
+    void accept();
+    void serve(QTcpSocket* socket);
+    void serveBuffered(QTcpSocket* socket);
+    void answer(QTcpSocket* socket, const QByteArray& head);
+    void pump(QTcpSocket* socket);
+    // Counts a transfer request; true (with the headers to send) when it gets a 429.
+    bool rateLimited(QByteArray& headers);
+    void finishUpload(QTcpSocket* socket, Connection& connection);
+
+    QTcpServer* server_ = nullptr;
+    std::map<QTcpSocket*, Connection> connections_;
+    std::atomic<qint64> transferRequests_ = 0;
+};
+
+} // namespace tarvik::tools

@@ -80,6 +80,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     addExclusionsCommand(app, result);
     addBrewCommand(app, result);
     addSpeedTestCommand(app, result);
+    addProcessCommands(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

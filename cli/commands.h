@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/monitor/system_health.h"
+
 #include <CLI/CLI.hpp>
 #include <functional>
 
@@ -8,7 +10,8 @@ namespace tarvik::cli {
 // Exit codes shared by every command.
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitFailed = 1;
-inline constexpr int kExitUsage = 2; // bad input: an unknown key, a bad value, a wrong argument
+inline constexpr int kExitUsage = 2;   // bad input: an unknown key, a bad value, a wrong argument
+inline constexpr int kExitRefused = 3; // the request was understood and declined on purpose
 
 // The chosen command's work, set by its parser callback and run once the Qt application
 // object exists.
@@ -26,6 +29,10 @@ void addSizeCommand(CLI::App& app, CommandResult& result);
 void addExclusionsCommand(CLI::App& app, CommandResult& result);
 void addBrewCommand(CLI::App& app, CommandResult& result);
 void addSpeedTestCommand(CLI::App& app, CommandResult& result);
+void addProcessCommands(CLI::App& app, CommandResult& result);
+
+// The health issues one sample shows (no CPU history), for the summary.
+std::vector<HealthIssue> quickHealthIssues();
 
 // The machine summary, as `tarvik status` prints it.
 int printStatus(bool asJson);

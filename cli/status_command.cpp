@@ -6,6 +6,7 @@
 #include "core/platform/xdg_paths.h"
 #include "core/shell/preferences.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <memory>
 
@@ -21,9 +22,15 @@ int printStatus(bool asJson) {
             junk += r.totalSize;
         }
     }
+    const std::vector<HealthIssue> health = quickHealthIssues();
     if (asJson) {
         QJsonObject o = toJson(summary);
         o[QStringLiteral("junkBytes")] = static_cast<double>(junk);
+        QJsonArray ids;
+        for (const auto& issue : health) {
+            ids.append(issue.id);
+        }
+        o[QStringLiteral("healthIssues")] = ids;
         printJson(QJsonDocument(o));
         return kExitOk;
     }
@@ -34,6 +41,14 @@ int printStatus(bool asJson) {
     rows.emplace_back(
         QStringLiteral("Junk"),
         QStringLiteral("%1 can be cleaned (tarvik junk)").arg(PathDisplay::bytes(junk)));
+    QStringList titles;
+    for (const auto& issue : health) {
+        titles << issue.title;
+    }
+    rows.emplace_back(QStringLiteral("Health"),
+                      titles.isEmpty()
+                          ? QStringLiteral("Nothing needs your attention")
+                          : titles.join(QStringLiteral("; ")) + QStringLiteral(" (tarvik health)"));
     printRows(rows);
     return kExitOk;
 }

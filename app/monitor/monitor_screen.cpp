@@ -1,5 +1,7 @@
 #include "app/monitor/monitor_screen.h"
 
+#include "app/monitor/health_issues_view.h"
+#include "app/monitor/process_panel.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/monitor/metric_format.h"
@@ -12,6 +14,7 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -36,30 +39,41 @@ QString bytes(std::uint64_t n) {
 
 } // namespace
 
-MonitorScreen::MonitorScreen(SystemMonitorModel& model, QWidget* parent)
-    : QWidget(parent), model_(model) {
+MonitorScreen::MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QWidget* parent)
+    : QWidget(parent), model_(model), navigator_(navigator) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(new ScreenHeader(QStringLiteral("System Monitor"),
                                        sectionSubtitle(AppSection::Monitor), this));
+    health_ = new HealthIssuesView(this);
+    health_->setObjectName(QStringLiteral("monitorHealth"));
+    layout->addWidget(health_);
+    connect(health_, &HealthIssuesView::remedyRequested, this,
+            [this](HealthIssue::Remedy remedy) { applyRemedy(remedy, model_, navigator_, this); });
     grid_ = new QGridLayout();
     grid_->setHorizontalSpacing(12);
     grid_->setVerticalSpacing(12);
     layout->addLayout(grid_);
 
-    addTile(QStringLiteral("cpu"), tr("CPU"), 0, 0, false);
-    addTile(QStringLiteral("memory"), tr("Memory"), 0, 1, false);
-    addTile(QStringLiteral("network"), tr("Network"), 1, 0, true);
-    addTile(QStringLiteral("disk"), tr("Disk"), 1, 1, true);
-    addTile(QStringLiteral("gpu"), tr("GPU"), 2, 0, false);
-    addTile(QStringLiteral("battery"), tr("Battery"), 2, 1, false);
-    addTile(QStringLiteral("load"), tr("Load average"), 3, 0, true);
-    addTile(QStringLiteral("uptime"), tr("Uptime"), 3, 1, false);
+    addTile(QStringLiteral("cpu"), tr("CPU"), 0, 0, Metric::CPU, false);
+    addTile(QStringLiteral("memory"), tr("Memory"), 0, 1, Metric::Memory, false);
+    addTile(QStringLiteral("network"), tr("Network"), 1, 0, Metric::NetworkIn, true);
+    addTile(QStringLiteral("disk"), tr("Disk"), 1, 1, Metric::DiskRead, true);
+    addTile(QStringLiteral("gpu"), tr("GPU"), 2, 0, Metric::GPU, false);
+    addTile(QStringLiteral("battery"), tr("Battery"), 2, 1, Metric::Battery, false);
+    addTile(QStringLiteral("load"), tr("Load average"), 3, 0, Metric::Load, true);
+    addTile(QStringLiteral("uptime"), tr("Uptime"), 3, 1, std::nullopt, false);
     tiles_[QStringLiteral("uptime")].chart->hide();
 
     coresBox_ = new QGroupBox(tr("CPU cores"), this);
     cores_ = new QGridLayout(coresBox_);
     layout->addWidget(coresBox_);
+
+    auto* processBox = new QGroupBox(tr("Processes"), this);
+    auto* processLayout = new QVBoxLayout(processBox);
+    processes_ = new ProcessPanel(model_, processBox);
+    processLayout->addWidget(processes_);
+    layout->addWidget(processBox);
 
     auto* actions = new QHBoxLayout();
     actions->addStretch(1);
@@ -70,26 +84,20 @@ MonitorScreen::MonitorScreen(SystemMonitorModel& model, QWidget* parent)
     layout->addLayout(actions);
     layout->addStretch(1);
 
-    connect(&model_, &SystemMonitorModel::readingChanged, this, [this] {
-        const auto& r = model_.latest();
-        if (r) {
-            auto& cpu = tiles_[QStringLiteral("cpu")];
-            cpu.history.add(r->cpu ? r->cpu->total() : 0.0);
-            tiles_[QStringLiteral("memory")].history.add(r->memory ? r->memory->usedFraction()
-                                                                   : 0.0);
-            if (r->network) {
-                tiles_[QStringLiteral("network")].history.add(r->network->firstPerSecond);
-                tiles_[QStringLiteral("network")].second.add(r->network->secondPerSecond);
+    connect(&model_, &SystemMonitorModel::readingChanged, this, &MonitorScreen::render);
+    auto showHealth = [this] {
+        health_->setIssues(model_.latest() ? std::optional(model_.healthIssues()) : std::nullopt);
+    };
+    connect(&model_, &SystemMonitorModel::healthChanged, this, showHealth);
+    showHealth();
+    // A remedy that orders the processes brings the table into view.
+    connect(&model_, &SystemMonitorModel::processSortChanged, this, [this] {
+        for (QWidget* w = parentWidget(); w != nullptr; w = w->parentWidget()) {
+            if (auto* scroll = qobject_cast<QScrollArea*>(w)) {
+                scroll->ensureWidgetVisible(processes_);
+                break;
             }
-            if (r->disk) {
-                tiles_[QStringLiteral("disk")].history.add(r->disk->firstPerSecond);
-                tiles_[QStringLiteral("disk")].second.add(r->disk->secondPerSecond);
-            }
-            tiles_[QStringLiteral("gpu")].history.add(r->gpu.value_or(0.0));
-            tiles_[QStringLiteral("battery")].history.add(r->battery ? r->battery->charge : 0.0);
-            tiles_[QStringLiteral("load")].history.add(r->loadAverage ? r->loadAverage->one : 0.0);
         }
-        render();
     });
     connect(&model_, &SystemMonitorModel::sessionTotalsChanged, this, &MonitorScreen::render);
     render();
@@ -102,7 +110,7 @@ MonitorScreen::~MonitorScreen() {
 }
 
 MonitorScreen::Tile& MonitorScreen::addTile(const QString& name, const QString& title, int row,
-                                            int column, bool rates) {
+                                            int column, std::optional<Metric> metric, bool rates) {
     auto* frame = new QFrame(this);
     frame->setObjectName(QStringLiteral("tile_") + name);
     frame->setFrameShape(QFrame::StyledPanel);
@@ -110,6 +118,7 @@ MonitorScreen::Tile& MonitorScreen::addTile(const QString& name, const QString& 
     auto* heading = new QLabel(title, frame);
     heading->setForegroundRole(QPalette::PlaceholderText);
     Tile& tile = tiles_[name];
+    tile.metric = metric;
     tile.value = new QLabel(QStringLiteral("—"), frame);
     QFont big = tile.value->font();
     big.setPointSizeF(big.pointSizeF() * 1.5);
@@ -161,7 +170,9 @@ void MonitorScreen::render() {
         Tile& t = tiles_[name];
         t.value->setText(value);
         t.detail->setText(detail);
-        t.chart->setValues(t.history.values());
+        if (t.metric) {
+            t.chart->setValues(model_.history(*t.metric).values());
+        }
     };
     if (!reading) {
         set(QStringLiteral("cpu"), QStringLiteral("—"), tr("Measuring…"));

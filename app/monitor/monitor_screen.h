@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/monitor/sparkline.h"
+#include "core/monitor/system_monitor_model.h"
 
 #include <QWidget>
 #include <map>
@@ -13,20 +14,24 @@ class QPushButton;
 
 namespace tarvik {
 
-class SystemMonitorModel;
+class HealthIssuesView;
+class Navigator;
+class ProcessPanel;
 
-// The live readings: CPU (total and per core), memory, network and disk with session totals,
-// GPU, battery, load average and uptime, each with a short history.
+// The health issues, then the live readings: CPU (total and per core), memory, network and
+// disk with session totals, GPU, battery, load average and uptime, each with a short history;
+// then the process table.
 class MonitorScreen : public QWidget {
     Q_OBJECT
 public:
-    explicit MonitorScreen(SystemMonitorModel& model, QWidget* parent = nullptr);
+    MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QWidget* parent = nullptr);
     ~MonitorScreen() override;
 
     // The figure and detail of a tile, by its name ("cpu", "memory", …), for tests and
     // accessibility.
     QString tileValue(const QString& name) const;
     QString tileDetail(const QString& name) const;
+    ProcessPanel& processes() { return *processes_; }
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -37,14 +42,17 @@ private:
         QLabel* value = nullptr;
         QLabel* detail = nullptr;
         Sparkline* chart = nullptr;
-        History history;
-        History second; // the other direction for network and disk
+        std::optional<Metric> metric; // the model's history the chart draws
     };
-    Tile& addTile(const QString& name, const QString& title, int row, int column, bool rates);
+    Tile& addTile(const QString& name, const QString& title, int row, int column,
+                  std::optional<Metric> metric, bool rates);
     void render();
     void renderCores();
 
     SystemMonitorModel& model_;
+    Navigator& navigator_;
+    HealthIssuesView* health_ = nullptr;
+    ProcessPanel* processes_ = nullptr;
     QGridLayout* grid_ = nullptr;
     std::map<QString, Tile> tiles_;
     QWidget* coresBox_ = nullptr;

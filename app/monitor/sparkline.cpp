@@ -11,8 +11,8 @@ Sparkline::Sparkline(QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-void Sparkline::setValues(const std::deque<double>& values) {
-    values_ = values;
+void Sparkline::setValues(std::vector<double> values) {
+    values_ = std::move(values);
     update();
 }
 

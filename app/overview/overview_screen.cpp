@@ -1,9 +1,11 @@
 #include "app/overview/overview_screen.h"
 
+#include "app/monitor/health_issues_view.h"
 #include "app/overview/overview_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/cleanup/path_display.h"
+#include "core/monitor/system_monitor_model.h"
 #include "core/shell/navigator.h"
 
 #include <QFormLayout>
@@ -15,8 +17,9 @@
 
 namespace tarvik {
 
-OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator, QWidget* parent)
-    : QWidget(parent), model_(model), navigator_(navigator) {
+OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
+                               SystemMonitorModel& monitor, QWidget* parent)
+    : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(new ScreenHeader(QStringLiteral("Smart Scan"),
@@ -27,6 +30,22 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator, QWidg
     rows_->setLabelAlignment(Qt::AlignLeft);
     rows_->setHorizontalSpacing(24);
     layout->addWidget(box);
+
+    auto* healthBox = new QGroupBox(tr("Health"), this);
+    auto* healthLayout = new QVBoxLayout(healthBox);
+    health_ = new HealthIssuesView(healthBox);
+    health_->setObjectName(QStringLiteral("overviewHealth"));
+    healthLayout->addWidget(health_);
+    layout->addWidget(healthBox);
+    auto showHealth = [this] {
+        health_->setIssues(monitor_.latest() ? std::optional(monitor_.healthIssues())
+                                             : std::nullopt);
+    };
+    connect(&monitor_, &SystemMonitorModel::healthChanged, this, showHealth);
+    connect(health_, &HealthIssuesView::remedyRequested, this, [this](HealthIssue::Remedy remedy) {
+        applyRemedy(remedy, monitor_, navigator_, this);
+    });
+    showHealth();
 
     auto* junkBox = new QGroupBox(tr("System Junk"), this);
     auto* junkRow = new QHBoxLayout(junkBox);
@@ -59,8 +78,26 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator, QWidg
     render();
 }
 
+OverviewScreen::~OverviewScreen() {
+    if (holding_) {
+        monitor_.release(MonitorClient::Window);
+    }
+}
+
+void OverviewScreen::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (holding_) {
+        holding_ = false;
+        monitor_.release(MonitorClient::Window);
+    }
+}
+
 void OverviewScreen::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
+    if (!holding_) {
+        holding_ = true;
+        monitor_.acquire(MonitorClient::Window);
+    }
     if (!model_.hasSummary()) {
         model_.refresh();
     }

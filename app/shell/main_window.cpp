@@ -132,7 +132,8 @@ QWidget* MainWindow::createScreen(AppSection section) {
     QWidget* screen = nullptr;
     switch (section) {
     case AppSection::Overview:
-        screen = new OverviewScreen(models_.overview(), models_.navigator(), this);
+        screen =
+            new OverviewScreen(models_.overview(), models_.navigator(), models_.monitor(), this);
         break;
     case AppSection::SystemJunk:
         screen = new JunkScreen(models_.junk(), xdg::home(), this);
@@ -144,7 +145,7 @@ QWidget* MainWindow::createScreen(AppSection section) {
         screen = new SpeedTestScreen(models_.speedTest(), this);
         break;
     case AppSection::Monitor:
-        screen = new MonitorScreen(models_.monitor(), this);
+        screen = new MonitorScreen(models_.monitor(), models_.navigator(), this);
         break;
     case AppSection::Settings:
         screen = new SettingsScreen(models_.preferences(), models_.loginItem(), this);

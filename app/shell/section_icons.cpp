@@ -31,6 +31,14 @@ QStringList themeIconNames(std::string_view symbol) {
         {"square.grid.3x3.fill", {"view-app-grid-symbolic", "view-grid-symbolic", "view-grid"}},
         {"cup.and.heat.waves", {"weather-clear-night-symbolic", "weather-clear-night"}},
         {"slider.horizontal.3", {"preferences-system-symbolic", "preferences-system"}},
+        // Health issues.
+        {"memorychip", {"media-flash-symbolic", "media-flash", "dialog-warning"}},
+        {"arrow.left.arrow.right", {"media-playlist-repeat-symbolic", "view-refresh"}},
+        {"thermometer.high", {"weather-clear-symbolic", "dialog-warning-symbolic"}},
+        {"internaldrive", {"drive-harddisk-symbolic", "drive-harddisk"}},
+        {"battery.25", {"battery-caution-symbolic", "battery-caution"}},
+        {"battery.0", {"battery-empty-symbolic", "battery-empty"}},
+        {"arrow.clockwise", {"system-reboot-symbolic", "system-reboot"}},
     };
     const auto it = kNames.find(symbol);
     return it == kNames.end() ? QStringList{} : it->second;
@@ -60,14 +68,18 @@ QIcon drawnBadge(const QString& letter) {
 
 } // namespace
 
-QIcon sectionIcon(AppSection section) {
-    const SectionInfo& s = info(section);
-    for (const QString& name : themeIconNames(s.symbol)) {
+QIcon symbolIcon(std::string_view symbol, const QString& badge) {
+    for (const QString& name : themeIconNames(symbol)) {
         if (QIcon::hasThemeIcon(name)) {
             return QIcon::fromTheme(name);
         }
     }
-    return drawnBadge(QString::fromUtf8(s.title.data(), 1));
+    return drawnBadge(badge.left(1));
+}
+
+QIcon sectionIcon(AppSection section) {
+    const SectionInfo& s = info(section);
+    return symbolIcon(s.symbol, QString::fromUtf8(s.title.data(), 1));
 }
 
 QIcon appIcon() {

@@ -12,6 +12,8 @@ QStringList themeIconNames(std::string_view symbol);
 // The section's icon from the desktop's theme (or Adwaita); when no theme has one, a drawn
 // badge with the section's initial, so every theme shows an icon.
 QIcon sectionIcon(AppSection section);
+// The theme's icon for a symbol name, or a drawn badge with the first letter of `badge`.
+QIcon symbolIcon(std::string_view symbol, const QString& badge);
 // The application's own icon.
 QIcon appIcon();
 

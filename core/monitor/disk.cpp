@@ -5,6 +5,7 @@
 #include <array>
 #include <cctype>
 #include <charconv>
+#include <sys/statvfs.h>
 #include <system_error>
 
 namespace tarvik {
@@ -91,6 +92,15 @@ std::optional<DiskIOCounters> readDiskCounters(const std::filesystem::path& root
 DiskIOCounters diskDelta(const DiskIOCounters& before, const DiskIOCounters& now) {
     return {now.read >= before.read ? now.read - before.read : 0,
             now.written >= before.written ? now.written - before.written : 0};
+}
+
+std::optional<DiskUsage> readDiskUsage(const std::filesystem::path& path) {
+    struct statvfs s {};
+    if (statvfs(path.c_str(), &s) != 0) {
+        return std::nullopt;
+    }
+    return DiskUsage{static_cast<std::int64_t>(s.f_blocks * s.f_frsize),
+                     static_cast<std::int64_t>(s.f_bavail * s.f_frsize)};
 }
 
 } // namespace tarvik

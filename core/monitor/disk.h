@@ -30,4 +30,12 @@ bool looksLikePartition(std::string_view name);
 // Counters only grow; one that went back (a drive removed) gives 0, not a huge number.
 DiskIOCounters diskDelta(const DiskIOCounters& before, const DiskIOCounters& now);
 
+// A file system's size and free space.
+struct DiskUsage {
+    std::int64_t total = 0;
+    std::int64_t free = 0; // what an ordinary user may still write
+};
+// The file system holding `path` (statvfs); empty when it can't be read.
+std::optional<DiskUsage> readDiskUsage(const std::filesystem::path& path);
+
 } // namespace tarvik

@@ -1,11 +1,11 @@
 #include "core/monitor/machine_summary.h"
 
+#include "core/monitor/disk.h"
 #include "core/platform/meminfo.h"
 #include "core/platform/qt_text.h"
 #include "core/platform/system_files.h"
 
 #include <charconv>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace tarvik {
@@ -88,11 +88,11 @@ MachineSummary readMachineSummary(const MachineSummaryOptions& options) {
         s.swapFree = m.swapFree;
     }
     s.homePath = options.homePath;
-    struct statvfs fs {};
-    if (!options.homePath.isEmpty() &&
-        ::statvfs(options.homePath.toLocal8Bit().constData(), &fs) == 0) {
-        s.homeDiskTotal = static_cast<std::uint64_t>(fs.f_blocks) * fs.f_frsize;
-        s.homeDiskFree = static_cast<std::uint64_t>(fs.f_bavail) * fs.f_frsize;
+    if (!options.homePath.isEmpty()) {
+        if (const auto usage = readDiskUsage(options.homePath.toStdString())) {
+            s.homeDiskTotal = static_cast<std::uint64_t>(usage->total);
+            s.homeDiskFree = static_cast<std::uint64_t>(usage->free);
+        }
     }
     return s;
 }

@@ -18,11 +18,91 @@ double samplingInterval(double clampedInterval, bool onlyMenuBarLabel) {
     return onlyMenuBarLabel && clampedInterval <= 5.0 ? 5.0 : clampedInterval;
 }
 
+QString title(ProcessSort sort) {
+    switch (sort) {
+    case ProcessSort::CPU:
+        return QStringLiteral("CPU");
+    case ProcessSort::Memory:
+        return QStringLiteral("Memory");
+    case ProcessSort::Name:
+        return QStringLiteral("Name");
+    case ProcessSort::PID:
+        return QStringLiteral("Process ID");
+    }
+    return {};
+}
+
+std::optional<ProcessSort> processSortFromKey(std::string_view key) {
+    if (key == "cpu") {
+        return ProcessSort::CPU;
+    }
+    if (key == "memory") {
+        return ProcessSort::Memory;
+    }
+    if (key == "name") {
+        return ProcessSort::Name;
+    }
+    if (key == "pid") {
+        return ProcessSort::PID;
+    }
+    return std::nullopt;
+}
+
+void sortProcesses(std::vector<ProcessUsage>& processes, ProcessSort sort) {
+    const auto byName = [](const ProcessUsage& a, const ProcessUsage& b) {
+        const int c = QString::compare(QString::fromStdString(a.name),
+                                       QString::fromStdString(b.name), Qt::CaseInsensitive);
+        return c != 0 ? c < 0 : a.pid < b.pid;
+    };
+    std::sort(processes.begin(), processes.end(),
+              [sort, &byName](const ProcessUsage& a, const ProcessUsage& b) {
+                  switch (sort) {
+                  case ProcessSort::CPU:
+                      if (a.cpuPercent != b.cpuPercent) {
+                          return a.cpuPercent > b.cpuPercent;
+                      }
+                      break;
+                  case ProcessSort::Memory:
+                      if (a.memory != b.memory) {
+                          return a.memory > b.memory;
+                      }
+                      break;
+                  case ProcessSort::Name:
+                      return byName(a, b);
+                  case ProcessSort::PID:
+                      break;
+                  }
+                  return a.pid < b.pid;
+              });
+}
+
+std::uint64_t totalProcessMemory(const std::vector<ProcessUsage>& processes) {
+    std::uint64_t sum = 0;
+    for (const auto& p : processes) {
+        sum += p.memory;
+    }
+    return sum;
+}
+
+namespace {
+
+// About a minute of CPU at the default 2 s: the health check's "for a while". The charts keep
+// three minutes.
+constexpr std::size_t kCPUPoints = 30;
+constexpr std::size_t kChartPoints = 90;
+
+} // namespace
+
 SystemMonitorModel::SystemMonitorModel(Preferences& preferences, SamplerOptions options,
                                        QObject* parent)
     : QObject(parent), prefs_(preferences),
       sampler_(std::make_unique<SystemSampler>(std::move(options))),
       topology_(sampler_->topology()) {
+    for (Metric m :
+         {Metric::CPU, Metric::Memory, Metric::NetworkIn, Metric::NetworkOut, Metric::DiskRead,
+          Metric::DiskWrite, Metric::GPU, Metric::Battery, Metric::Load}) {
+        histories_.emplace(m, MetricHistory(m == Metric::CPU ? kCPUPoints : kChartPoints));
+    }
     pool_.setMaxThreadCount(1);
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &SystemMonitorModel::sampleNow);
@@ -112,7 +192,7 @@ void SystemMonitorModel::sampleNow() {
         if (resetRequested_.exchange(false)) {
             sampler_->resetBaselines();
         }
-        return sampler_->sample();
+        return sampler_->sample(processHolders_ > 0);
     }));
 }
 
@@ -125,9 +205,62 @@ void SystemMonitorModel::apply(SystemReading reading) {
         totals_.read += reading.disk->firstBytes;
         totals_.written += reading.disk->secondBytes;
     }
+    auto add = [this, &reading](Metric m, double value) {
+        histories_.at(m).add({reading.date, value});
+    };
+    if (reading.cpu) {
+        add(Metric::CPU, reading.cpu->total());
+    }
+    add(Metric::Memory, reading.memory ? reading.memory->usedFraction() : 0.0);
+    if (reading.network) {
+        add(Metric::NetworkIn, reading.network->firstPerSecond);
+        add(Metric::NetworkOut, reading.network->secondPerSecond);
+    }
+    if (reading.disk) {
+        add(Metric::DiskRead, reading.disk->firstPerSecond);
+        add(Metric::DiskWrite, reading.disk->secondPerSecond);
+    }
+    add(Metric::GPU, reading.gpu.value_or(0.0));
+    add(Metric::Battery, reading.battery ? reading.battery->charge : 0.0);
+    add(Metric::Load, reading.loadAverage ? reading.loadAverage->one : 0.0);
+
+    const bool withProcesses = reading.processes.has_value();
+    if (withProcesses) {
+        processes_ = std::move(*reading.processes);
+        reading.processes.reset();
+    }
+    const HealthInput input = healthInput(reading, histories_.at(Metric::CPU).values(),
+                                          withProcesses ? &processes_ : nullptr);
+    health_ = SystemHealth::assess(input);
+
     latest_ = std::move(reading);
     emit readingChanged();
     emit sessionTotalsChanged();
+    emit healthChanged();
+    if (withProcesses) {
+        emit processesChanged();
+    }
+}
+
+const MetricHistory& SystemMonitorModel::history(Metric metric) const {
+    return histories_.at(metric);
+}
+
+void SystemMonitorModel::acquireProcesses() {
+    ++processHolders_;
+}
+
+void SystemMonitorModel::releaseProcesses() {
+    if (processHolders_ > 0) {
+        --processHolders_;
+    }
+}
+
+void SystemMonitorModel::setProcessSort(ProcessSort sort) {
+    if (sort != processSort_) {
+        processSort_ = sort;
+        emit processSortChanged(sort);
+    }
 }
 
 void SystemMonitorModel::resetSessionTotals() {

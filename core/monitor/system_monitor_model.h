@@ -1,6 +1,8 @@
 #pragma once
 
 #include "core/monitor/menu_bar_readings.h"
+#include "core/monitor/metric_history.h"
+#include "core/monitor/system_health.h"
 #include "core/monitor/system_sampler.h"
 
 #include <QFutureWatcher>
@@ -8,6 +10,7 @@
 #include <QThreadPool>
 #include <QTimer>
 #include <atomic>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -30,6 +33,17 @@ struct SessionTotals {
     std::uint64_t written = 0;
 };
 
+// The figures the model keeps a short history of.
+enum class Metric { CPU, Memory, NetworkIn, NetworkOut, DiskRead, DiskWrite, GPU, Battery, Load };
+
+// The process table's order.
+enum class ProcessSort { CPU, Memory, Name, PID };
+QString title(ProcessSort sort);
+std::optional<ProcessSort> processSortFromKey(std::string_view key); // "cpu", "memory", …
+// Busiest first for CPU and memory, A to Z for names, lowest first for pids; ties by pid.
+void sortProcesses(std::vector<ProcessUsage>& processes, ProcessSort sort);
+std::uint64_t totalProcessMemory(const std::vector<ProcessUsage>& processes);
+
 // Drives the sampler on a timer while at least one client needs live data, and publishes
 // each reading on the interface thread.
 class SystemMonitorModel : public QObject {
@@ -51,6 +65,18 @@ public:
     void resetSessionTotals();
     std::vector<MenuBarReading> menuBarReadings(const std::vector<MenuBarStat>& stats) const;
 
+    const MetricHistory& history(Metric metric) const;
+    // The health issues of the latest reading and the recent CPU history.
+    const std::vector<HealthIssue>& healthIssues() const { return health_; }
+
+    // Samples carry the process list while at least one holder wants it.
+    void acquireProcesses();
+    void releaseProcesses();
+    // The latest process list, in the order read; empty until a sample carried one.
+    const std::vector<ProcessUsage>& processes() const { return processes_; }
+    ProcessSort processSort() const { return processSort_; }
+    void setProcessSort(ProcessSort sort);
+
 public slots:
     // After the machine wakes up: the next rates start afresh.
     void resetBaselines();
@@ -59,6 +85,9 @@ signals:
     void readingChanged();
     void runningChanged(bool running);
     void sessionTotalsChanged();
+    void healthChanged();
+    void processesChanged();
+    void processSortChanged(ProcessSort sort);
 
 private:
     bool onlyMenuBarLabel() const;
@@ -79,6 +108,11 @@ private:
     QFutureWatcher<SystemReading> watcher_;
     std::optional<SystemReading> latest_;
     SessionTotals totals_;
+    std::map<Metric, MetricHistory> histories_;
+    std::vector<HealthIssue> health_;
+    std::atomic<int> processHolders_ = 0;
+    std::vector<ProcessUsage> processes_;
+    ProcessSort processSort_ = ProcessSort::CPU;
 };
 
 } // namespace tarvik

@@ -2,8 +2,10 @@
 
 #include "core/monitor/battery.h"
 #include "core/monitor/cpu.h"
+#include "core/monitor/disk.h"
 #include "core/monitor/load_average.h"
 #include "core/monitor/memory.h"
+#include "core/monitor/process_tracker.h"
 #include "core/monitor/thermal.h"
 
 #include <chrono>
@@ -34,7 +36,9 @@ struct SystemReading {
     std::optional<LoadAverage> loadAverage;
     std::optional<ThermalLevel> thermal;
     std::optional<BatteryInfo> battery;
-    std::optional<std::int64_t> bootTime; // seconds since the epoch
+    std::optional<std::int64_t> bootTime;               // seconds since the epoch
+    std::optional<DiskUsage> startupDisk;               // the file system holding the root
+    std::optional<std::vector<ProcessUsage>> processes; // when the sample asked for them
 
     std::optional<double> uptimeSeconds() const;
 };

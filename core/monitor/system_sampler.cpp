@@ -89,7 +89,7 @@ void SystemSampler::resetBaselines() {
     lastDisk_.reset();
 }
 
-SystemReading SystemSampler::sample() {
+SystemReading SystemSampler::sample(bool includeProcesses) {
     const auto& root = options_.root;
     SystemReading r;
     r.date = std::chrono::system_clock::now();
@@ -161,7 +161,17 @@ SystemReading SystemSampler::sample() {
     }
     r.thermal = readThermalLevel(root);
     r.battery = readBattery(root);
+    r.startupDisk = readDiskUsage(root);
+
+    // 8. Processes, when asked for; a sample without them leaves the tracker as it was.
+    if (includeProcesses) {
+        r.processes = processes_.update(readProcesses({root}), now.monotonicNs);
+    }
     return r;
+}
+
+void SystemSampler::resetProcesses() {
+    processes_.reset();
 }
 
 } // namespace tarvik

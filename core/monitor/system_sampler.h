@@ -3,6 +3,7 @@
 #include "core/monitor/disk.h"
 #include "core/monitor/gpu/gpu_source.h"
 #include "core/monitor/network.h"
+#include "core/monitor/process_tracker.h"
 #include "core/monitor/system_reading.h"
 
 #include <filesystem>
@@ -32,10 +33,12 @@ public:
     explicit SystemSampler(SamplerOptions options = {});
     ~SystemSampler();
 
-    SystemReading sample();
+    SystemReading sample(bool includeProcesses = false);
     const CPUTopology& topology() const { return topology_; }
     // Forget the previous counters, so the next rates start afresh (after a resume from sleep).
     void resetBaselines();
+    // Forget every process's previous CPU time.
+    void resetProcesses();
 
 private:
     SamplerOptions options_;
@@ -45,6 +48,7 @@ private:
     CPUSnapshot lastCPU_;
     std::optional<NetworkCounters> lastNetwork_;
     std::optional<DiskIOCounters> lastDisk_;
+    ProcessTracker processes_;
 };
 
 // Memory the zram swap devices use for their compressed pages (mm_stat's third field).

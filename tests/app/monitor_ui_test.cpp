@@ -145,7 +145,7 @@ TEST(TrayPanel, HoldsTheMonitorWhileOpenAndOpensTheWindowAtASection) {
 TEST(MonitorScreen, ShowsLiveFiguresAndSaysWhatTheMachineLacks) {
     test::TempHome home;
     AppModels models(optionsIn(home, kFixtures / "linux/debian12-vm"));
-    MonitorScreen screen(models.monitor());
+    MonitorScreen screen(models.monitor(), models.navigator());
     EXPECT_FALSE(models.monitor().isRunning());
     screen.show();
     EXPECT_TRUE(models.monitor().isRunning());

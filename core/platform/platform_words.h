@@ -1,0 +1,27 @@
+#pragma once
+
+// Tarvik's texts were first written for another desktop and named it. This edition says these
+// words in their place, and only here, so every such text reads the same way:
+// the platform's name -> "the system" ("The system" opening a sentence), its machines ->
+// "computer", their lid -> "laptop lid", its terminal application -> "a terminal".
+#include <QString>
+
+namespace tarvik::words {
+
+inline QString theSystem() {
+    return QStringLiteral("the system");
+}
+inline QString theSystemOpening() {
+    return QStringLiteral("The system");
+}
+inline QString computer() {
+    return QStringLiteral("computer");
+}
+inline QString laptopLid() {
+    return QStringLiteral("laptop lid");
+}
+inline QString aTerminal() {
+    return QStringLiteral("a terminal");
+}
+
+} // namespace tarvik::words

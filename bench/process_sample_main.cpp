@@ -19,7 +19,8 @@ int main(int argc, char** argv) {
     const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < repeat; ++i) {
         const auto now = std::chrono::steady_clock::now().time_since_epoch();
-        rows = tracker.update(tarvik::readProcesses(), std::chrono::nanoseconds(now).count()).size();
+        rows =
+            tracker.update(tarvik::readProcesses(), std::chrono::nanoseconds(now).count()).size();
     }
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -225,8 +225,7 @@ void addProcessCommands(CLI::App& app, CommandResult& result) {
     };
     auto quit = std::make_shared<QuitOptions>();
     auto* quitCmd = app.add_subcommand(
-        "quit", "Ask a process to quit (SIGTERM), or force it (SIGKILL). Exit status 0 when it "
-                "ended, 1 when it didn't, 3 when it may not be quit from here");
+        "quit", "Ask a process to quit, or force it (exit status: 0 ended, 1 didn't, 3 refused)");
     quitCmd->add_option("PID", quit->pid, "The process ID")->required()->check(CLI::PositiveNumber);
     quitCmd->add_flag("--force", quit->force, "End it at once; unsaved work is lost");
     quitCmd->callback([quit, &result] {

@@ -50,6 +50,7 @@ ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
     view_->setSelectionBehavior(QAbstractItemView::SelectRows);
     view_->setSelectionMode(QAbstractItemView::SingleSelection);
     view_->verticalHeader()->hide();
+    view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 8);
     view_->horizontalHeader()->setSectionResizeMode(ProcessTableModel::Name, QHeaderView::Stretch);
     view_->setMinimumHeight(260);
     view_->setAccessibleName(tr("Processes"));

@@ -1,0 +1,22 @@
+#pragma once
+
+// Reading the loosely typed JSON of the usage services and the agents' logs.
+#include <QDateTime>
+#include <QJsonValue>
+#include <QString>
+#include <optional>
+
+namespace tarvik::UsageJSON {
+
+// A JSON number, or a string holding one.
+std::optional<double> number(const QJsonValue& value);
+// A number of Unix seconds, or a string: an ISO 8601 date-time with or without fractional
+// seconds (any number of digits), or a plain date (year-month-day, midnight UTC).
+std::optional<QDateTime> date(const QJsonValue& value);
+// "seven_day_opus" -> "Seven Day Opus"; "oauth" is written "OAuth".
+QString title(const QString& snakeCaseKey);
+// A limit's name from its period: up to 6 hours "Session", from 144 hours "Weekly", from a
+// day "N days", else "N-hour".
+QString windowTitle(double seconds);
+
+} // namespace tarvik::UsageJSON

@@ -81,6 +81,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     addBrewCommand(app, result);
     addSpeedTestCommand(app, result);
     addProcessCommands(app, result);
+    addAgentsCommand(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

@@ -30,6 +30,7 @@ void addExclusionsCommand(CLI::App& app, CommandResult& result);
 void addBrewCommand(CLI::App& app, CommandResult& result);
 void addSpeedTestCommand(CLI::App& app, CommandResult& result);
 void addProcessCommands(CLI::App& app, CommandResult& result);
+void addAgentsCommand(CLI::App& app, CommandResult& result);
 
 // The health issues one sample shows (no CPU history), for the summary.
 std::vector<HealthIssue> quickHealthIssues();

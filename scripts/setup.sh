@@ -16,6 +16,8 @@ packages=(
   # window checks and desktop integration
   xvfb xauth imagemagick trayer appstream desktop-file-utils fonts-dejavu-core
   dbus dbus-x11 hicolor-icon-theme adwaita-icon-theme
+  # a Secret Service for the pasted-key tests
+  gnome-keyring
   # the Trash tools that must list and restore what Tarvik trashes
   trash-cli gvfs libglib2.0-bin e2fsprogs
 )

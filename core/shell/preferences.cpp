@@ -12,7 +12,7 @@
 namespace tarvik {
 namespace {
 
-constexpr std::array<PreferenceKey, 14> kKeys{{
+constexpr std::array<PreferenceKey, 16> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
     {pref::kOpensWindowAtLaunch,
      PreferenceType::Bool,
@@ -87,6 +87,18 @@ constexpr std::array<PreferenceKey, 14> kKeys{{
      {},
      {},
      "moveToTrash|deletePermanently"},
+    {pref::kAgentUsageOrder,
+     PreferenceType::Text,
+     "claude,codex,copilot,openRouter",
+     "The order of the agents' cards: claude, codex, copilot, openRouter.",
+     {},
+     {}},
+    {pref::kAgentUsageEnabled,
+     PreferenceType::Text,
+     "claude,codex,copilot,openRouter",
+     "The agents whose usage is fetched and shown.",
+     {},
+     {}},
 }};
 
 } // namespace

@@ -41,6 +41,8 @@ inline constexpr std::string_view kHomebrewIncludeGreedy = "homebrewIncludeGreed
 inline constexpr std::string_view kHomebrewShowBadge = "homebrewShowBadge";
 inline constexpr std::string_view kSpeedTestBaseURL = "speedTestBaseURL";
 inline constexpr std::string_view kFileRemovalMode = "fileRemovalMode";
+inline constexpr std::string_view kAgentUsageOrder = "agentUsage.order";
+inline constexpr std::string_view kAgentUsageEnabled = "agentUsage.enabled";
 // A list of folders, managed by `tarvik exclusions` and the Settings screen.
 inline constexpr std::string_view kExclusions = "exclusions";
 } // namespace pref

@@ -99,7 +99,7 @@ TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
     const Outcome list = tarvik({"settings", "list", "--json"});
     ASSERT_EQ(list.exitCode, 0);
     const QJsonArray keys = QJsonDocument::fromJson(list.out.toUtf8()).array();
-    EXPECT_EQ(keys.size(), 14);
+    EXPECT_EQ(keys.size(), 16);
     bool sawInterval = false;
     for (const auto& v : keys) {
         const QJsonObject o = v.toObject();

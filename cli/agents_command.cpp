@@ -1,0 +1,215 @@
+// tarvik agents: the AI coding agents' plan limits, their estimated spend, and pasted keys.
+#include "cli/commands.h"
+#include "cli/output.h"
+#include "core/agents/agent_usage_client.h"
+#include "core/agents/agent_usage_json.h"
+#include "core/platform/secret_store.h"
+#include "core/shell/preferences.h"
+
+#include <QFuture>
+#include <QJsonArray>
+#include <QtConcurrent/QtConcurrentRun>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <variant>
+
+namespace tarvik::cli {
+namespace {
+
+using Outcome = std::variant<AgentUsageReport, AgentUsageError>;
+
+std::vector<AgentProvider> enabledProviders() {
+    const Preferences prefs;
+    std::vector<AgentProvider> out;
+    for (const auto& [provider, on] :
+         providersInOrder(prefs.value(pref::kAgentUsageOrder).toString(),
+                          prefs.value(pref::kAgentUsageEnabled).toString())) {
+        if (on) {
+            out.push_back(provider);
+        }
+    }
+    return out;
+}
+
+QString percent(double fraction) {
+    return QString::number(qRound(fraction * 100.0)) + QLatin1Char('%');
+}
+
+void printReport(const AgentUsageReport& r, const QDateTime& now) {
+    QString heading = title(r.provider);
+    QStringList about;
+    if (r.plan) {
+        about << *r.plan;
+    }
+    if (r.account) {
+        about << *r.account;
+    }
+    if (!about.isEmpty()) {
+        heading += QStringLiteral(" — ") + about.join(QStringLiteral(" · "));
+    }
+    printLine(heading);
+    std::vector<std::pair<QString, QString>> rows;
+    for (const UsageLimit& l : r.limits) {
+        QStringList parts{percent(l.used) + QStringLiteral(" used")};
+        if (l.detail) {
+            parts << *l.detail;
+        }
+        if (const QString reset = resetText(l, now); !reset.isEmpty()) {
+            parts << reset;
+        }
+        if (const auto margin = l.paceMargin(now); margin && *margin < 0) {
+            parts << QStringLiteral("ahead of an even pace");
+        }
+        rows.emplace_back(QStringLiteral("  ") + l.title, parts.join(QStringLiteral(" · ")));
+    }
+    for (const CreditBalance& c : r.credits) {
+        rows.emplace_back(
+            QStringLiteral("  ") + c.title,
+            c.limit
+                ? QStringLiteral("$%1 of $%2 used").arg(c.used, 0, 'f', 2).arg(*c.limit, 0, 'f', 2)
+                : QStringLiteral("$%1 used").arg(c.used, 0, 'f', 2));
+    }
+    if (!rows.empty()) {
+        printRows(rows);
+    }
+    for (const QString& note : r.notes) {
+        printLine(QStringLiteral("  ") + note);
+    }
+}
+
+int runAgents(bool json) {
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const std::vector<AgentProvider> providers = enabledProviders();
+    // All providers at once, each on a thread with its own client and connection.
+    std::vector<QFuture<Outcome>> futures;
+    for (AgentProvider p : providers) {
+        futures.push_back(QtConcurrent::run([p, now]() -> Outcome {
+            try {
+                AgentUsageClient client;
+                return client.fetch(p, now);
+            } catch (const AgentUsageError& e) {
+                return e;
+            }
+        }));
+    }
+    int succeeded = 0;
+    QJsonArray out;
+    for (std::size_t i = 0; i < providers.size(); ++i) {
+        const Outcome o = futures[i].result();
+        if (const auto* report = std::get_if<AgentUsageReport>(&o)) {
+            ++succeeded;
+            if (json) {
+                out.append(toJson(*report, now));
+            } else {
+                printReport(*report, now);
+            }
+        } else {
+            const auto& error = std::get<AgentUsageError>(o);
+            if (json) {
+                QJsonObject j;
+                j[QStringLiteral("provider")] = rawValue(providers[i]);
+                j[QStringLiteral("title")] = title(providers[i]);
+                j[QStringLiteral("error")] = toJson(error);
+                out.append(j);
+            } else {
+                printLine(title(providers[i]));
+                printLine(QStringLiteral("  ") + error.message());
+            }
+        }
+        if (!json && i + 1 < providers.size()) {
+            printLine({});
+        }
+    }
+    if (json) {
+        printJson(QJsonDocument(out));
+    } else if (providers.empty()) {
+        printLine(QStringLiteral("No agents are enabled (tarvik settings set agentUsage.enabled "
+                                 "claude,codex,copilot,openRouter)."));
+    }
+    return providers.empty() || succeeded > 0 ? kExitOk : kExitFailed;
+}
+
+std::optional<AgentProvider> keyProvider(const std::string& name) {
+    if (name == "openrouter") {
+        return AgentProvider::OpenRouter;
+    }
+    if (name == "github") {
+        return AgentProvider::Copilot;
+    }
+    return std::nullopt;
+}
+
+int runKeySet(const std::string& name) {
+    std::string line;
+    std::getline(std::cin, line);
+    const QString key = QString::fromStdString(line).trimmed();
+    if (key.isEmpty()) {
+        printError(QStringLiteral("No key on standard input. Pipe it in, for example: "
+                                  "tarvik agents key set %1 < key.txt")
+                       .arg(QString::fromStdString(name)));
+        return kExitUsage;
+    }
+    const auto result = SecretStore(QString::fromLatin1(kAgentKeysService))
+                            .write(pastedKeyName(*keyProvider(name)), key);
+    if (!result.ok) {
+        printError(result.error);
+        return kExitFailed;
+    }
+    printLine(QStringLiteral("The %1 key is saved in your keyring.")
+                  .arg(name == "github" ? QStringLiteral("GitHub") : QStringLiteral("OpenRouter")));
+    return kExitOk;
+}
+
+int runKeyClear(const std::string& name) {
+    const auto result = SecretStore(QString::fromLatin1(kAgentKeysService))
+                            .remove(pastedKeyName(*keyProvider(name)));
+    if (!result.ok) {
+        printError(result.error);
+        return kExitFailed;
+    }
+    printLine(QStringLiteral("The %1 key is removed from your keyring.")
+                  .arg(name == "github" ? QStringLiteral("GitHub") : QStringLiteral("OpenRouter")));
+    return kExitOk;
+}
+
+} // namespace
+
+void addAgentsCommand(CLI::App& app, CommandResult& result) {
+    auto json = std::make_shared<bool>(false);
+    auto* cmd = app.add_subcommand(
+        "agents", "Plan limits of Claude Code, Codex, GitHub Copilot and OpenRouter");
+    cmd->add_flag("--json", *json, "Print JSON for scripts");
+    cmd->callback([json, &result, cmd] {
+        if (cmd->get_subcommands().empty()) {
+            result.run = [json] {
+                return runAgents(*json);
+            };
+        }
+    });
+
+    auto* key = cmd->add_subcommand("key", "Keep or remove a pasted key in your keyring");
+    key->require_subcommand(1);
+    auto name = std::make_shared<std::string>();
+    auto* set = key->add_subcommand("set", "Save a key read from standard input");
+    set->add_option("PROVIDER", *name, "openrouter or github")
+        ->required()
+        ->check(CLI::IsMember({"openrouter", "github"}));
+    set->callback([name, &result] {
+        result.run = [name] {
+            return runKeySet(*name);
+        };
+    });
+    auto* clear = key->add_subcommand("clear", "Remove a saved key");
+    clear->add_option("PROVIDER", *name, "openrouter or github")
+        ->required()
+        ->check(CLI::IsMember({"openrouter", "github"}));
+    clear->callback([name, &result] {
+        result.run = [name] {
+            return runKeyClear(*name);
+        };
+    });
+}
+
+} // namespace tarvik::cli

@@ -1,0 +1,27 @@
+#pragma once
+
+// Secrets the user pasted, kept in the desktop's Secret Service (GNOME Keyring, KWallet…)
+// through QtKeychain, never in Tarvik's own files.
+#include <QString>
+#include <optional>
+
+namespace tarvik {
+
+class SecretStore {
+public:
+    explicit SecretStore(QString service) : service_(std::move(service)) {}
+
+    struct Result {
+        bool ok = false;
+        QString error; // in the user's words when !ok
+    };
+    // Blocking: each call waits for the service (run it off the interface thread).
+    std::optional<QString> read(const QString& key, QString* error = nullptr) const;
+    Result write(const QString& key, const QString& secret) const;
+    Result remove(const QString& key) const;
+
+private:
+    QString service_;
+};
+
+} // namespace tarvik

@@ -3,6 +3,10 @@
 #include "cli/output.h"
 #include "core/agents/agent_usage_client.h"
 #include "core/agents/agent_usage_json.h"
+#include "core/agents/local_usage_logs.h"
+#include "core/agents/usage_format.h"
+#include "core/agents/usage_period.h"
+#include "core/agents/usage_summary.h"
 #include "core/platform/secret_store.h"
 #include "core/shell/preferences.h"
 
@@ -11,6 +15,7 @@
 #include <QtConcurrent/QtConcurrentRun>
 #include <cstdio>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <string>
 #include <variant>
@@ -82,12 +87,25 @@ void printReport(const AgentUsageReport& r, const QDateTime& now) {
 int runAgents(bool json) {
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const std::vector<AgentProvider> providers = enabledProviders();
+    // Pasted keys are read here: the keyring answers on this thread's event loop.
+    std::map<AgentProvider, std::optional<QString>> keys;
+    const SecretStore store(QString::fromLatin1(kAgentKeysService));
+    for (AgentProvider p : {AgentProvider::Copilot, AgentProvider::OpenRouter}) {
+        if (std::find(providers.begin(), providers.end(), p) != providers.end()) {
+            keys[p] = store.read(pastedKeyName(p));
+        }
+    }
     // All providers at once, each on a thread with its own client and connection.
     std::vector<QFuture<Outcome>> futures;
     for (AgentProvider p : providers) {
-        futures.push_back(QtConcurrent::run([p, now]() -> Outcome {
+        futures.push_back(QtConcurrent::run([p, now, keys]() -> Outcome {
             try {
-                AgentUsageClient client;
+                AgentUsageClient::Options options;
+                options.pastedKey = [&keys](AgentProvider which) {
+                    const auto it = keys.find(which);
+                    return it == keys.end() ? std::nullopt : it->second;
+                };
+                AgentUsageClient client(options);
                 return client.fetch(p, now);
             } catch (const AgentUsageError& e) {
                 return e;
@@ -129,6 +147,57 @@ int runAgents(bool json) {
                                  "claude,codex,copilot,openRouter)."));
     }
     return providers.empty() || succeeded > 0 ? kExitOk : kExitFailed;
+}
+
+int runCost(const std::string& periodName, bool json) {
+    const UsagePeriod period = *usagePeriodFromRaw(QString::fromStdString(periodName));
+    const QDateTime now = QDateTime::currentDateTime();
+    const auto events = LocalUsageLogs::events(interval(period, now).start);
+    const UsageSummary summary = UsageSummary::of(events, period, now);
+    if (json) {
+        QJsonObject o;
+        o[QStringLiteral("period")] = rawValue(period);
+        o[QStringLiteral("totalCost")] = summary.totalCost;
+        o[QStringLiteral("totalTokens")] = static_cast<double>(summary.totalTokens);
+        QJsonArray models;
+        for (const ModelLine& line : summary.models) {
+            QJsonObject m;
+            m[QStringLiteral("model")] = line.model;
+            m[QStringLiteral("cost")] = line.cost ? QJsonValue(*line.cost) : QJsonValue();
+            m[QStringLiteral("tokens")] = static_cast<double>(line.tokens);
+            models.append(m);
+        }
+        o[QStringLiteral("models")] = models;
+        QJsonArray days;
+        for (const DailySpend& d : DailySpend::series(events, period, now)) {
+            QJsonObject j;
+            j[QStringLiteral("day")] = d.day.toString(Qt::ISODate);
+            j[QStringLiteral("cost")] = d.cost;
+            j[QStringLiteral("tokens")] = static_cast<double>(d.tokens);
+            days.append(j);
+        }
+        o[QStringLiteral("days")] = days;
+        printJson(QJsonDocument(o));
+        return kExitOk;
+    }
+    printLine(QString::fromLatin1(kSpendBasis));
+    if (summary.models.empty()) {
+        printLine(QStringLiteral("No usage recorded for this period"));
+        return kExitOk;
+    }
+    printLine(QStringLiteral("%1: %2 · %3 tokens")
+                  .arg(title(period), UsageFormat::dollars(summary.totalCost),
+                       UsageFormat::tokens(summary.totalTokens)));
+    std::vector<std::pair<QString, QString>> rows;
+    for (const ModelLine& line : summary.models) {
+        rows.emplace_back(
+            QStringLiteral("  ") + line.model,
+            (line.cost ? UsageFormat::dollars(*line.cost) : QStringLiteral("no price")) +
+                QStringLiteral(" · ") + UsageFormat::tokens(line.tokens) +
+                QStringLiteral(" tokens"));
+    }
+    printRows(rows);
+    return kExitOk;
 }
 
 std::optional<AgentProvider> keyProvider(const std::string& name) {
@@ -187,6 +256,19 @@ void addAgentsCommand(CLI::App& app, CommandResult& result) {
                 return runAgents(*json);
             };
         }
+    });
+
+    auto period = std::make_shared<std::string>("today");
+    auto costJson = std::make_shared<bool>(false);
+    auto* cost = cmd->add_subcommand(
+        "cost", "Estimated spend from local Claude Code and Codex logs at public API prices");
+    cost->add_option("--period", *period, "today, yesterday or 30d (default today)")
+        ->check(CLI::IsMember({"today", "yesterday", "30d"}));
+    cost->add_flag("--json", *costJson, "Print JSON for scripts");
+    cost->callback([period, costJson, &result] {
+        result.run = [period, costJson] {
+            return runCost(*period, *costJson);
+        };
     });
 
     auto* key = cmd->add_subcommand("key", "Keep or remove a pasted key in your keyring");

@@ -15,7 +15,8 @@ public:
         bool ok = false;
         QString error; // in the user's words when !ok
     };
-    // Blocking: each call waits for the service (run it off the interface thread).
+    // Blocking: each call waits for the service on a local event loop. Call from the main
+    // thread: the keyring library answers only there.
     std::optional<QString> read(const QString& key, QString* error = nullptr) const;
     Result write(const QString& key, const QString& secret) const;
     Result remove(const QString& key) const;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/agents/token_usage.h"
+
+#include <QByteArrayView>
+
+namespace tarvik {
+
+// Reads the token counts of one Codex session log ("sessions/…/*.jsonl"); use a new parser for
+// each file and give it the lines in order.
+//
+// Codex logs running totals, not answers: each "token_count" event carries the session's totals
+// so far, and the model comes from the "turn_context" lines before it. An answer's tokens are the
+// growth of the totals since the previous event.
+class CodexLogParser {
+public:
+    // The tokens this line adds, or none.
+    std::optional<TokenUsageEvent> event(QByteArrayView line);
+
+private:
+    struct Totals {
+        std::int64_t input = 0;
+        std::int64_t cached = 0;
+        std::int64_t output = 0;
+    };
+    QString model_ = QStringLiteral("unknown");
+    std::optional<Totals> previous_;
+};
+
+} // namespace tarvik

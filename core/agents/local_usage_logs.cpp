@@ -1,0 +1,84 @@
+#include "core/agents/local_usage_logs.h"
+
+#include "core/agents/agent_usage_client.h"
+#include "core/agents/claude_log_parser.h"
+#include "core/agents/codex_log_parser.h"
+#include "core/agents/log_lines.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+
+namespace tarvik::LocalUsageLogs {
+
+std::vector<std::filesystem::path> claudeProjectFolders() {
+    std::vector<std::filesystem::path> out;
+    std::vector<std::filesystem::path> resolved;
+    for (const auto& folder : AgentFolders::claude()) {
+        // $CLAUDE_CONFIG_DIR often names ~/.claude itself; its logs are read once.
+        std::error_code ec;
+        auto real = std::filesystem::weakly_canonical(folder / "projects", ec);
+        if (ec) {
+            real = (folder / "projects").lexically_normal();
+        }
+        if (std::find(resolved.begin(), resolved.end(), real) == resolved.end()) {
+            resolved.push_back(real);
+            out.push_back(folder / "projects");
+        }
+    }
+    return out;
+}
+
+std::filesystem::path codexSessionsFolder() {
+    return AgentFolders::codexHome() / "sessions";
+}
+
+std::vector<std::filesystem::path> logFiles(const std::filesystem::path& folder,
+                                            const QDateTime& since) {
+    using namespace std::chrono;
+    const bool everything = !since.isValid();
+    const auto threshold =
+        everything
+            ? file_clock::time_point::min()
+            : file_clock::from_sys(sys_time<milliseconds>(milliseconds(since.toMSecsSinceEpoch())));
+    std::vector<std::filesystem::path> out;
+    std::error_code ec;
+    const auto options = std::filesystem::directory_options::skip_permission_denied;
+    for (auto it = std::filesystem::recursive_directory_iterator(folder, options, ec);
+         !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+        if (it->path().extension() != ".jsonl" || !it->is_regular_file(ec)) {
+            continue;
+        }
+        // Old sessions are passed over by their time stamp, without being opened.
+        const auto changed = it->last_write_time(ec);
+        if (!ec && (everything || changed >= threshold)) {
+            out.push_back(it->path());
+        }
+    }
+    return out;
+}
+
+std::vector<TokenUsageEvent> events(const QDateTime& since) {
+    std::vector<TokenUsageEvent> out;
+    ClaudeLogParser claude; // one for all files: repeats across sessions count once
+    for (const auto& folder : claudeProjectFolders()) {
+        for (const auto& file : logFiles(folder, since)) {
+            LogLines::forEach(file, [&](QByteArrayView line) {
+                if (auto e = claude.event(line)) {
+                    out.push_back(std::move(*e));
+                }
+            });
+        }
+    }
+    for (const auto& file : logFiles(codexSessionsFolder(), since)) {
+        CodexLogParser codex; // totals run per session file
+        LogLines::forEach(file, [&](QByteArrayView line) {
+            if (auto e = codex.event(line)) {
+                out.push_back(std::move(*e));
+            }
+        });
+    }
+    return out;
+}
+
+} // namespace tarvik::LocalUsageLogs

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/agents/token_usage.h"
+
+#include <QDateTime>
+#include <filesystem>
+#include <vector>
+
+// The token counts Claude Code and Codex keep in their logs on this machine, for the cost
+// estimate. Folders are worked out from the environment at each call.
+namespace tarvik::LocalUsageLogs {
+
+// "projects" in each of Claude Code's folders ($CLAUDE_CONFIG_DIR, ~/.claude, ~/.config/claude),
+// each once; missing ones included.
+std::vector<std::filesystem::path> claudeProjectFolders();
+// "sessions" in $CODEX_HOME or ~/.codex.
+std::filesystem::path codexSessionsFolder();
+// The ".jsonl" files anywhere under `folder` last changed at or after `since` (all of them when
+// `since` is invalid). A missing or unreadable folder has none.
+std::vector<std::filesystem::path> logFiles(const std::filesystem::path& folder,
+                                            const QDateTime& since);
+// Every Claude Code and Codex event in the logs changed since `since`. A file holds events from
+// before its last change, so the caller still picks events by date.
+std::vector<TokenUsageEvent> events(const QDateTime& since);
+
+} // namespace tarvik::LocalUsageLogs

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QString>
+#include <cstdint>
+
+namespace tarvik::UsageFormat {
+
+// "$0.42" below a thousand dollars; from there whole dollars with thousands separated by
+// commas, "$1,234".
+QString dollars(double value);
+// A token count in a short form: "999", "2K", "2.5M", "1.2B".
+QString tokens(std::int64_t count);
+
+} // namespace tarvik::UsageFormat

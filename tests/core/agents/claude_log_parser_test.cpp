@@ -1,0 +1,83 @@
+// Claude Code's project log lines: what an answer cost in tokens, and what isn't counted.
+#include "core/agents/claude_log_parser.h"
+
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+
+namespace {
+
+// An assistant line as Claude Code writes it, with the parts a test varies.
+QByteArray line(const char* messageId, const char* requestId,
+                const char* model = "claude-sonnet-4-5",
+                const char* usage = R"({"input_tokens":10,"output_tokens":20})",
+                const char* timestamp = "2025-10-01T09:30:12.345Z") {
+    return QStringLiteral(R"({"parentUuid":"p1","isSidechain":false,"type":"assistant",)"
+                          R"("message":{"id":"%1","type":"message","role":"assistant",)"
+                          R"("model":"%2","content":[{"type":"text","text":"Done."}],"usage":%3},)"
+                          R"("requestId":"%4","timestamp":"%5"})")
+        .arg(QLatin1String(messageId), QLatin1String(model), QLatin1String(usage),
+             QLatin1String(requestId), QLatin1String(timestamp))
+        .toUtf8();
+}
+
+} // namespace
+
+TEST(ClaudeLogParser, ReadsTheAnswersTokensModelAndDate) {
+    ClaudeLogParser parser;
+    const auto e = parser.event(line(
+        "msg_1", "req_1", "claude-opus-4-5-20251101",
+        R"({"input_tokens":3,"cache_creation_input_tokens":1200,"cache_read_input_tokens":"45000",)"
+        R"("output_tokens":410,"service_tier":"standard"})"));
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->provider, AgentProvider::Claude);
+    EXPECT_EQ(e->model, "claude-opus-4-5-20251101");
+    EXPECT_EQ(e->date, QDateTime(QDate(2025, 10, 1), QTime(9, 30, 12, 345), Qt::UTC));
+    EXPECT_EQ(e->input, 3);
+    EXPECT_EQ(e->output, 410);
+    EXPECT_EQ(e->cacheWrite, 1200);
+    EXPECT_EQ(e->cacheRead, 45'000);
+
+    // Missing figures are zero; a message without a model is "unknown".
+    const auto bare = parser.event(
+        R"({"timestamp":"2025-10-01T09:31:00Z","message":{"id":"msg_2","usage":{"output_tokens":5}}})");
+    ASSERT_TRUE(bare);
+    EXPECT_EQ(bare->model, "unknown");
+    EXPECT_EQ(bare->input, 0);
+    EXPECT_EQ(bare->cacheRead, 0);
+    EXPECT_EQ(bare->totalTokens(), 5);
+}
+
+TEST(ClaudeLogParser, TwoLinesWithOneMessageAndRequestIdCountOnce) {
+    ClaudeLogParser parser;
+    EXPECT_TRUE(parser.event(line("msg_1", "req_1")));
+    EXPECT_FALSE(parser.event(line("msg_1", "req_1")));
+    EXPECT_TRUE(parser.event(line("msg_1", "req_2"))); // the same message id, asked again
+    EXPECT_TRUE(parser.event(line("msg_2", "req_1")));
+    // Without a message id nothing tells a repeat, so both count.
+    const QByteArray noId =
+        R"({"timestamp":"2025-10-01T09:31:00Z","message":{"usage":{"output_tokens":5}}})";
+    EXPECT_TRUE(parser.event(noId));
+    EXPECT_TRUE(parser.event(noId));
+    // A repeat that was dropped as malformed the first time still counts when it is readable.
+    EXPECT_FALSE(parser.event(
+        line("msg_3", "req_3", "claude-sonnet-4-5", R"({"input_tokens":1})", "yesterday")));
+    EXPECT_TRUE(parser.event(line("msg_3", "req_3")));
+    // Another scan starts afresh.
+    EXPECT_TRUE(ClaudeLogParser().event(line("msg_1", "req_1")));
+}
+
+TEST(ClaudeLogParser, SyntheticUndatedAndMalformedLinesAreSkipped) {
+    ClaudeLogParser parser;
+    EXPECT_FALSE(parser.event(line("msg_1", "req_1", "<synthetic>")));
+    EXPECT_FALSE(parser.event(
+        line("msg_2", "req_2", "claude-sonnet-4-5", R"({"input_tokens":1})", "not a date")));
+    EXPECT_FALSE(parser.event(line("msg_3", "req_3", "claude-sonnet-4-5", "12")));
+    EXPECT_FALSE(parser.event(line("msg_4", "req_4").chopped(10))); // cut off mid-write
+    EXPECT_FALSE(parser.event(R"({"type":"user","message":{"role":"user","content":"hi"},)"
+                              R"("timestamp":"2025-10-01T09:30:12Z"})"));
+    EXPECT_FALSE(parser.event(R"(["usage",{"input_tokens":1}])"));
+    EXPECT_FALSE(parser.event(R"({"usage":{"input_tokens":1},"timestamp":"2025-10-01"})"));
+    EXPECT_FALSE(parser.event(""));
+    EXPECT_FALSE(parser.event("\x00\xff\"usage\"\x01"));
+}

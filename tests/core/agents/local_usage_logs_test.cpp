@@ -1,0 +1,164 @@
+// The agents' log folders and their events, read from real files in a temporary home.
+#include "core/agents/local_usage_logs.h"
+#include "core/agents/log_lines.h"
+#include "tests/support/temp_home.h"
+
+#include <QDir>
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+using tarvik::test::TempHome;
+using tarvik::test::writeFile;
+namespace fs = std::filesystem;
+
+namespace {
+
+// Sets or clears an environment variable for the life of the object.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const QString& value) : name_(name) {
+        if (const char* v = std::getenv(name)) {
+            saved_ = v;
+        }
+        if (value.isEmpty()) {
+            ::unsetenv(name);
+        } else {
+            ::setenv(name, value.toLocal8Bit().constData(), 1);
+        }
+    }
+    ~ScopedEnv() {
+        if (saved_) {
+            ::setenv(name_, saved_->c_str(), 1);
+        } else {
+            ::unsetenv(name_);
+        }
+    }
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    const char* name_;
+    std::optional<std::string> saved_;
+};
+
+QByteArray claudeLine(const char* id, int input) {
+    return QStringLiteral(R"({"type":"assistant","requestId":"req_%1","timestamp":)"
+                          R"("2025-10-01T09:30:00Z","message":{"id":"%1",)"
+                          R"("model":"claude-sonnet-4-5","usage":{"input_tokens":%2}}})")
+        .arg(QLatin1String(id))
+        .arg(input)
+        .toUtf8();
+}
+
+QByteArray codexTotals(int input) {
+    return QStringLiteral(R"({"timestamp":"2025-10-01T10:00:00Z","type":"event_msg","payload":)"
+                          R"({"type":"token_count","info":{"total_token_usage":)"
+                          R"({"input_tokens":%1,"cached_input_tokens":0,"output_tokens":0}}}})")
+        .arg(input)
+        .toUtf8();
+}
+
+// (provider, input) of every event, sorted, for comparing whole scans.
+std::vector<std::pair<AgentProvider, std::int64_t>> seen(const std::vector<TokenUsageEvent>& e) {
+    std::vector<std::pair<AgentProvider, std::int64_t>> out;
+    for (const auto& x : e) {
+        out.emplace_back(x.provider, x.input);
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+} // namespace
+
+TEST(LocalUsageLogs, RecentClaudeAndCodexLogsUnderHomeOldAndBrokenFilesSkipped) {
+    TempHome home;
+    ScopedEnv claudeDir("CLAUDE_CONFIG_DIR", {});
+    ScopedEnv codexHome("CODEX_HOME", {});
+    const QString h = home.path();
+    // Claude Code writes an answer again when a session is resumed, here in the other folder.
+    writeFile(h + "/.claude/projects/-work-app/s1.jsonl",
+              claudeLine("msg_1", 1) + "\n" + claudeLine("msg_1", 1) + "\n{\"usage\": broken\n" +
+                  claudeLine("msg_2", 2)); // the last line has no line break
+    writeFile(h + "/.config/claude/projects/-work-app/s2.jsonl",
+              claudeLine("msg_1", 1) + "\r\n" + claudeLine("msg_3", 4) + "\r\n");
+    writeFile(h + "/.claude/projects/-work-app/notes.txt", claudeLine("msg_9", 900));
+    writeFile(h + "/.claude/projects/-work-app/garbage.jsonl", QByteArray("\x00\xff\x01\n", 4));
+    fs::create_symlink(h.toStdString() + "/nowhere.jsonl",
+                       h.toStdString() + "/.claude/projects/-work-app/gone.jsonl");
+    const QString old = h + "/.claude/projects/-old/old.jsonl";
+    writeFile(old, claudeLine("msg_old", 800));
+    fs::last_write_time(old.toStdString(),
+                        fs::file_time_type::clock::now() - std::chrono::hours(72));
+
+    // Totals run per session file: the second file's 300 is all its own.
+    writeFile(h + "/.codex/sessions/2025/10/01/rollout-a.jsonl",
+              codexTotals(100) + "\n" + codexTotals(250) + "\n");
+    writeFile(h + "/.codex/sessions/2025/10/01/rollout-b.jsonl", codexTotals(300) + "\n");
+
+    const QDateTime since = QDateTime::currentDateTimeUtc().addSecs(-3600);
+    using P = std::vector<std::pair<AgentProvider, std::int64_t>>;
+    EXPECT_EQ(seen(LocalUsageLogs::events(since)), (P{{AgentProvider::Claude, 1},
+                                                      {AgentProvider::Claude, 2},
+                                                      {AgentProvider::Claude, 4},
+                                                      {AgentProvider::Codex, 100},
+                                                      {AgentProvider::Codex, 150},
+                                                      {AgentProvider::Codex, 300}}));
+    // Without a time limit the old session counts too.
+    EXPECT_EQ(seen(LocalUsageLogs::events(QDateTime())).size(), 7u);
+}
+
+TEST(LocalUsageLogs, FoldersFromTheEnvironmentEachOnce) {
+    TempHome home;
+    const fs::path h = home.path().toStdString();
+    {
+        ScopedEnv claudeDir("CLAUDE_CONFIG_DIR", home.path() + "/work-claude");
+        ScopedEnv codexHome("CODEX_HOME", home.path() + "/work-codex");
+        EXPECT_EQ(LocalUsageLogs::claudeProjectFolders(),
+                  (std::vector<fs::path>{h / "work-claude/projects", h / ".claude/projects",
+                                         h / ".config/claude/projects"}));
+        EXPECT_EQ(LocalUsageLogs::codexSessionsFolder(), h / "work-codex/sessions");
+        writeFile(home.path() + "/work-claude/projects/p/s.jsonl", claudeLine("msg_1", 7));
+        writeFile(home.path() + "/work-codex/sessions/r.jsonl", codexTotals(9));
+        EXPECT_EQ(seen(LocalUsageLogs::events(QDateTime())),
+                  (std::vector<std::pair<AgentProvider, std::int64_t>>{{AgentProvider::Claude, 7},
+                                                                       {AgentProvider::Codex, 9}}));
+    }
+    ScopedEnv sameAsHome("CLAUDE_CONFIG_DIR", home.path() + "/.claude/");
+    ScopedEnv codexHome("CODEX_HOME", {});
+    EXPECT_EQ(LocalUsageLogs::claudeProjectFolders().size(), 2u);
+    EXPECT_EQ(LocalUsageLogs::codexSessionsFolder(), h / ".codex/sessions");
+}
+
+TEST(LogLines, LinesAcrossReadBlocksAndLongerThanABlockComeWhole) {
+    TempHome home;
+    // Several megabytes: short numbered lines, one line longer than a read block, CRLF endings,
+    // and a last line without a break.
+    QByteArray text;
+    std::vector<QByteArray> expected;
+    for (int i = 0; i < 120'000; ++i) {
+        expected.push_back(QByteArray::number(i) + QByteArray(i % 7, 'x'));
+        if (i == 60'000) {
+            expected.push_back(QByteArray(3'000'000, 'y'));
+        }
+    }
+    for (const QByteArray& l : expected) {
+        text += l + (l.size() % 2 == 0 ? "\r\n" : "\n");
+    }
+    expected.push_back("");
+    expected.push_back("tail");
+    text += "\ntail";
+    const QString path = home.path() + "/big.jsonl";
+    writeFile(path, text);
+
+    std::vector<QByteArray> lines;
+    EXPECT_TRUE(LogLines::forEach(path.toStdString(),
+                                  [&](QByteArrayView l) { lines.push_back(l.toByteArray()); }));
+    ASSERT_EQ(lines.size(), expected.size());
+    EXPECT_TRUE(lines == expected);
+    EXPECT_FALSE(LogLines::forEach(home.path().toStdString() + "/missing.jsonl",
+                                   [](QByteArrayView) { ADD_FAILURE(); }));
+}

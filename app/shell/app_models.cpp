@@ -39,7 +39,8 @@ AppModels::AppModels(const Options& options, QObject* parent)
           },
           SpeedTestHistoryStore(options.timelinePath.isEmpty()
                                     ? QString()
-                                    : SpeedTestHistoryStore::defaultFilePath())) {
+                                    : SpeedTestHistoryStore::defaultFilePath())),
+      agents_(preferences_) {
     // A fresh list knows how many packages are outdated as well as the periodic check does.
     connect(&brew_, &BrewModel::changed, this, [this] {
         if (brew_.snapshot() && !brew_.isLoading()) {

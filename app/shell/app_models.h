@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/agents/agents_model.h"
 #include "app/homebrew/brew_model.h"
 #include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
@@ -47,6 +48,7 @@ public:
     BrewModel& brew() { return brew_; }
     BrewUpdateChecker& brewUpdates() { return brewUpdates_; }
     SpeedTestModel& speedTest() { return speedTest_; }
+    AgentsModel& agents() { return agents_; }
 
 private:
     Preferences preferences_;
@@ -60,6 +62,7 @@ private:
     BrewModel brew_;
     BrewUpdateChecker brewUpdates_;
     SpeedTestModel speedTest_;
+    AgentsModel agents_;
     std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 

@@ -1,5 +1,6 @@
 #include "app/shell/main_window.h"
 
+#include "app/agents/agents_screen.h"
 #include "app/homebrew/brew_screen.h"
 #include "app/junk/junk_screen.h"
 #include "app/monitor/monitor_screen.h"
@@ -143,6 +144,9 @@ QWidget* MainWindow::createScreen(AppSection section) {
         break;
     case AppSection::SpeedTest:
         screen = new SpeedTestScreen(models_.speedTest(), this);
+        break;
+    case AppSection::Agents:
+        screen = new AgentsScreen(models_.agents(), this);
         break;
     case AppSection::Monitor:
         screen = new MonitorScreen(models_.monitor(), models_.navigator(), this);

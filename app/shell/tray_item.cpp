@@ -56,12 +56,16 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
         }
     });
     connect(&models_.monitor(), &SystemMonitorModel::readingChanged, this, &TrayItem::refreshIcon);
+    connect(&models_.agents(), &AgentsModel::cardsChanged, this, &TrayItem::refreshIcon);
     applyPreferences();
 }
 
 TrayItem::~TrayItem() {
     if (holdingMonitor_) {
         models_.monitor().release(MonitorClient::MenuBarLabel);
+    }
+    if (holdingAgents_) {
+        models_.agents().release();
     }
     delete panel_;
     delete menu_;
@@ -98,6 +102,18 @@ void TrayItem::applyPreferences() {
             models_.monitor().release(MonitorClient::MenuBarLabel);
         }
     }
+    // The agent reading keeps the usage fresh while it is shown.
+    const auto stats = prefs.menuBarStats();
+    const bool agent =
+        readings && std::find(stats.begin(), stats.end(), MenuBarStat::Agent) != stats.end();
+    if (agent != holdingAgents_) {
+        holdingAgents_ = agent;
+        if (agent) {
+            models_.agents().acquire();
+        } else {
+            models_.agents().release();
+        }
+    }
     refreshIcon();
     if (icon_->isVisible() != wanted) {
         icon_->setVisible(wanted);
@@ -112,7 +128,8 @@ void TrayItem::refreshIcon() {
         icon_->setToolTip(QStringLiteral("Tarvik"));
         return;
     }
-    const auto readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats());
+    const auto readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats(),
+                                                            models_.agents().sessionReading());
     // A tray icon is square: the readings take the whole of it, and the symbol gives way.
     icon_->setIcon(trayReadingsIcon(readings));
     icon_->setToolTip(trayTooltip(readings));

@@ -47,6 +47,7 @@ private:
     QMenu* menu_ = nullptr;
     TrayPanel* panel_ = nullptr;
     bool holdingMonitor_ = false;
+    bool holdingAgents_ = false;
 };
 
 } // namespace tarvik

@@ -51,7 +51,8 @@ QString compactRate(double bytesPerSecond) {
 }
 
 std::vector<MenuBarReading> menuBarReadings(const std::optional<SystemReading>& reading,
-                                            const std::vector<MenuBarStat>& stats) {
+                                            const std::vector<MenuBarStat>& stats,
+                                            const std::optional<AgentSessionReading>& agent) {
     std::vector<MenuBarReading> out;
     for (MenuBarStat stat : kAllMenuBarStats) {
         if (std::find(stats.begin(), stats.end(), stat) == stats.end()) {
@@ -89,8 +90,21 @@ std::vector<MenuBarReading> menuBarReadings(const std::optional<SystemReading>& 
                                                                : std::nullopt));
             break;
         case MenuBarStat::Agent:
-            // Agent usage limits are not part of this version: the reading says so.
-            out.push_back({stat, kDash, QStringLiteral("Agent usage not available"), std::nullopt});
+            if (agent && agent->left) {
+                MenuBarReading a = percentReading(stat, agent->left);
+                a.words = QStringLiteral("%1 session %2% left")
+                              .arg(agent->provider)
+                              .arg(qRound(*agent->left * 100.0));
+                out.push_back(a);
+            } else {
+                out.push_back({stat, kDash,
+                               agent
+                                   ? (agent->provider.isEmpty()
+                                          ? agent->problem
+                                          : agent->provider + QStringLiteral(": ") + agent->problem)
+                                   : QStringLiteral("Agent usage not measured"),
+                               std::nullopt});
+            }
             break;
         }
     }

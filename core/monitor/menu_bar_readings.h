@@ -19,8 +19,17 @@ struct MenuBarReading {
     std::optional<double> fraction;
 };
 
-std::vector<MenuBarReading> menuBarReadings(const std::optional<SystemReading>& reading,
-                                            const std::vector<MenuBarStat>& stats);
+// What the "agent" reading shows: the share of the current session left for the first enabled
+// agent, or in a few words why there is none.
+struct AgentSessionReading {
+    QString provider;
+    std::optional<double> left;
+    QString problem;
+};
+
+std::vector<MenuBarReading>
+menuBarReadings(const std::optional<SystemReading>& reading, const std::vector<MenuBarStat>& stats,
+                const std::optional<AgentSessionReading>& agent = std::nullopt);
 
 // A rate in at most four characters: "0", "850K", "1.2M", "12M", "3.4G".
 QString compactRate(double bytesPerSecond);

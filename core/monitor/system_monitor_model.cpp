@@ -269,8 +269,9 @@ void SystemMonitorModel::resetSessionTotals() {
 }
 
 std::vector<MenuBarReading>
-SystemMonitorModel::menuBarReadings(const std::vector<MenuBarStat>& stats) const {
-    return tarvik::menuBarReadings(latest_, stats);
+SystemMonitorModel::menuBarReadings(const std::vector<MenuBarStat>& stats,
+                                    const std::optional<AgentSessionReading>& agent) const {
+    return tarvik::menuBarReadings(latest_, stats, agent);
 }
 
 } // namespace tarvik

@@ -63,7 +63,9 @@ public:
     const CPUTopology& topology() const { return topology_; }
     const SessionTotals& sessionTotals() const { return totals_; }
     void resetSessionTotals();
-    std::vector<MenuBarReading> menuBarReadings(const std::vector<MenuBarStat>& stats) const;
+    std::vector<MenuBarReading>
+    menuBarReadings(const std::vector<MenuBarStat>& stats,
+                    const std::optional<AgentSessionReading>& agent = std::nullopt) const;
 
     const MetricHistory& history(Metric metric) const;
     // The health issues of the latest reading and the recent CPU history.

@@ -123,7 +123,7 @@ TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
     TempHome home;
     AppModels models(optionsIn(home));
     MainWindow window(models);
-    for (AppSection s : {AppSection::Duplicates, AppSection::Agents, AppSection::KeepAwake}) {
+    for (AppSection s : {AppSection::Duplicates, AppSection::DevServers, AppSection::KeepAwake}) {
         models.navigator().select(s);
         QWidget* screen = screenInside(window.currentScreen());
         ASSERT_NE(screen, nullptr);

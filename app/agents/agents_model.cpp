@@ -1,0 +1,244 @@
+#include "app/agents/agents_model.h"
+
+#include "core/agents/local_usage_logs.h"
+#include "core/platform/secret_store.h"
+#include "core/shell/preferences.h"
+
+#include <QtConcurrent/QtConcurrentRun>
+#include <algorithm>
+
+namespace tarvik {
+namespace {
+
+constexpr int kRefreshMs = 5 * 60 * 1000;
+
+SecretStore keyring() {
+    return SecretStore(QString::fromLatin1(kAgentKeysService));
+}
+
+} // namespace
+
+AgentsModel::AgentsModel(Preferences& preferences, QObject* parent)
+    : QObject(parent), prefs_(preferences) {
+    loadOrder();
+    timer_.setInterval(kRefreshMs);
+    connect(&timer_, &QTimer::timeout, this, &AgentsModel::refresh);
+    connect(&spendWatcher_, &QFutureWatcher<Spend>::finished, this, [this] {
+        Spend s = spendWatcher_.result();
+        spend_ = std::move(s.summary);
+        days_ = std::move(s.days);
+        emit spendChanged();
+    });
+}
+
+AgentsModel::~AgentsModel() {
+    for (auto& [provider, watcher] : watchers_) {
+        watcher->waitForFinished();
+    }
+    spendWatcher_.waitForFinished();
+}
+
+void AgentsModel::loadOrder() {
+    std::vector<Card> cards;
+    for (const auto& [provider, on] :
+         providersInOrder(prefs_.value(pref::kAgentUsageOrder).toString(),
+                          prefs_.value(pref::kAgentUsageEnabled).toString())) {
+        const auto old = std::find_if(cards_.begin(), cards_.end(),
+                                      [p = provider](const Card& c) { return c.provider == p; });
+        Card c = old != cards_.end() ? *old : Card{};
+        c.provider = provider;
+        c.enabled = on;
+        cards.push_back(std::move(c));
+    }
+    cards_ = std::move(cards);
+}
+
+void AgentsModel::saveOrder() {
+    std::vector<AgentProvider> order;
+    std::vector<AgentProvider> enabled;
+    for (const Card& c : cards_) {
+        order.push_back(c.provider);
+        if (c.enabled) {
+            enabled.push_back(c.provider);
+        }
+    }
+    prefs_.setValue(pref::kAgentUsageOrder, providerListText(order));
+    prefs_.setValue(pref::kAgentUsageEnabled, providerListText(enabled));
+}
+
+const AgentsModel::Card* AgentsModel::card(AgentProvider provider) const {
+    const auto it = std::find_if(cards_.begin(), cards_.end(),
+                                 [provider](const Card& c) { return c.provider == provider; });
+    return it == cards_.end() ? nullptr : &*it;
+}
+
+bool AgentsModel::isLoading() const {
+    return std::any_of(cards_.begin(), cards_.end(), [](const Card& c) { return c.loading; });
+}
+
+void AgentsModel::refresh() {
+    for (Card& c : cards_) {
+        if (c.enabled && !c.loading &&
+            (!c.notBefore.isValid() || QDateTime::currentDateTimeUtc() >= c.notBefore)) {
+            fetch(c);
+        }
+    }
+    emit cardsChanged();
+}
+
+void AgentsModel::fetch(Card& card) {
+    const AgentProvider provider = card.provider;
+    // The keyring answers on this thread; the request goes out on a worker.
+    std::optional<QString> key;
+    if (provider == AgentProvider::Copilot || provider == AgentProvider::OpenRouter) {
+        key = keyring().read(pastedKeyName(provider));
+    }
+    card.loading = true;
+    auto& watcher = watchers_[provider];
+    watcher = std::make_unique<QFutureWatcher<Outcome>>();
+    connect(watcher.get(), &QFutureWatcher<Outcome>::finished, this, [this, provider] {
+        const Outcome outcome = watchers_.at(provider)->result();
+        for (Card& c : cards_) {
+            if (c.provider != provider) {
+                continue;
+            }
+            c.loading = false;
+            if (const auto* report = std::get_if<AgentUsageReport>(&outcome)) {
+                c.report = *report;
+                c.error.reset();
+            } else {
+                c.error = std::get<AgentUsageError>(outcome);
+                if (c.error->kind == AgentUsageError::Kind::RateLimited) {
+                    c.notBefore = QDateTime::currentDateTimeUtc().addMSecs(
+                        static_cast<qint64>(c.error->retryAfter * 1000));
+                }
+            }
+        }
+        emit cardsChanged();
+    });
+    watcher->setFuture(QtConcurrent::run([provider, key]() -> Outcome {
+        try {
+            AgentUsageClient::Options options;
+            options.pastedKey = [key](AgentProvider) {
+                return key;
+            };
+            AgentUsageClient client(options);
+            return client.fetch(provider, QDateTime::currentDateTimeUtc());
+        } catch (const AgentUsageError& e) {
+            return e;
+        }
+    }));
+}
+
+void AgentsModel::setEnabled(AgentProvider provider, bool enabled) {
+    for (Card& c : cards_) {
+        if (c.provider == provider && c.enabled != enabled) {
+            c.enabled = enabled;
+            saveOrder();
+            if (enabled && holders_ > 0) {
+                fetch(c);
+            }
+            emit cardsChanged();
+        }
+    }
+}
+
+void AgentsModel::move(AgentProvider provider, int delta) {
+    const auto it = std::find_if(cards_.begin(), cards_.end(),
+                                 [provider](const Card& c) { return c.provider == provider; });
+    const auto from = std::distance(cards_.begin(), it);
+    const auto to = from + delta;
+    if (it == cards_.end() || to < 0 || to >= static_cast<long>(cards_.size())) {
+        return;
+    }
+    std::swap(cards_[static_cast<std::size_t>(from)], cards_[static_cast<std::size_t>(to)]);
+    saveOrder();
+    emit cardsChanged();
+}
+
+QString AgentsModel::saveKey(AgentProvider provider, const QString& key) {
+    const QString trimmed = key.trimmed();
+    if (trimmed.isEmpty()) {
+        return QStringLiteral("Paste a key first.");
+    }
+    const auto result = keyring().write(pastedKeyName(provider), trimmed);
+    if (!result.ok) {
+        return result.error;
+    }
+    for (Card& c : cards_) {
+        if (c.provider == provider && c.enabled) {
+            c.notBefore = {};
+            fetch(c);
+        }
+    }
+    emit cardsChanged();
+    return {};
+}
+
+QString AgentsModel::clearKey(AgentProvider provider) {
+    const auto result = keyring().remove(pastedKeyName(provider));
+    if (!result.ok) {
+        return result.error;
+    }
+    for (Card& c : cards_) {
+        if (c.provider == provider && c.enabled) {
+            fetch(c);
+        }
+    }
+    emit cardsChanged();
+    return {};
+}
+
+void AgentsModel::acquire() {
+    if (holders_++ == 0) {
+        timer_.start();
+        refresh();
+    }
+}
+
+void AgentsModel::release() {
+    if (holders_ > 0 && --holders_ == 0) {
+        timer_.stop();
+    }
+}
+
+void AgentsModel::setPeriod(UsagePeriod period) {
+    if (period != period_) {
+        period_ = period;
+        loadSpend();
+    }
+}
+
+void AgentsModel::loadSpend() {
+    if (spendWatcher_.isRunning()) {
+        spendWatcher_.waitForFinished(); // the newer period wins
+    }
+    const UsagePeriod period = period_;
+    spendWatcher_.setFuture(QtConcurrent::run([period] {
+        const QDateTime now = QDateTime::currentDateTime();
+        const auto events = LocalUsageLogs::events(interval(period, now).start);
+        return Spend{UsageSummary::of(events, period, now),
+                     DailySpend::series(events, period, now)};
+    }));
+    emit spendChanged();
+}
+
+AgentSessionReading AgentsModel::sessionReading() const {
+    for (const Card& c : cards_) {
+        if (!c.enabled) {
+            continue;
+        }
+        AgentSessionReading r{title(c.provider), std::nullopt, {}};
+        if (c.report && !c.report->limits.empty()) {
+            r.left = c.report->limits.front().remaining();
+        } else if (c.error) {
+            r.problem = c.error->menuText();
+        } else {
+            r.problem = QStringLiteral("Not measured yet");
+        }
+        return r;
+    }
+    return {QString(), std::nullopt, QStringLiteral("No agent enabled")};
+}
+
+} // namespace tarvik

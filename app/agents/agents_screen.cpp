@@ -1,0 +1,328 @@
+#include "app/agents/agents_screen.h"
+
+#include "app/agents/agents_model.h"
+#include "app/agents/limit_bar.h"
+#include "app/shell/screen_header.h"
+#include "app/shell/section_subtitles.h"
+#include "core/agents/agent_usage_json.h"
+#include "core/agents/openrouter_usage.h"
+#include "core/agents/usage_format.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QPushButton>
+#include <QToolButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace tarvik {
+namespace {
+
+QLabel* quiet(const QString& text, QWidget* parent) {
+    auto* l = new QLabel(text, parent);
+    l->setForegroundRole(QPalette::PlaceholderText);
+    l->setWordWrap(true);
+    return l;
+}
+
+QString percentUsed(double used) {
+    return QStringLiteral("%1% used").arg(qRound(used * 100.0));
+}
+
+} // namespace
+
+AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent), model_(model) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 20);
+    layout->addWidget(
+        new ScreenHeader(QStringLiteral("Agents"), sectionSubtitle(AppSection::Agents), this));
+
+    auto* actions = new QHBoxLayout();
+    state_ = new QLabel(this);
+    state_->setForegroundRole(QPalette::PlaceholderText);
+    refresh_ = new QPushButton(tr("&Refresh"), this);
+    refresh_->setObjectName(QStringLiteral("refreshAgents"));
+    refresh_->setDefault(true);
+    actions->addWidget(state_, 1);
+    actions->addWidget(refresh_);
+    layout->addLayout(actions);
+
+    cards_ = new QVBoxLayout();
+    layout->addLayout(cards_);
+
+    auto* spendBox = new QGroupBox(tr("Spend"), this);
+    auto* spend = new QVBoxLayout(spendBox);
+    spend->addWidget(quiet(QString::fromLatin1(kSpendBasis), spendBox));
+    auto* top = new QHBoxLayout();
+    period_ = new QComboBox(spendBox);
+    period_->setObjectName(QStringLiteral("spendPeriod"));
+    period_->setAccessibleName(tr("Period"));
+    for (UsagePeriod p : kAllUsagePeriods) {
+        period_->addItem(title(p), static_cast<int>(p));
+    }
+    total_ = new QLabel(spendBox);
+    total_->setObjectName(QStringLiteral("spendTotal"));
+    QFont big = total_->font();
+    big.setBold(true);
+    total_->setFont(big);
+    top->addWidget(period_);
+    top->addWidget(total_, 1);
+    spend->addLayout(top);
+    modelLines_ = new QVBoxLayout();
+    spend->addLayout(modelLines_);
+    chart_ = new DailySpendChart(spendBox);
+    chart_->setObjectName(QStringLiteral("spendChart"));
+    spend->addWidget(chart_);
+    layout->addWidget(spendBox);
+    layout->addStretch(1);
+
+    connect(refresh_, &QPushButton::clicked, &model_, &AgentsModel::refresh);
+    connect(period_, &QComboBox::currentIndexChanged, this,
+            [this] { model_.setPeriod(static_cast<UsagePeriod>(period_->currentData().toInt())); });
+    // Queued: a card's own button may be what changed the cards, and it must not be deleted
+    // while it is still handling its click.
+    connect(&model_, &AgentsModel::cardsChanged, this, &AgentsScreen::renderCards,
+            Qt::QueuedConnection);
+    connect(&model_, &AgentsModel::spendChanged, this, &AgentsScreen::renderSpend);
+    clock_.setInterval(30'000);
+    connect(&clock_, &QTimer::timeout, this, &AgentsScreen::renderCards);
+    renderCards();
+    renderSpend();
+}
+
+AgentsScreen::~AgentsScreen() {
+    if (holding_) {
+        model_.release();
+    }
+}
+
+void AgentsScreen::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (!holding_) {
+        holding_ = true;
+        model_.acquire();
+        model_.loadSpend();
+        clock_.start();
+    }
+}
+
+void AgentsScreen::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (holding_) {
+        holding_ = false;
+        model_.release();
+        clock_.stop();
+    }
+}
+
+void AgentsScreen::renderCards() {
+    // Keys typed but not saved survive a redraw.
+    std::map<QString, QString> typed;
+    for (auto* edit : findChildren<QLineEdit*>()) {
+        typed[edit->objectName()] = edit->text();
+    }
+    while (QLayoutItem* item = cards_->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    for (int i = 0; i < static_cast<int>(model_.cards().size()); ++i) {
+        cards_->addWidget(buildCard(i));
+    }
+    for (auto* edit : findChildren<QLineEdit*>()) {
+        edit->setText(typed[edit->objectName()]);
+    }
+    refresh_->setEnabled(!model_.isLoading());
+    state_->setText(model_.isLoading() ? tr("Fetching…") : QString());
+}
+
+QWidget* AgentsScreen::buildCard(int index) {
+    const AgentsModel::Card& c = model_.cards()[static_cast<std::size_t>(index)];
+    const QString key = rawValue(c.provider);
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    auto* box = new QGroupBox(title(c.provider), this);
+    box->setObjectName(QStringLiteral("card_") + key);
+    auto* v = new QVBoxLayout(box);
+
+    auto* head = new QHBoxLayout();
+    head->addWidget(quiet(source(c.provider), box), 1);
+    auto* enabled = new QCheckBox(tr("Show"), box);
+    enabled->setObjectName(QStringLiteral("enable_") + key);
+    enabled->setChecked(c.enabled);
+    enabled->setAccessibleName(tr("Show %1").arg(title(c.provider)));
+    auto* up = new QToolButton(box);
+    up->setArrowType(Qt::UpArrow);
+    up->setObjectName(QStringLiteral("up_") + key);
+    up->setAccessibleName(tr("Move %1 up").arg(title(c.provider)));
+    up->setEnabled(index > 0);
+    auto* down = new QToolButton(box);
+    down->setArrowType(Qt::DownArrow);
+    down->setObjectName(QStringLiteral("down_") + key);
+    down->setAccessibleName(tr("Move %1 down").arg(title(c.provider)));
+    down->setEnabled(index + 1 < static_cast<int>(model_.cards().size()));
+    head->addWidget(enabled);
+    head->addWidget(up);
+    head->addWidget(down);
+    v->addLayout(head);
+    const AgentProvider provider = c.provider;
+    connect(enabled, &QCheckBox::toggled, this,
+            [this, provider](bool on) { model_.setEnabled(provider, on); });
+    connect(up, &QToolButton::clicked, this, [this, provider] { model_.move(provider, -1); });
+    connect(down, &QToolButton::clicked, this, [this, provider] { model_.move(provider, 1); });
+
+    if (!c.enabled) {
+        return box;
+    }
+    if (c.loading && !c.report && !c.error) {
+        v->addWidget(quiet(tr("Fetching…"), box));
+    }
+    if (c.error) {
+        auto* error = new QLabel(c.error->message(), box);
+        error->setObjectName(QStringLiteral("error_") + key);
+        error->setWordWrap(true);
+        if (c.error->kind == AgentUsageError::Kind::RateLimited && c.notBefore.isValid()) {
+            error->setText(error->text() + QLatin1Char(' ') +
+                           tr("Tarvik asks again after %1.")
+                               .arg(QLocale().toString(c.notBefore.toLocalTime().time(),
+                                                       QLocale::ShortFormat)));
+        }
+        v->addWidget(error);
+    } else if (c.report) {
+        const AgentUsageReport& r = *c.report;
+        QStringList about;
+        if (r.plan) {
+            about << *r.plan;
+        }
+        if (r.account) {
+            about << *r.account;
+        }
+        if (!about.isEmpty()) {
+            v->addWidget(new QLabel(about.join(QStringLiteral(" · ")), box));
+        }
+        auto* grid = new QGridLayout();
+        int row = 0;
+        for (const UsageLimit& l : r.limits) {
+            auto* bar = new LimitBar(box);
+            bar->setObjectName(QStringLiteral("limit_") + key + QLatin1Char('_') + l.id);
+            bar->setValues(l.used, l.elapsed(now));
+            bar->setAccessibleName(l.title + QStringLiteral(": ") + percentUsed(l.used));
+            QStringList words{percentUsed(l.used)};
+            if (l.detail) {
+                words << *l.detail;
+            }
+            if (const QString reset = resetText(l, now); !reset.isEmpty()) {
+                words << reset;
+            }
+            if (const auto margin = l.paceMargin(now); margin && *margin < -0.05) {
+                words << tr("ahead of an even pace");
+            }
+            grid->addWidget(new QLabel(l.title, box), row, 0);
+            grid->addWidget(bar, row, 1);
+            grid->addWidget(quiet(words.join(QStringLiteral(" · ")), box), row, 2);
+            ++row;
+        }
+        for (const CreditBalance& credit : r.credits) {
+            grid->addWidget(new QLabel(credit.title, box), row, 0);
+            grid->addWidget(quiet(credit.limit ? tr("$%1 of $%2 used")
+                                                     .arg(credit.used, 0, 'f', 2)
+                                                     .arg(*credit.limit, 0, 'f', 2)
+                                               : tr("$%1 used").arg(credit.used, 0, 'f', 2),
+                                  box),
+                            row, 1, 1, 2);
+            ++row;
+        }
+        grid->setColumnStretch(1, 1);
+        v->addLayout(grid);
+        for (const QString& note : r.notes) {
+            v->addWidget(quiet(note, box));
+        }
+    }
+
+    // A key to paste where the provider takes one.
+    if (provider == AgentProvider::OpenRouter || provider == AgentProvider::Copilot) {
+        auto* keyRow = new QHBoxLayout();
+        auto* field = new QLineEdit(box);
+        field->setObjectName(QStringLiteral("key_") + key);
+        field->setEchoMode(QLineEdit::Password);
+        field->setPlaceholderText(provider == AgentProvider::OpenRouter
+                                      ? tr("OpenRouter API key")
+                                      : tr("GitHub token (optional)"));
+        field->setAccessibleName(field->placeholderText());
+        auto* save = new QPushButton(tr("Save Key"), box);
+        save->setObjectName(QStringLiteral("saveKey_") + key);
+        auto* forget = new QPushButton(tr("Forget Key"), box);
+        forget->setObjectName(QStringLiteral("clearKey_") + key);
+        auto* message = new QLabel(box);
+        message->setObjectName(QStringLiteral("keyMessage_") + key);
+        message->setWordWrap(true);
+        keyRow->addWidget(field, 1);
+        keyRow->addWidget(save);
+        keyRow->addWidget(forget);
+        if (provider == AgentProvider::OpenRouter) {
+            auto* page = new QPushButton(tr("Get a Key…"), box);
+            connect(page, &QPushButton::clicked, this, [] {
+                QDesktopServices::openUrl(QUrl(QString::fromLatin1(OpenRouterUsage::kKeysPage)));
+            });
+            keyRow->addWidget(page);
+        }
+        v->addLayout(keyRow);
+        v->addWidget(message);
+        connect(save, &QPushButton::clicked, this, [this, provider, field, message] {
+            const QString error = model_.saveKey(provider, field->text());
+            if (error.isEmpty()) {
+                field->clear(); // the keyring holds it now, not this window
+            } else {
+                message->setText(error);
+            }
+        });
+        connect(forget, &QPushButton::clicked, this, [this, provider, message] {
+            const QString error = model_.clearKey(provider);
+            message->setText(error);
+        });
+    }
+    return box;
+}
+
+void AgentsScreen::renderSpend() {
+    while (QLayoutItem* item = modelLines_->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
+    const auto& s = model_.spend();
+    if (model_.isSpendLoading() && !s) {
+        total_->setText(tr("Reading the logs…"));
+        chart_->setValues({});
+        return;
+    }
+    if (!s || s->models.empty()) {
+        total_->setText(tr("No usage recorded for this period"));
+        chart_->setValues({});
+        return;
+    }
+    total_->setText(
+        tr("%1 · %2 tokens")
+            .arg(UsageFormat::dollars(s->totalCost), UsageFormat::tokens(s->totalTokens)));
+    for (const ModelLine& line : s->models) {
+        auto* row = new QLabel(
+            tr("%1 — %2 · %3 tokens")
+                .arg(line.model,
+                     line.cost ? UsageFormat::dollars(*line.cost) : tr("no public price"),
+                     UsageFormat::tokens(line.tokens)),
+            this);
+        row->setObjectName(QStringLiteral("modelLine"));
+        modelLines_->addWidget(row);
+    }
+    std::vector<std::pair<QString, double>> days;
+    for (const DailySpend& d : model_.days()) {
+        days.emplace_back(QLocale().toString(d.day, QLocale::ShortFormat), d.cost);
+    }
+    chart_->setValues(std::move(days));
+}
+
+} // namespace tarvik

@@ -1,0 +1,164 @@
+// The Agents screen against local servers that answer like the services, with sign-ins and
+// logs in a temporary home.
+#include "app/agents/agents_screen.h"
+#include "app/agents/limit_bar.h"
+#include "app/shell/app_models.h"
+#include "tests/support/scripted_server.h"
+#include "tests/support/temp_home.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+using tarvik::test::writeFile;
+
+namespace {
+
+bool waitFor(const std::function<bool()>& done, int ms = 10000) {
+    QElapsedTimer t;
+    t.start();
+    while (!done() && t.elapsed() < ms) {
+        QApplication::processEvents(QEventLoop::AllEvents, 50);
+    }
+    return done();
+}
+
+// Points the services at a local server for the life of the object.
+struct LocalServices {
+    test::ScriptedServer server;
+    std::vector<QByteArray> names = {"TARVIK_CLAUDE_API", "TARVIK_CODEX_API", "TARVIK_COPILOT_API",
+                                     "TARVIK_OPENROUTER_API", "DBUS_SESSION_BUS_ADDRESS"};
+    std::map<QByteArray, QByteArray> saved;
+    LocalServices() {
+        for (const auto& n : names) {
+            saved[n] = qgetenv(n.constData());
+            qputenv(n.constData(), server.url().toString().toUtf8());
+        }
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); // no keyring here
+    }
+    ~LocalServices() {
+        for (const auto& [n, v] : saved) {
+            if (v.isEmpty()) {
+                qunsetenv(n.constData());
+            } else {
+                qputenv(n.constData(), v);
+            }
+        }
+    }
+};
+
+AppModels::Options optionsIn(const test::TempHome& home) {
+    return {home.config() + "/Tarvik/Tarvik.conf",
+            home.config() + "/autostart",
+            "/usr/bin/tarvik",
+            {"/", home.path()},
+            {},
+            std::nullopt,
+            QString(),
+            nullptr};
+}
+
+} // namespace
+
+TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
+    test::TempHome home;
+    LocalServices services;
+    writeFile(home.path() + "/.claude/.credentials.json",
+              R"({"claudeAiOauth":{"accessToken":"tok","rateLimitTier":"default_claude_max_5x"}})");
+    const QString resets = QDateTime::currentDateTimeUtc().addSecs(9000).toString(Qt::ISODate);
+    services.server.answer(
+        "/api/oauth/usage",
+        {200,
+         QString(R"({"five_hour":{"utilization":30,"resets_at":"%1"}})").arg(resets).toUtf8()});
+    writeFile(home.path() + "/.codex/auth.json", R"({"tokens":{"access_token":"t"}})");
+    services.server.answer("/backend-api/wham/usage", {429, "{}", {{"Retry-After", "600"}}});
+
+    AppModels models(optionsIn(home));
+    AgentsScreen screen(models.agents());
+    screen.show();
+    ASSERT_TRUE(waitFor([&] {
+        return !models.agents().isLoading() &&
+               screen.findChild<LimitBar*>("limit_claude_five_hour");
+    }));
+    auto* bar = screen.findChild<LimitBar*>("limit_claude_five_hour");
+    EXPECT_DOUBLE_EQ(bar->used(), 0.3);
+    ASSERT_TRUE(bar->evenPace());
+    EXPECT_NEAR(*bar->evenPace(), 0.5, 0.01); // half of the five hours gone
+    EXPECT_TRUE(screen.findChild<QGroupBox*>("card_claude")->findChild<QLabel*>() != nullptr);
+    auto* limited = screen.findChild<QLabel*>("error_codex");
+    ASSERT_NE(limited, nullptr);
+    EXPECT_TRUE(limited->text().startsWith("The service is asking Tarvik to slow down."));
+    EXPECT_TRUE(limited->text().contains("asks again after"));
+    ASSERT_NE(screen.findChild<QLabel*>("error_openRouter"), nullptr);
+
+    // A rate-limited provider is not asked again before its time.
+    const auto asked = services.server.requests().size();
+    screen.findChild<QPushButton*>("refreshAgents")->click();
+    ASSERT_TRUE(waitFor([&] { return !models.agents().isLoading(); }));
+    int codexAgain = 0;
+    for (std::size_t i = asked; i < services.server.requests().size(); ++i) {
+        codexAgain += services.server.requests()[i].path == "/backend-api/wham/usage" ? 1 : 0;
+    }
+    EXPECT_EQ(codexAgain, 0);
+
+    // The tray reading follows the first enabled agent.
+    const auto reading =
+        models.monitor().menuBarReadings({MenuBarStat::Agent}, models.agents().sessionReading());
+    EXPECT_EQ(reading[0].compact, "70%");
+    EXPECT_EQ(reading[0].words, "Claude session 70% left");
+
+    // Order and visibility are kept in the settings.
+    screen.findChild<QToolButton*>("down_claude")->click();
+    QApplication::processEvents();
+    EXPECT_EQ(models.preferences().value(pref::kAgentUsageOrder).toString(),
+              "codex,claude,copilot,openRouter");
+    const auto first =
+        models.monitor().menuBarReadings({MenuBarStat::Agent}, models.agents().sessionReading());
+    EXPECT_EQ(first[0].words, "Codex: Rate limited, will retry");
+    screen.findChild<QCheckBox*>("enable_copilot")->setChecked(false);
+    QApplication::processEvents();
+    EXPECT_EQ(models.preferences().value(pref::kAgentUsageEnabled).toString(),
+              "codex,claude,openRouter");
+    EXPECT_EQ(screen.findChild<QLabel*>("error_copilot"), nullptr);
+
+    // Without a keyring the key can't be kept, and the card says why.
+    screen.findChild<QLineEdit*>("key_openRouter")->setText("sk-or-v1-x");
+    screen.findChild<QPushButton*>("saveKey_openRouter")->click();
+    QApplication::processEvents();
+    EXPECT_FALSE(screen.findChild<QLabel*>("keyMessage_openRouter")->text().isEmpty());
+    screen.hide();
+}
+
+TEST(AgentsScreen, SpendFromTheLocalLogsByPeriod) {
+    test::TempHome home;
+    LocalServices services;
+    const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
+    writeFile(home.path() + "/.claude/projects/p/s.jsonl",
+              QString(R"({"timestamp":"%1","requestId":"r","message":{"id":"m",)"
+                      R"("model":"claude-opus-4-5-20251101","usage":{"input_tokens":200000,)"
+                      R"("output_tokens":1000}}})"
+                      "\n")
+                  .arg(now)
+                  .toUtf8());
+    AppModels models(optionsIn(home));
+    AgentsScreen screen(models.agents());
+    screen.show();
+    auto* total = screen.findChild<QLabel*>("spendTotal");
+    ASSERT_TRUE(waitFor([&] { return total->text().startsWith("$"); }));
+    EXPECT_EQ(total->text(), "$1.02 · 201K tokens"); // 200K × $5 + 1K × $25 per million
+    EXPECT_EQ(screen.findChildren<QLabel*>("modelLine").size(), 1);
+
+    screen.findChild<QComboBox*>("spendPeriod")->setCurrentIndex(1); // Yesterday
+    ASSERT_TRUE(waitFor([&] { return !total->text().startsWith("$"); }));
+    EXPECT_EQ(total->text(), "No usage recorded for this period");
+    EXPECT_TRUE(screen.findChildren<QLabel*>("modelLine").isEmpty());
+    screen.hide();
+}

@@ -322,6 +322,8 @@ void AgentsScreen::renderSpend() {
     for (const DailySpend& d : model_.days()) {
         days.emplace_back(QLocale().toString(d.day, QLocale::ShortFormat), d.cost);
     }
+    // One day is no series: the chart shows from two days on.
+    chart_->setVisible(days.size() > 1);
     chart_->setValues(std::move(days));
 }
 

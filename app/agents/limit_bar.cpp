@@ -78,8 +78,9 @@ void DailySpendChart::paintEvent(QPaintEvent*) {
     p.setBrush(palette().color(QPalette::Highlight));
     for (std::size_t i = 0; i < days_.size(); ++i) {
         const double h = area.height() * days_[i].second / top;
-        p.drawRect(QRectF(area.left() + slot * static_cast<double>(i) + slot * 0.15,
-                          area.bottom() - h, slot * 0.7, h));
+        const double w = std::min(slot * 0.7, 28.0);
+        p.drawRect(QRectF(area.left() + slot * static_cast<double>(i) + (slot - w) / 2,
+                          area.bottom() - h, w, h));
     }
     // The first and last day name the range.
     p.setPen(palette().color(QPalette::PlaceholderText));

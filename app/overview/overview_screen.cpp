@@ -1,5 +1,6 @@
 #include "app/overview/overview_screen.h"
 
+#include "app/agents/agents_model.h"
 #include "app/monitor/health_issues_view.h"
 #include "app/overview/overview_model.h"
 #include "app/shell/screen_header.h"
@@ -18,8 +19,8 @@
 namespace tarvik {
 
 OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
-                               SystemMonitorModel& monitor, QWidget* parent)
-    : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor) {
+                               SystemMonitorModel& monitor, AgentsModel* agents, QWidget* parent)
+    : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor), agents_(agents) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(new ScreenHeader(QStringLiteral("Smart Scan"),
@@ -58,6 +59,22 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
     junkRow->addWidget(review);
     layout->addWidget(junkBox);
 
+    if (agents_ != nullptr) {
+        auto* agentBox = new QGroupBox(tr("Agent Limits"), this);
+        auto* agentRow = new QHBoxLayout(agentBox);
+        agentLimits_ = new QLabel(agentBox);
+        agentLimits_->setObjectName(QStringLiteral("agentLimitsTile"));
+        agentLimits_->setWordWrap(true);
+        auto* open = new QPushButton(tr("Show Agents"), agentBox);
+        connect(open, &QPushButton::clicked, this,
+                [this] { navigator_.select(AppSection::Agents); });
+        agentRow->addWidget(agentLimits_, 1);
+        agentRow->addWidget(open);
+        layout->addWidget(agentBox);
+        connect(agents_, &AgentsModel::cardsChanged, this, &OverviewScreen::renderAgents);
+        renderAgents();
+    }
+
     auto* actions = new QHBoxLayout();
     state_ = new QLabel(this);
     state_->setForegroundRole(QPalette::PlaceholderText);
@@ -81,6 +98,9 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
 OverviewScreen::~OverviewScreen() {
     if (holding_) {
         monitor_.release(MonitorClient::Window);
+        if (agents_ != nullptr) {
+            agents_->release();
+        }
     }
 }
 
@@ -89,7 +109,34 @@ void OverviewScreen::hideEvent(QHideEvent* event) {
     if (holding_) {
         holding_ = false;
         monitor_.release(MonitorClient::Window);
+        if (agents_ != nullptr) {
+            agents_->release();
+        }
     }
+}
+
+void OverviewScreen::renderAgents() {
+    // One line per shown agent: its first limit (the session) or why there is none.
+    QStringList lines;
+    for (const auto& card : agents_->cards()) {
+        if (!card.enabled) {
+            continue;
+        }
+        QString line = title(card.provider) + QStringLiteral(": ");
+        if (card.report && !card.report->limits.empty()) {
+            const UsageLimit& l = card.report->limits.front();
+            line += tr("%1 %2% used").arg(l.title).arg(qRound(l.used * 100.0));
+        } else if (card.report) {
+            line += tr("no plan limits");
+        } else if (card.error) {
+            line += card.error->menuText();
+        } else {
+            line += tr("checking…");
+        }
+        lines << line;
+    }
+    agentLimits_->setText(lines.isEmpty() ? tr("No agents are shown.")
+                                          : lines.join(QLatin1Char('\n')));
 }
 
 void OverviewScreen::showEvent(QShowEvent* event) {
@@ -97,6 +144,9 @@ void OverviewScreen::showEvent(QShowEvent* event) {
     if (!holding_) {
         holding_ = true;
         monitor_.acquire(MonitorClient::Window);
+        if (agents_ != nullptr) {
+            agents_->acquire();
+        }
     }
     if (!model_.hasSummary()) {
         model_.refresh();

@@ -8,6 +8,7 @@ class QPushButton;
 
 namespace tarvik {
 
+class AgentsModel;
 class HealthIssuesView;
 class Navigator;
 class OverviewModel;
@@ -18,7 +19,7 @@ class OverviewScreen : public QWidget {
     Q_OBJECT
 public:
     OverviewScreen(OverviewModel& model, Navigator& navigator, SystemMonitorModel& monitor,
-                   QWidget* parent = nullptr);
+                   AgentsModel* agents = nullptr, QWidget* parent = nullptr);
     ~OverviewScreen() override;
 
 protected:
@@ -27,10 +28,13 @@ protected:
 
 private:
     void render();
+    void renderAgents();
 
     OverviewModel& model_;
     Navigator& navigator_;
     SystemMonitorModel& monitor_;
+    AgentsModel* agents_ = nullptr; // the agent-limits tile, when there is one
+    QLabel* agentLimits_ = nullptr;
     HealthIssuesView* health_ = nullptr;
     bool holding_ = false; // the monitor samples while Smart Scan shows its health
     QLabel* junk_ = nullptr;

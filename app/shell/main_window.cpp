@@ -133,8 +133,8 @@ QWidget* MainWindow::createScreen(AppSection section) {
     QWidget* screen = nullptr;
     switch (section) {
     case AppSection::Overview:
-        screen =
-            new OverviewScreen(models_.overview(), models_.navigator(), models_.monitor(), this);
+        screen = new OverviewScreen(models_.overview(), models_.navigator(), models_.monitor(),
+                                    &models_.agents(), this);
         break;
     case AppSection::SystemJunk:
         screen = new JunkScreen(models_.junk(), xdg::home(), this);

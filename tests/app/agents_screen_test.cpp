@@ -2,6 +2,7 @@
 // logs in a temporary home.
 #include "app/agents/agents_screen.h"
 #include "app/agents/limit_bar.h"
+#include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
@@ -134,6 +135,12 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     screen.findChild<QPushButton*>("saveKey_openRouter")->click();
     QApplication::processEvents();
     EXPECT_FALSE(screen.findChild<QLabel*>("keyMessage_openRouter")->text().isEmpty());
+
+    // Smart Scan's tile: each shown agent's session, or why there is none.
+    OverviewScreen overview(models.overview(), models.navigator(), models.monitor(),
+                            &models.agents());
+    EXPECT_EQ(overview.findChild<QLabel*>("agentLimitsTile")->text().split('\n').mid(0, 2),
+              (QStringList{"Codex: Rate limited, will retry", "Claude: Session 30% used"}));
     screen.hide();
 }
 

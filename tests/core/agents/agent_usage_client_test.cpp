@@ -198,3 +198,16 @@ TEST(AgentUsageClient, CopilotAndOpenRouterWithSavedOrPastedKeys) {
     AgentUsageClient closed(o);
     EXPECT_EQ(failure(closed, AgentProvider::OpenRouter).kind, AgentUsageError::Kind::Network);
 }
+
+TEST(AgentUsageClient, AMalformedSignInFileIsNoSignIn) {
+    test::TempHome home;
+    ScriptedServer server;
+    auto c = client(server);
+    writeFile(home.path() + "/.claude/.credentials.json", "{\"claudeAiOauth\": {\"accessTo");
+    EXPECT_EQ(failure(c, AgentProvider::Claude).kind, AgentUsageError::Kind::NotSignedIn);
+    ::setenv("CODEX_HOME", (home.path() + "/codex").toLocal8Bit().constData(), 1);
+    writeFile(home.path() + "/codex/auth.json", "[]");
+    EXPECT_EQ(failure(c, AgentProvider::Codex).kind, AgentUsageError::Kind::NotSignedIn);
+    ::unsetenv("CODEX_HOME");
+    EXPECT_TRUE(server.requests().empty());
+}

@@ -3,12 +3,15 @@
 #include "core/agents/log_lines.h"
 #include "tests/support/temp_home.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 using namespace tarvik;
 using tarvik::test::TempHome;
@@ -161,4 +164,41 @@ TEST(LogLines, LinesAcrossReadBlocksAndLongerThanABlockComeWhole) {
     EXPECT_TRUE(lines == expected);
     EXPECT_FALSE(LogLines::forEach(home.path().toStdString() + "/missing.jsonl",
                                    [](QByteArrayView) { ADD_FAILURE(); }));
+}
+
+TEST(LocalUsageLogs, FilesChangedBeforeThePeriodAreNeverOpened) {
+    TempHome home;
+    const ScopedEnv claudeDir("CLAUDE_CONFIG_DIR", QString());
+    const ScopedEnv codexDir("CODEX_HOME", QString());
+    const QString line = QString(R"({"timestamp":"%1","message":{"id":"m","model":"x",)"
+                                 R"("usage":{"input_tokens":1}}})")
+                             .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
+    const QString recent = home.path() + "/.claude/projects/p/recent.jsonl";
+    const QString old = home.path() + "/.claude/projects/p/old.jsonl";
+    writeFile(recent, line.toUtf8());
+    writeFile(old, line.toUtf8());
+    fs::last_write_time(old.toStdString(),
+                        fs::file_time_type::clock::now() - std::chrono::hours(24 * 40));
+    // The kernel reports every open of a watched file.
+    const int watch = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(watch, 0);
+    const int recentWatch = inotify_add_watch(watch, recent.toLocal8Bit().constData(), IN_OPEN);
+    const int oldWatch = inotify_add_watch(watch, old.toLocal8Bit().constData(), IN_OPEN);
+    ASSERT_GE(recentWatch, 0);
+    ASSERT_GE(oldWatch, 0);
+
+    EXPECT_EQ(LocalUsageLogs::events(QDateTime::currentDateTime().addDays(-1)).size(), 1u);
+
+    std::vector<int> opened;
+    alignas(inotify_event) char buffer[4096];
+    for (ssize_t n; (n = ::read(watch, buffer, sizeof buffer)) > 0;) {
+        for (char* p = buffer; p < buffer + n;) {
+            const auto* e = reinterpret_cast<const inotify_event*>(p);
+            opened.push_back(e->wd);
+            p += sizeof(inotify_event) + e->len;
+        }
+    }
+    ::close(watch);
+    EXPECT_NE(std::find(opened.begin(), opened.end(), recentWatch), opened.end());
+    EXPECT_EQ(std::find(opened.begin(), opened.end(), oldWatch), opened.end());
 }

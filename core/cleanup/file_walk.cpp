@@ -1,0 +1,216 @@
+#include "core/cleanup/file_walk.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <dirent.h>
+#include <fcntl.h>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace tarvik {
+
+std::string childPath(const std::string& folder, const char* name) {
+    std::string child = folder;
+    if (child.empty() || child.back() != '/') {
+        child += '/';
+    }
+    child += name;
+    return child;
+}
+
+namespace {
+
+class Walk {
+public:
+    Walk(dev_t dev, const FileWalk::Options& options) : dev_(dev), o_(options) {}
+
+    void push(std::string dir) {
+        {
+            std::lock_guard lock(mutex_);
+            queue_.push_back(std::move(dir));
+            ++pending_;
+        }
+        ready_.notify_one();
+    }
+
+    void run(int thread) {
+        std::vector<char> buffer(std::size_t{64} * 1024);
+        std::string dir;
+        while (next(dir)) {
+            list(dir, thread, buffer);
+            finish();
+        }
+    }
+
+    // Lists folders on the calling thread while the tree stays narrow; true when the whole
+    // tree is done, false when enough folders wait that threads pay off.
+    bool runInline(std::size_t wide) {
+        std::vector<char> buffer(std::size_t{64} * 1024);
+        for (;;) {
+            std::string dir;
+            {
+                std::lock_guard lock(mutex_);
+                if (queue_.empty()) {
+                    return true;
+                }
+                if (queue_.size() >= wide) {
+                    return false;
+                }
+                dir = std::move(queue_.front());
+                queue_.pop_front();
+            }
+            list(dir, 0, buffer);
+            finish();
+        }
+    }
+
+    FileWalk::Totals totals() const {
+        return {entries_.load(), unreadable_.load(), otherFileSystems_.load(), 1};
+    }
+
+private:
+    bool next(std::string& dir) {
+        std::unique_lock lock(mutex_);
+        ready_.wait(lock, [this] { return !queue_.empty() || pending_ == 0; });
+        if (queue_.empty()) {
+            return false;
+        }
+        dir = std::move(queue_.front());
+        queue_.pop_front();
+        return true;
+    }
+
+    void finish() {
+        std::lock_guard lock(mutex_);
+        if (--pending_ == 0) {
+            ready_.notify_all();
+        }
+    }
+
+    bool cancelled() const {
+        return o_.cancel != nullptr && o_.cancel->load(std::memory_order_relaxed);
+    }
+
+    void count() {
+        const std::int64_t n = entries_.fetch_add(1, std::memory_order_relaxed) + 1;
+        if (o_.progress && o_.progressEvery > 0 && n % o_.progressEvery == 0) {
+            o_.progress(n);
+        }
+    }
+
+    void folder(const std::string& dir, const char* name) {
+        if (!o_.enter || o_.enter(dir, name)) {
+            push(childPath(dir, name));
+        }
+    }
+
+    void list(const std::string& dir, int thread, std::vector<char>& buffer) {
+        if (cancelled()) {
+            return;
+        }
+        const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (fd < 0) {
+            ++unreadable_;
+            return;
+        }
+        struct stat self {};
+        if (::fstat(fd, &self) != 0 || (o_.sameFileSystem && self.st_dev != dev_)) {
+            ++otherFileSystems_;
+            ::close(fd);
+            return;
+        }
+        for (;;) {
+            const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
+            if (n < 0) {
+                ++unreadable_;
+                break;
+            }
+            if (n == 0) {
+                break;
+            }
+            for (ssize_t off = 0; off < n;) {
+                const auto* d = reinterpret_cast<const dirent64*>(buffer.data() + off);
+                off += d->d_reclen;
+                const char* name = d->d_name;
+                if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) {
+                    continue;
+                }
+                count();
+                if ((entries_.load(std::memory_order_relaxed) & 1023) == 0 && cancelled()) {
+                    ::close(fd);
+                    return;
+                }
+                if (name[0] == '.' && !o_.includeHidden) {
+                    continue;
+                }
+                const unsigned char type = d->d_type;
+                if (type == DT_LNK || (type != DT_REG && type != DT_DIR && type != DT_UNKNOWN)) {
+                    continue; // links are never followed; devices, sockets and pipes hold no data
+                }
+                if (type == DT_DIR) {
+                    folder(dir, name);
+                    continue;
+                }
+                struct statx sx {};
+                if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                            o_.statxMask | STATX_TYPE, &sx) != 0) {
+                    continue; // vanished meanwhile
+                }
+                if (S_ISDIR(sx.stx_mode)) {
+                    folder(dir, name);
+                } else if (S_ISREG(sx.stx_mode) && o_.file) {
+                    o_.file(thread, dir, name, sx);
+                }
+            }
+        }
+        ::close(fd);
+    }
+
+    dev_t dev_;
+    const FileWalk::Options& o_;
+    std::mutex mutex_;
+    std::condition_variable ready_;
+    std::deque<std::string> queue_;
+    std::size_t pending_ = 0;
+    std::atomic<std::int64_t> entries_ = 0;
+    std::atomic<std::int64_t> unreadable_ = 0;
+    std::atomic<std::int64_t> otherFileSystems_ = 0;
+};
+
+} // namespace
+
+int FileWalk::maximumThreads(const Options& options) {
+    return options.threads > 0
+               ? options.threads
+               : std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 2, 8);
+}
+
+FileWalk::Totals FileWalk::run(const std::string& root, const Options& options) {
+    struct stat st {};
+    if (::stat(root.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        return {0, 1, 0, 1};
+    }
+    Walk walk(st.st_dev, options);
+    walk.push(root);
+    // Most folders are small: starting threads would cost more than listing them.
+    if (walk.runInline(8)) {
+        return walk.totals();
+    }
+    const int wanted = maximumThreads(options);
+    std::vector<std::thread> workers;
+    for (int i = 1; i < wanted; ++i) {
+        workers.emplace_back([&walk, i] { walk.run(i); });
+    }
+    walk.run(0);
+    for (auto& w : workers) {
+        w.join();
+    }
+    Totals t = walk.totals();
+    t.threads = wanted;
+    return t;
+}
+
+} // namespace tarvik

@@ -82,6 +82,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     addSpeedTestCommand(app, result);
     addProcessCommands(app, result);
     addAgentsCommand(app, result);
+    addFilesCommands(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

@@ -31,6 +31,7 @@ void addBrewCommand(CLI::App& app, CommandResult& result);
 void addSpeedTestCommand(CLI::App& app, CommandResult& result);
 void addProcessCommands(CLI::App& app, CommandResult& result);
 void addAgentsCommand(CLI::App& app, CommandResult& result);
+void addFilesCommands(CLI::App& app, CommandResult& result);
 
 // The health issues one sample shows (no CPU history), for the summary.
 std::vector<HealthIssue> quickHealthIssues();

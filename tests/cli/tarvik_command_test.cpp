@@ -598,3 +598,37 @@ TEST_F(TarvikCommand, AgentsCostAddsUpTodaysLocalLogsAtApiPrices) {
     EXPECT_TRUE(text.out.contains("No usage recorded for this period")) << text.out.toStdString();
     EXPECT_EQ(tarvik({"agents", "cost", "--period", "week"}).exitCode, 2);
 }
+
+TEST_F(TarvikCommand, LargeAndDupesFindAndDupesDeleteKeepsTheOriginal) {
+    const QByteArray data(1'500'000, 'd');
+    writeFile(home_.path() + "/Downloads/first.iso", data);
+    writeFile(home_.path() + "/Documents/second.iso", data);
+    {
+        QFile older(home_.path() + "/Downloads/first.iso");
+        ASSERT_TRUE(older.open(QIODevice::ReadWrite));
+        older.setFileTime(QDateTime::currentDateTime().addDays(-10),
+                          QFileDevice::FileModificationTime);
+    }
+
+    const Outcome large = tarvik({"large", "--min", "1MB", "--json"});
+    ASSERT_EQ(large.exitCode, 0) << large.err.toStdString();
+    const QJsonArray files = QJsonDocument::fromJson(large.out.toUtf8()).array();
+    ASSERT_EQ(files.size(), 2);
+    EXPECT_EQ(files[0].toObject()["kind"], "diskImage");
+    EXPECT_EQ(tarvik({"large", "--min", "lots"}).exitCode, 2);
+
+    const Outcome dupes = tarvik({"dupes", "--json"});
+    const QJsonArray groups = QJsonDocument::fromJson(dupes.out.toUtf8()).array();
+    ASSERT_EQ(groups.size(), 1);
+    EXPECT_TRUE(groups[0].toObject()["files"].toArray()[0].toObject()["path"].toString().endsWith(
+        "first.iso")); // the oldest is the original
+
+    // Without a terminal and without --yes nothing is removed.
+    EXPECT_EQ(tarvik({"dupes", "--delete"}).exitCode, 2);
+    EXPECT_TRUE(QFile::exists(home_.path() + "/Documents/second.iso"));
+    const Outcome removed = tarvik({"dupes", "--delete", "--yes", "--mode", "deletePermanently"});
+    EXPECT_EQ(removed.exitCode, 0) << removed.err.toStdString();
+    EXPECT_FALSE(QFile::exists(home_.path() + "/Documents/second.iso"));
+    EXPECT_TRUE(QFile::exists(home_.path() + "/Downloads/first.iso"));
+    EXPECT_TRUE(tarvik({"dupes"}).out.contains("No duplicates found."));
+}

@@ -1,0 +1,241 @@
+// tarvik large and tarvik dupes: large and old files, and files with identical contents.
+#include "cli/cleanup_output.h"
+#include "cli/commands.h"
+#include "cli/output.h"
+#include "core/cleanup/duplicate_finder.h"
+#include "core/cleanup/exclusion_list.h"
+#include "core/cleanup/path_display.h"
+#include "core/platform/xdg_paths.h"
+#include "core/shell/preferences.h"
+
+#include <QJsonArray>
+#include <cctype>
+#include <memory>
+
+namespace tarvik::cli {
+namespace {
+
+// "500000", "100MB", "1.5G", "20k": decimal units as file managers count them.
+std::optional<std::int64_t> parseSize(const std::string& text) {
+    std::size_t used = 0;
+    double value = 0;
+    try {
+        value = std::stod(text, &used);
+    } catch (...) {
+        return std::nullopt;
+    }
+    std::string unit = text.substr(used);
+    for (char& c : unit) {
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    }
+    if (!unit.empty() && unit.back() == 'B') {
+        unit.pop_back();
+    }
+    double factor = 1;
+    if (unit == "K") {
+        factor = 1e3;
+    } else if (unit == "M") {
+        factor = 1e6;
+    } else if (unit == "G") {
+        factor = 1e9;
+    } else if (unit == "T") {
+        factor = 1e12;
+    } else if (!unit.empty()) {
+        return std::nullopt;
+    }
+    if (value < 0) {
+        return std::nullopt;
+    }
+    return static_cast<std::int64_t>(value * factor);
+}
+
+struct SearchOptions {
+    std::string root;
+    std::string min;
+    int olderThan = 0;
+    bool includeLibrary = false;
+    bool includeHidden = false;
+    bool remove = false;
+    RemovalOptions removal;
+};
+
+std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int64_t fallback) {
+    FileSearchOptions s;
+    s.root = o.root.empty() ? xdg::home() : QString::fromStdString(o.root);
+    const auto min = o.min.empty() ? std::optional(fallback) : parseSize(o.min);
+    if (!min) {
+        printError(QStringLiteral("--min takes a size such as 500000, 100MB or 1.5G."));
+        return std::nullopt;
+    }
+    s.minimumSize = *min;
+    s.includeLibrary = o.includeLibrary;
+    s.includeHidden = o.includeHidden;
+    return s;
+}
+
+QJsonObject itemJson(const CleanableItem& item) {
+    QJsonObject j;
+    j[QStringLiteral("path")] = item.path;
+    j[QStringLiteral("size")] = static_cast<double>(item.size);
+    j[QStringLiteral("modified")] =
+        item.modified ? QJsonValue(item.modified->toUTC().toString(Qt::ISODate)) : QJsonValue();
+    return j;
+}
+
+int runLarge(const SearchOptions& o) {
+    const auto base = searchOptions(o, 100'000'000);
+    if (!base) {
+        return kExitUsage;
+    }
+    LargeFileScanner::Options options;
+    static_cast<FileSearchOptions&>(options) = *base;
+    if (o.olderThan > 0) {
+        options.olderThanDays = o.olderThan;
+    }
+    const QString home = xdg::home();
+    const ExclusionList exclusions = ExclusionList::load(Preferences(), home);
+    std::vector<FoundFile> found = LargeFileScanner(home).scan(options);
+    std::erase_if(found, [&](const FoundFile& f) { return exclusions.contains(f.item); });
+    if (o.removal.json) {
+        QJsonArray rows;
+        for (const auto& f : found) {
+            QJsonObject j = itemJson(f.item);
+            j[QStringLiteral("kind")] = rawValue(f.kind);
+            rows.append(j);
+        }
+        printJson(QJsonDocument(rows));
+        return kExitOk;
+    }
+    std::int64_t total = 0;
+    for (const auto& f : found) {
+        total += f.item.size;
+        printLine(QStringLiteral("%1  %2  %3")
+                      .arg(PathDisplay::bytes(f.item.size), 9)
+                      .arg(title(f.kind), -24)
+                      .arg(PathDisplay::abbreviate(f.item.path, home)));
+    }
+    printLine(
+        found.empty()
+            ? QStringLiteral("No files that large.")
+            : QStringLiteral("%1 files, %2").arg(found.size()).arg(PathDisplay::bytes(total)));
+    return kExitOk;
+}
+
+int runDupes(const SearchOptions& o) {
+    const auto options = searchOptions(o, 1'000'000);
+    if (!options) {
+        return kExitUsage;
+    }
+    const QString home = xdg::home();
+    const ExclusionList exclusions = ExclusionList::load(Preferences(), home);
+    std::vector<DuplicateGroup> groups;
+    for (const DuplicateGroup& g : DuplicateFinder(home).scan(*options)) {
+        DuplicateGroup kept =
+            g.keeping([&](const CleanableItem& i) { return !exclusions.contains(i); });
+        if (kept.files.size() > 1) {
+            groups.push_back(std::move(kept));
+        }
+    }
+    if (o.remove) {
+        const auto mode = chosenMode(o.removal, pref::kFileRemovalMode);
+        if (!mode) {
+            return kExitUsage;
+        }
+        CleanupGroup copies{{}, *mode};
+        for (const auto& g : groups) {
+            // Every copy but the original: one always stays.
+            copies.items.insert(copies.items.end(), g.files.begin() + 1, g.files.end());
+        }
+        if (copies.items.empty()) {
+            printLine(QStringLiteral("No duplicates to remove."));
+            return kExitOk;
+        }
+        return confirmAndClean({copies}, *mode, QStringLiteral("Duplicates"), o.removal,
+                               QStringLiteral("The oldest copy of each file is kept."));
+    }
+    if (o.removal.json) {
+        QJsonArray rows;
+        for (const auto& g : groups) {
+            QJsonObject j;
+            j[QStringLiteral("id")] = g.id;
+            j[QStringLiteral("fileSize")] = static_cast<double>(g.fileSize);
+            j[QStringLiteral("wastedBytes")] = static_cast<double>(g.wastedBytes());
+            QJsonArray files;
+            for (std::size_t i = 0; i < g.files.size(); ++i) {
+                QJsonObject f = itemJson(g.files[i]);
+                f[QStringLiteral("original")] = i == 0;
+                f[QStringLiteral("freed")] = static_cast<double>(g.freed[i]);
+                if (g.files[i].detail) {
+                    f[QStringLiteral("note")] = *g.files[i].detail;
+                }
+                files.append(f);
+            }
+            j[QStringLiteral("files")] = files;
+            rows.append(j);
+        }
+        printJson(QJsonDocument(rows));
+        return kExitOk;
+    }
+    std::int64_t wasted = 0;
+    for (const auto& g : groups) {
+        wasted += g.wastedBytes();
+        printLine(QStringLiteral("%1 copies of %2, %3 to gain")
+                      .arg(g.files.size())
+                      .arg(PathDisplay::bytes(g.fileSize))
+                      .arg(PathDisplay::bytes(g.wastedBytes())));
+        for (std::size_t i = 0; i < g.files.size(); ++i) {
+            printLine((i == 0 ? QStringLiteral("  keep    ") : QStringLiteral("  copy    ")) +
+                      PathDisplay::abbreviate(g.files[i].path, home));
+            if (g.files[i].detail) {
+                printLine(QStringLiteral("          ") + *g.files[i].detail);
+            }
+        }
+    }
+    printLine(groups.empty() ? QStringLiteral("No duplicates found.")
+                             : QStringLiteral("%1 groups, %2 to gain (tarvik dupes --delete)")
+                                   .arg(groups.size())
+                                   .arg(PathDisplay::bytes(wasted)));
+    return kExitOk;
+}
+
+void addSearchOptions(CLI::App* cmd, SearchOptions& o, const char* defaultMin) {
+    cmd->add_option("ROOT", o.root, "Where to look (default: your home folder)");
+    cmd->add_option("--min", o.min,
+                    std::string("Smallest size, such as 500000, 100MB or 1.5G (default ") +
+                        defaultMin + ")");
+    cmd->add_flag(
+        "--include-library", o.includeLibrary,
+        "Also look in the apps' own data (~/.local, ~/.cache, ~/.config, ~/.var, ~/snap)");
+    cmd->add_flag("--include-hidden", o.includeHidden, "Also look at hidden files and folders");
+}
+
+} // namespace
+
+void addFilesCommands(CLI::App& app, CommandResult& result) {
+    auto large = std::make_shared<SearchOptions>();
+    auto* largeCmd = app.add_subcommand("large", "Find large and old files");
+    addSearchOptions(largeCmd, *large, "100MB");
+    largeCmd
+        ->add_option("--older-than", large->olderThan, "Only files unchanged for this many days")
+        ->check(CLI::Range(0, 100'000));
+    largeCmd->add_flag("--json", large->removal.json, "Print JSON for scripts");
+    largeCmd->callback([large, &result] {
+        result.run = [large] {
+            return runLarge(*large);
+        };
+    });
+
+    auto dupes = std::make_shared<SearchOptions>();
+    auto* dupesCmd = app.add_subcommand("dupes", "Find files with identical contents");
+    addSearchOptions(dupesCmd, *dupes, "1MB");
+    dupesCmd->add_flag("--delete", dupes->remove,
+                       "Remove every copy but the oldest, through the safety guard");
+    addRemovalOptions(dupesCmd, dupes->removal, "fileRemovalMode");
+    dupesCmd->callback([dupes, &result] {
+        result.run = [dupes] {
+            return runDupes(*dupes);
+        };
+    });
+}
+
+} // namespace tarvik::cli

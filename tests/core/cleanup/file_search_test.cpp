@@ -1,0 +1,204 @@
+// Large and old files and duplicates, on real trees in a temporary home.
+#include "core/cleanup/duplicate_finder.h"
+#include "core/cleanup/large_file_scanner.h"
+#include "tests/support/temp_home.h"
+
+#include <QFile>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+using namespace tarvik;
+namespace fs = std::filesystem;
+
+namespace {
+
+// A file of `size` bytes: `fill` repeated, or a sparse hole when fill is 0.
+void makeFile(const QString& path, std::int64_t size, char fill = 'x',
+              std::optional<int> daysOld = std::nullopt) {
+    fs::create_directories(fs::path(path.toStdString()).parent_path());
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    if (fill == 0) {
+        f.resize(size);
+    } else {
+        const QByteArray block(64 * 1024, fill);
+        for (std::int64_t left = size; left > 0; left -= block.size()) {
+            f.write(block.constData(), std::min<std::int64_t>(left, block.size()));
+        }
+    }
+    f.close();
+    if (daysOld) {
+        fs::last_write_time(path.toStdString(),
+                            fs::file_time_type::clock::now() - std::chrono::hours(24 * *daysOld));
+    }
+}
+
+std::vector<QString> names(const std::vector<FoundFile>& found, const QString& home) {
+    std::vector<QString> out;
+    for (const auto& f : found) {
+        out.push_back(f.item.path.mid(home.size() + 1));
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+} // namespace
+
+TEST(FileKind, ByExtensionWithTheDockerImageRule) {
+    EXPECT_EQ(fileKind("Docker.raw"), FileKind::VirtualMachine);
+    EXPECT_EQ(fileKind("disk.RAW"), FileKind::Image);
+    EXPECT_EQ(fileKind("backup.tar.GZ"), FileKind::Archive);
+    EXPECT_EQ(fileKind("debian.iso"), FileKind::DiskImage);
+    EXPECT_EQ(fileKind("vm.qcow2"), FileKind::VirtualMachine);
+    EXPECT_EQ(fileKind("notes"), FileKind::Other);
+    EXPECT_EQ(fileKind(".iso"), FileKind::Other); // a hidden name, not an extension
+    EXPECT_EQ(fileKind("film."), FileKind::Other);
+    EXPECT_EQ(title(FileKind::DiskImage), "Disk Images & Installers");
+    EXPECT_EQ(sizeThreshold(100'000'000), 100'000'000);
+    EXPECT_FALSE(sizeThreshold(123));
+    EXPECT_EQ(ageFilterTitle(180), "Older than 6 months");
+}
+
+TEST(LargeFileScanner, ThresholdAgeAndWhatTheWalkLeavesOut) {
+    test::TempHome home;
+    const QString h = home.path();
+    const std::int64_t mb = 1'000'000;
+    makeFile(h + "/Movies/exact.mkv", 2 * mb);
+    makeFile(h + "/Movies/just-under.mkv", 2 * mb - 8192);
+    makeFile(h + "/Downloads/old.iso", 3 * mb, 'x', 400);
+    makeFile(h + "/Downloads/naïve résumé.pdf", 3 * mb);           // multi-byte name
+    makeFile(h + "/Downloads/two\nlines.zip", 3 * mb);             // a newline in the name
+    makeFile(h + "/Apps/Editor.app/Contents/big.bin", 5 * mb);     // inside a bundle
+    makeFile(h + "/.local/share/app/cache.db", 5 * mb);            // the apps' own data
+    makeFile(h + "/.big.iso", 5 * mb);                             // hidden
+    makeFile(h + "/.local/share/Trash/files/trashed.iso", 5 * mb); // already in the Trash
+    makeFile(h + "/sparse.img", 50 * mb, 0);                       // takes almost no space
+    fs::create_directory_symlink(h.toStdString(), (h + "/loop").toStdString());
+    fs::create_symlink((h + "/Movies/exact.mkv").toStdString(), (h + "/link.mkv").toStdString());
+
+    LargeFileScanner scanner(h);
+    LargeFileScanner::Options o;
+    o.root = h;
+    o.minimumSize = 2 * mb; // allocated: 2,000,000 bytes take 2,002,944 on 4 KiB blocks
+    std::int64_t progress = 0;
+    const auto found = scanner.scan(o, [&](std::int64_t n) { progress = n; });
+    EXPECT_EQ(names(found, h),
+              (std::vector<QString>{"Downloads/naïve résumé.pdf", "Downloads/old.iso",
+                                    "Downloads/two\nlines.zip", "Movies/exact.mkv"}));
+    EXPECT_GE(found.front().item.size, 3 * mb); // largest first
+    EXPECT_EQ(progress, 0);                     // fewer than 500 entries: no progress call
+
+    o.olderThanDays = 365;
+    const auto old = scanner.scan(o);
+    ASSERT_EQ(old.size(), 1u);
+    EXPECT_EQ(old[0].kind, FileKind::DiskImage);
+    ASSERT_TRUE(old[0].item.modified);
+
+    o.olderThanDays.reset();
+    o.includeHidden = true;
+    EXPECT_EQ(names(scanner.scan(o), h).size(), 5u); // ~/.big.iso; app data still left out
+    o.includeLibrary = true;
+    const auto all = names(scanner.scan(o), h);
+    EXPECT_EQ(all.size(), 6u);
+    EXPECT_NE(std::find(all.begin(), all.end(), ".local/share/app/cache.db"), all.end());
+
+    // Cancelled before it starts: nothing, at once.
+    std::atomic<bool> cancel = true;
+    EXPECT_TRUE(scanner.scan(o, {}, &cancel).empty());
+}
+
+TEST(DuplicateFinder, ThreeStagesHardLinksSparseFilesAndTheOldestKept) {
+    test::TempHome home;
+    const QString h = home.path();
+    makeFile(h + "/a/one.bin", 1'000'000, 'a', 30);
+    makeFile(h + "/b/two.bin", 1'000'000, 'a', 10);
+    makeFile(h + "/c/three.bin", 1'000'000, 'a', 20);
+    makeFile(h + "/small1.txt", 10, 'q');
+    makeFile(h + "/small2.txt", 10, 'q');
+    // Two files of 200 KiB that differ only in their last byte.
+    makeFile(h + "/d/x.dat", 200 * 1024, 'z');
+    makeFile(h + "/d/y.dat", 200 * 1024, 'z');
+    {
+        QFile f(h + "/d/y.dat");
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+        f.seek(200 * 1024 - 1);
+        f.write("!");
+    }
+    // Two names of one file: not copies of each other.
+    makeFile(h + "/e/solo.bin", 300'000, 'h');
+    fs::create_hard_link((h + "/e/solo.bin").toStdString(), (h + "/e/also.bin").toStdString());
+    // Sparse files of one length that differ past the first 64 KiB: not copies.
+    makeFile(h + "/s/left.img", 10'000'000, 0);
+    makeFile(h + "/s/right.img", 10'000'000, 0);
+    {
+        QFile f(h + "/s/right.img");
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+        f.seek(5'000'000);
+        f.write("data");
+    }
+
+    DuplicateFinder finder(h);
+    DuplicateFinder::Options o;
+    o.root = h;
+    o.minimumSize = 1;
+    QStringList phases;
+    const auto groups = finder.scan(o, [&](const QString& phase, std::int64_t) {
+        if (!phases.contains(phase)) {
+            phases << phase;
+        }
+    });
+    ASSERT_EQ(groups.size(), 2u);
+    const DuplicateGroup& big = groups[0]; // the most waste first
+    EXPECT_EQ(big.fileSize, 1'000'000);
+    ASSERT_EQ(big.files.size(), 3u);
+    EXPECT_TRUE(big.original()->path.endsWith("/a/one.bin")); // the oldest
+    EXPECT_TRUE(big.files[1].path.endsWith("/c/three.bin"));
+    EXPECT_EQ(big.wastedBytes(), big.files[1].size + big.files[2].size);
+    EXPECT_GE(big.wastedBytes(), 2'000'000);
+    EXPECT_EQ(big.id, DuplicateFinder::hash((h + "/a/one.bin").toStdString()));
+    EXPECT_EQ(groups[1].fileSize, 10);
+
+    const DuplicateGroup left =
+        big.keeping([](const CleanableItem& i) { return !i.path.endsWith("three.bin"); });
+    EXPECT_EQ(left.files.size(), 2u);
+    EXPECT_EQ(left.id, big.id);
+    EXPECT_EQ(left.wastedBytes(), big.files[2].size);
+
+    // A file just under the threshold is never compared.
+    o.minimumSize = 1'000'001;
+    EXPECT_TRUE(finder.scan(o).empty());
+
+    // A hard-linked copy: the note says removing it frees nothing.
+    fs::create_hard_link((h + "/b/two.bin").toStdString(), (h + "/two-again.bin").toStdString());
+    o.minimumSize = 1'000'000;
+    const auto linked = finder.scan(o);
+    ASSERT_EQ(linked.size(), 1u);
+    ASSERT_EQ(linked[0].files.size(), 3u);
+    std::int64_t freedNothing = 0;
+    for (std::size_t i = 0; i < linked[0].files.size(); ++i) {
+        if (linked[0].files[i].detail) {
+            EXPECT_TRUE(linked[0].files[i].detail->contains("frees nothing"));
+            EXPECT_EQ(linked[0].freed[i], 0);
+            ++freedNothing;
+        }
+    }
+    EXPECT_EQ(freedNothing, 1);
+}
+
+TEST(DuplicateFinder, HashesInChunksAndRefusesWhatItCannotRead) {
+    test::TempHome home;
+    const QString path = home.path() + "/three-mb.bin";
+    makeFile(path, 3 * 1024 * 1024 + 17, 'k');
+    const auto whole = DuplicateFinder::hash(path.toStdString());
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(whole->size(), 64);
+    EXPECT_NE(DuplicateFinder::hash(path.toStdString(), 65'536), whole);
+    EXPECT_FALSE(DuplicateFinder::hash((home.path() + "/missing").toStdString()));
+    // A file that grew after the walk measured it is not compared.
+    EXPECT_FALSE(DuplicateFinder::hash(path.toStdString(), std::nullopt, 100));
+    // A symbolic link is never followed.
+    fs::create_symlink(path.toStdString(), (home.path() + "/link").toStdString());
+    EXPECT_FALSE(DuplicateFinder::hash((home.path() + "/link").toStdString()));
+}

@@ -86,15 +86,29 @@ void AgentsModel::refresh() {
     emit cardsChanged();
 }
 
+AgentsModel::Card* AgentsModel::find(AgentProvider provider) {
+    const auto it = std::find_if(cards_.begin(), cards_.end(),
+                                 [provider](const Card& c) { return c.provider == provider; });
+    return it == cards_.end() ? nullptr : &*it;
+}
+
 void AgentsModel::fetch(Card& card) {
     const AgentProvider provider = card.provider;
-    // The keyring answers on this thread; the request goes out on a worker.
-    std::optional<QString> key;
-    if (provider == AgentProvider::Copilot || provider == AgentProvider::OpenRouter) {
-        key = keyring().read(pastedKeyName(provider));
-    }
     card.loading = true;
+    if (provider == AgentProvider::Copilot || provider == AgentProvider::OpenRouter) {
+        // The keyring answers on this thread's event loop; the request then goes to a worker.
+        keyring().read(pastedKeyName(provider), this,
+                       [this, provider](std::optional<QString> key) { startFetch(provider, key); });
+    } else {
+        startFetch(provider, std::nullopt);
+    }
+}
+
+void AgentsModel::startFetch(AgentProvider provider, std::optional<QString> key) {
     auto& watcher = watchers_[provider];
+    if (watcher) {
+        watcher->waitForFinished();
+    }
     watcher = std::make_unique<QFutureWatcher<Outcome>>();
     connect(watcher.get(), &QFutureWatcher<Outcome>::finished, this, [this, provider] {
         const Outcome outcome = watchers_.at(provider)->result();
@@ -156,37 +170,32 @@ void AgentsModel::move(AgentProvider provider, int delta) {
     emit cardsChanged();
 }
 
-QString AgentsModel::saveKey(AgentProvider provider, const QString& key) {
+void AgentsModel::saveKey(AgentProvider provider, const QString& key) {
     const QString trimmed = key.trimmed();
     if (trimmed.isEmpty()) {
-        return QStringLiteral("Paste a key first.");
+        keyChanged(provider, QStringLiteral("Paste a key first."));
+        return;
     }
-    const auto result = keyring().write(pastedKeyName(provider), trimmed);
-    if (!result.ok) {
-        return result.error;
-    }
-    for (Card& c : cards_) {
-        if (c.provider == provider && c.enabled) {
-            c.notBefore = {};
-            fetch(c);
-        }
-    }
-    emit cardsChanged();
-    return {};
+    keyring().write(pastedKeyName(provider), trimmed, this,
+                    [this, provider](SecretStore::Result r) { keyChanged(provider, r.error); });
 }
 
-QString AgentsModel::clearKey(AgentProvider provider) {
-    const auto result = keyring().remove(pastedKeyName(provider));
-    if (!result.ok) {
-        return result.error;
+void AgentsModel::clearKey(AgentProvider provider) {
+    keyring().remove(pastedKeyName(provider), this,
+                     [this, provider](SecretStore::Result r) { keyChanged(provider, r.error); });
+}
+
+void AgentsModel::keyChanged(AgentProvider provider, const QString& error) {
+    Card* c = find(provider);
+    if (c == nullptr) {
+        return;
     }
-    for (Card& c : cards_) {
-        if (c.provider == provider && c.enabled) {
-            fetch(c);
-        }
+    c->keyMessage = error;
+    if (error.isEmpty() && c->enabled && !c->loading) {
+        c->notBefore = {}; // a new key deserves a fresh answer
+        fetch(*c);
     }
     emit cardsChanged();
-    return {};
 }
 
 void AgentsModel::acquire() {

@@ -29,6 +29,7 @@ public:
         std::optional<AgentUsageReport> report;
         std::optional<AgentUsageError> error;
         QDateTime notBefore; // after a rate limit: no request before this
+        QString keyMessage;  // why a pasted key couldn't be kept or forgotten
     };
     using Outcome = std::variant<AgentUsageReport, AgentUsageError>;
 
@@ -44,9 +45,9 @@ public:
     void setEnabled(AgentProvider provider, bool enabled);
     // Moves a card up (-1) or down (+1).
     void move(AgentProvider provider, int delta);
-    // Keeps or forgets a pasted key in the keyring; the error in words, or empty.
-    QString saveKey(AgentProvider provider, const QString& key);
-    QString clearKey(AgentProvider provider);
+    // Keeps or forgets a pasted key in the keyring; a failure shows as the card's keyMessage.
+    void saveKey(AgentProvider provider, const QString& key);
+    void clearKey(AgentProvider provider);
 
     // Periodic refreshing runs while at least one holder looks (the screen, the tray reading).
     void acquire();
@@ -70,6 +71,9 @@ private:
     void loadOrder();
     void saveOrder();
     void fetch(Card& card);
+    void startFetch(AgentProvider provider, std::optional<QString> key);
+    Card* find(AgentProvider provider);
+    void keyChanged(AgentProvider provider, const QString& error);
 
     Preferences& prefs_;
     std::vector<Card> cards_;

@@ -258,7 +258,7 @@ QWidget* AgentsScreen::buildCard(int index) {
         save->setObjectName(QStringLiteral("saveKey_") + key);
         auto* forget = new QPushButton(tr("Forget Key"), box);
         forget->setObjectName(QStringLiteral("clearKey_") + key);
-        auto* message = new QLabel(box);
+        auto* message = new QLabel(c.keyMessage, box);
         message->setObjectName(QStringLiteral("keyMessage_") + key);
         message->setWordWrap(true);
         keyRow->addWidget(field, 1);
@@ -273,18 +273,12 @@ QWidget* AgentsScreen::buildCard(int index) {
         }
         v->addLayout(keyRow);
         v->addWidget(message);
-        connect(save, &QPushButton::clicked, this, [this, provider, field, message] {
-            const QString error = model_.saveKey(provider, field->text());
-            if (error.isEmpty()) {
-                field->clear(); // the keyring holds it now, not this window
-            } else {
-                message->setText(error);
-            }
+        connect(save, &QPushButton::clicked, this, [this, provider, field] {
+            model_.saveKey(provider, field->text());
+            field->clear(); // the keyring holds it now, not this window
         });
-        connect(forget, &QPushButton::clicked, this, [this, provider, message] {
-            const QString error = model_.clearKey(provider);
-            message->setText(error);
-        });
+        connect(forget, &QPushButton::clicked, this,
+                [this, provider] { model_.clearKey(provider); });
     }
     return box;
 }

@@ -2,58 +2,156 @@
 
 #include "core/agents/usage_json.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QJsonValue>
+#include <cmath>
+#include <simdjson.h>
+#include <string>
 
 namespace tarvik {
+namespace {
 
-std::optional<TokenUsageEvent> ClaudeLogParser::event(QByteArrayView line) {
+namespace od = simdjson::ondemand;
+
+// A JSON number, or a string holding one, as a token count (0 when missing or absurd).
+std::int64_t count(od::object& usage, std::string_view field) {
+    auto value = usage.find_field_unordered(field);
+    if (value.error()) {
+        return 0;
+    }
+    double n = 0;
+    if (value.get_double().get(n) != simdjson::SUCCESS) {
+        std::string_view text;
+        if (value.get_string().get(text) != simdjson::SUCCESS) {
+            return 0;
+        }
+        n = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toDouble();
+    }
+    // The bound keeps a corrupt figure from overflowing the sums.
+    return std::isfinite(n) && n > 0 && n <= 1e15 ? std::llround(n) : 0;
+}
+
+QString text(std::string_view s) {
+    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
+
+} // namespace
+
+std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView line) {
     // Most lines are prompts, tool output and summaries; they are passed over unparsed.
     if (!line.contains(QByteArrayView("\"usage\""))) {
         return std::nullopt;
     }
-    const QJsonDocument doc =
-        QJsonDocument::fromJson(QByteArray::fromRawData(line.data(), line.size()));
-    const QJsonObject root = doc.object();
-    const QJsonValue messageValue = root.value(QLatin1String("message"));
-    const QJsonValue usageValue = messageValue.toObject().value(QLatin1String("usage"));
-    if (!messageValue.isObject() || !usageValue.isObject()) {
+    // The parser reads a little past the end of its input: one padded copy per thread.
+    thread_local od::parser parser;
+    thread_local std::string padded;
+    padded.assign(line.data(), static_cast<std::size_t>(line.size()));
+    padded.append(simdjson::SIMDJSON_PADDING, ' ');
+    od::document doc;
+    if (parser.iterate(padded.data(), static_cast<std::size_t>(line.size()), padded.size())
+            .get(doc) != simdjson::SUCCESS) {
         return std::nullopt;
     }
-    const QJsonObject message = messageValue.toObject();
-    const QJsonObject usage = usageValue.toObject();
-
-    TokenUsageEvent e;
+    od::object root;
+    if (doc.get_object().get(root) != simdjson::SUCCESS) {
+        return std::nullopt;
+    }
+    Answer a;
+    TokenUsageEvent& e = a.event;
     e.provider = AgentProvider::Claude;
-    e.model = message.value(QLatin1String("model")).toString();
+    QString messageId;
+    bool haveUsage = false;
+    std::optional<QString> timestamp;
+    QString requestId;
+    // One pass over the fields in the order they come.
+    for (auto field : root) {
+        std::string_view key;
+        if (field.unescaped_key().get(key) != simdjson::SUCCESS) {
+            return std::nullopt;
+        }
+        if (key == "message") {
+            od::object message;
+            if (field.value().get_object().get(message) != simdjson::SUCCESS) {
+                return std::nullopt;
+            }
+            for (auto m : message) {
+                std::string_view name;
+                if (m.unescaped_key().get(name) != simdjson::SUCCESS) {
+                    return std::nullopt;
+                }
+                std::string_view s;
+                if (name == "id" && m.value().get_string().get(s) == simdjson::SUCCESS) {
+                    messageId = text(s);
+                } else if (name == "model" && m.value().get_string().get(s) == simdjson::SUCCESS) {
+                    e.model = text(s);
+                } else if (name == "usage") {
+                    od::object usage;
+                    if (m.value().get_object().get(usage) != simdjson::SUCCESS) {
+                        return std::nullopt;
+                    }
+                    e.input = count(usage, "input_tokens");
+                    e.output = count(usage, "output_tokens");
+                    e.cacheWrite = count(usage, "cache_creation_input_tokens");
+                    e.cacheRead = count(usage, "cache_read_input_tokens");
+                    haveUsage = true;
+                }
+            }
+        } else if (key == "timestamp") {
+            std::string_view s;
+            if (field.value().get_string().get(s) == simdjson::SUCCESS) {
+                timestamp = text(s);
+            } else {
+                double seconds = 0;
+                if (field.value().get_double().get(seconds) == simdjson::SUCCESS) {
+                    timestamp = QString::number(seconds, 'f', 3);
+                }
+            }
+        } else if (key == "requestId") {
+            std::string_view s;
+            if (field.value().get_string().get(s) == simdjson::SUCCESS) {
+                requestId = text(s);
+            }
+        }
+    }
+    if (!haveUsage) {
+        return std::nullopt;
+    }
     if (e.model.isEmpty()) {
         e.model = QStringLiteral("unknown");
     }
     // Claude Code's own notices ("<synthetic>") cost nothing.
-    if (e.model == QLatin1String("<synthetic>")) {
+    if (e.model == QLatin1String("<synthetic>") || !timestamp) {
         return std::nullopt;
     }
-    const auto date = UsageJSON::date(root.value(QLatin1String("timestamp")));
+    bool number = false;
+    const double seconds = timestamp->toDouble(&number);
+    const auto date = UsageJSON::date(number ? QJsonValue(seconds) : QJsonValue(*timestamp));
     if (!date) {
         return std::nullopt;
     }
     e.date = *date;
-    e.input = tokenCount(usage.value(QLatin1String("input_tokens")));
-    e.output = tokenCount(usage.value(QLatin1String("output_tokens")));
-    e.cacheWrite = tokenCount(usage.value(QLatin1String("cache_creation_input_tokens")));
-    e.cacheRead = tokenCount(usage.value(QLatin1String("cache_read_input_tokens")));
-
-    // Without a message id there is nothing to tell a repeat by, so the line counts.
-    const QString id = message.value(QLatin1String("id")).toString();
-    if (!id.isEmpty()) {
-        const QString key =
-            id + QLatin1Char(':') + root.value(QLatin1String("requestId")).toString();
-        if (seen_.contains(key)) {
-            return std::nullopt;
-        }
-        seen_.insert(key);
+    if (!messageId.isEmpty()) {
+        a.key = messageId + QLatin1Char(':') + requestId;
     }
-    return e;
+    return a;
+}
+
+bool ClaudeLogParser::firstTime(const QString& key) {
+    if (key.isEmpty()) {
+        return true; // without a message id there is nothing to tell a repeat by
+    }
+    if (seen_.contains(key)) {
+        return false;
+    }
+    seen_.insert(key);
+    return true;
+}
+
+std::optional<TokenUsageEvent> ClaudeLogParser::event(QByteArrayView line) {
+    auto a = answer(line);
+    if (!a || !firstTime(a->key)) {
+        return std::nullopt;
+    }
+    return std::move(a->event);
 }
 
 } // namespace tarvik

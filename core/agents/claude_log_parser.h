@@ -15,7 +15,19 @@ namespace tarvik {
 // and request id, is not counted again.
 class ClaudeLogParser {
 public:
-    // The line's usage, or none: not usage, malformed, undated, a synthetic message, or a repeat.
+    // One answer of a line, with the key that tells its repeats ("message id:request id";
+    // empty when the line has no message id, which then always counts).
+    struct Answer {
+        QString key;
+        TokenUsageEvent event;
+    };
+    // The line's usage, or none: not usage, malformed, undated or a synthetic message. Needs no
+    // parser state, so files can be read on several threads.
+    static std::optional<Answer> answer(QByteArrayView line);
+    // Whether an answer with this key is new to this parser (and remembers it).
+    bool firstTime(const QString& key);
+
+    // answer() and firstTime() together: none for repeats too.
     std::optional<TokenUsageEvent> event(QByteArrayView line);
 
 private:

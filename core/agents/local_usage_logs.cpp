@@ -6,8 +6,11 @@
 #include "core/agents/log_lines.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <system_error>
+#include <thread>
+#include <vector>
 
 namespace tarvik::LocalUsageLogs {
 
@@ -59,24 +62,56 @@ std::vector<std::filesystem::path> logFiles(const std::filesystem::path& folder,
 }
 
 std::vector<TokenUsageEvent> events(const QDateTime& since) {
+    // Files are read on every core; repeats are then dropped in file order, as one reader would.
+    std::vector<std::filesystem::path> claudeFiles;
+    for (const auto& folder : claudeProjectFolders()) {
+        const auto files = logFiles(folder, since);
+        claudeFiles.insert(claudeFiles.end(), files.begin(), files.end());
+    }
+    const auto codexFiles = logFiles(codexSessionsFolder(), since);
+    std::vector<std::vector<ClaudeLogParser::Answer>> answers(claudeFiles.size());
+    std::vector<std::vector<TokenUsageEvent>> codexEvents(codexFiles.size());
+    const std::size_t total = claudeFiles.size() + codexFiles.size();
+    std::atomic<std::size_t> next = 0;
+    auto work = [&] {
+        for (std::size_t i; (i = next++) < total;) {
+            if (i < claudeFiles.size()) {
+                LogLines::forEach(claudeFiles[i], [&](QByteArrayView line) {
+                    if (auto a = ClaudeLogParser::answer(line)) {
+                        answers[i].push_back(std::move(*a));
+                    }
+                });
+            } else {
+                const std::size_t k = i - claudeFiles.size();
+                CodexLogParser codex; // totals run per session file
+                LogLines::forEach(codexFiles[k], [&](QByteArrayView line) {
+                    if (auto e = codex.event(line)) {
+                        codexEvents[k].push_back(std::move(*e));
+                    }
+                });
+            }
+        }
+    };
+    const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 1U, 8U);
+    std::vector<std::thread> pool;
+    for (unsigned t = 1; t < threads && t < total; ++t) {
+        pool.emplace_back(work);
+    }
+    work();
+    for (auto& t : pool) {
+        t.join();
+    }
     std::vector<TokenUsageEvent> out;
     ClaudeLogParser claude; // one for all files: repeats across sessions count once
-    for (const auto& folder : claudeProjectFolders()) {
-        for (const auto& file : logFiles(folder, since)) {
-            LogLines::forEach(file, [&](QByteArrayView line) {
-                if (auto e = claude.event(line)) {
-                    out.push_back(std::move(*e));
-                }
-            });
+    for (auto& file : answers) {
+        for (auto& a : file) {
+            if (claude.firstTime(a.key)) {
+                out.push_back(std::move(a.event));
+            }
         }
     }
-    for (const auto& file : logFiles(codexSessionsFolder(), since)) {
-        CodexLogParser codex; // totals run per session file
-        LogLines::forEach(file, [&](QByteArrayView line) {
-            if (auto e = codex.event(line)) {
-                out.push_back(std::move(*e));
-            }
-        });
+    for (auto& file : codexEvents) {
+        std::move(file.begin(), file.end(), std::back_inserter(out));
     }
     return out;
 }

@@ -54,11 +54,13 @@ QDate lastDay(UsagePeriod period, const QDateTime& now) {
 }
 
 UsageInterval interval(UsagePeriod period, const QDateTime& now) {
-    const QDateTime start = firstDay(period, now).startOfDay();
+    // The bounds come from the local calendar; kept in UTC, every comparison with an event's
+    // UTC time is a plain number comparison rather than a time-zone lookup.
+    const QDateTime start = firstDay(period, now).startOfDay().toUTC();
     if (period == UsagePeriod::Yesterday) {
-        return {start, now.toLocalTime().date().startOfDay()};
+        return {start, now.toLocalTime().date().startOfDay().toUTC()};
     }
-    return {start, now.addSecs(1)};
+    return {start, now.addSecs(1).toUTC()};
 }
 
 } // namespace tarvik

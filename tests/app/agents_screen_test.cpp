@@ -133,8 +133,11 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     // Without a keyring the key can't be kept, and the card says why.
     screen.findChild<QLineEdit*>("key_openRouter")->setText("sk-or-v1-x");
     screen.findChild<QPushButton*>("saveKey_openRouter")->click();
-    QApplication::processEvents();
-    EXPECT_FALSE(screen.findChild<QLabel*>("keyMessage_openRouter")->text().isEmpty());
+    EXPECT_TRUE(waitFor([&] {
+        auto* message = screen.findChild<QLabel*>("keyMessage_openRouter");
+        return message != nullptr && !message->text().isEmpty();
+    }));
+    EXPECT_TRUE(screen.findChild<QLineEdit*>("key_openRouter")->text().isEmpty());
 
     // Smart Scan's tile: each shown agent's session, or why there is none.
     OverviewScreen overview(models.overview(), models.navigator(), models.monitor(),

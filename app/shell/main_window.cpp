@@ -1,6 +1,10 @@
 #include "app/shell/main_window.h"
 
 #include "app/agents/agents_screen.h"
+#include "app/files/duplicates_model.h"
+#include "app/files/duplicates_screen.h"
+#include "app/files/large_files_model.h"
+#include "app/files/large_files_screen.h"
 #include "app/homebrew/brew_screen.h"
 #include "app/junk/junk_screen.h"
 #include "app/monitor/monitor_screen.h"
@@ -139,6 +143,19 @@ QWidget* MainWindow::createScreen(AppSection section) {
     case AppSection::SystemJunk:
         screen = new JunkScreen(models_.junk(), xdg::home(), this);
         break;
+    case AppSection::LargeFiles: {
+        // The model lives with its screen, which the window keeps once built.
+        auto* files = new LargeFilesModel(models_.preferences(), FileSearchModel::forCurrentUser());
+        screen = new LargeFilesScreen(*files, this);
+        files->setParent(screen);
+        break;
+    }
+    case AppSection::Duplicates: {
+        auto* dupes = new DuplicatesModel(models_.preferences(), FileSearchModel::forCurrentUser());
+        screen = new DuplicatesScreen(*dupes, this);
+        dupes->setParent(screen);
+        break;
+    }
     case AppSection::Homebrew:
         screen = new BrewScreen(models_.brew(), this);
         break;

@@ -123,7 +123,7 @@ TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
     TempHome home;
     AppModels models(optionsIn(home));
     MainWindow window(models);
-    for (AppSection s : {AppSection::Duplicates, AppSection::DevServers, AppSection::KeepAwake}) {
+    for (AppSection s : {AppSection::SpaceLens, AppSection::DevServers, AppSection::KeepAwake}) {
         models.navigator().select(s);
         QWidget* screen = screenInside(window.currentScreen());
         ASSERT_NE(screen, nullptr);
@@ -132,8 +132,8 @@ TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
         EXPECT_EQ(message->text(), UnavailableScreen::message(s));
         EXPECT_TRUE(screen->findChildren<QAbstractButton*>().isEmpty());
     }
-    EXPECT_EQ(UnavailableScreen::message(AppSection::LargeFiles),
-              "Large & Old Files is not available in this version of Tarvik yet.");
+    EXPECT_EQ(UnavailableScreen::message(AppSection::ProjectJunk),
+              "Developer Junk is not available in this version of Tarvik yet.");
 }
 
 TEST(GuiShell, ClosingTheWindowNeverLeavesTarvikUnreachable) {

@@ -1,0 +1,46 @@
+#include "app/files/file_texts.h"
+
+#include "core/cleanup/path_display.h"
+
+#include <QLocale>
+
+namespace tarvik::FileTexts {
+
+QString count(int n, const QString& one, const QString& many) {
+    return QStringLiteral("%1 %2").arg(n).arg(n == 1 ? one : many);
+}
+
+QString preset(std::int64_t bytes) {
+    QString text = PathDisplay::bytes(bytes);
+    // Presets are round numbers; "50.0 MB" reads like a measurement.
+    text.replace(QStringLiteral(".0 "), QStringLiteral(" "));
+    return text;
+}
+
+QString date(const std::optional<QDateTime>& modified) {
+    if (!modified || !modified->isValid()) {
+        return QStringLiteral("Unknown");
+    }
+    return QLocale().toString(modified->toLocalTime().date(), QLocale::ShortFormat);
+}
+
+QString removalDetail(RemovalMode mode) {
+    return mode == RemovalMode::DeletePermanently
+               ? QStringLiteral("They will be deleted permanently. This can't be undone.")
+               : QStringLiteral("They will be moved to the Trash, where you can restore them.");
+}
+
+QString reportHtml(const CleanReport& report, const QString& home) {
+    QString text = QStringLiteral("<b>Removed %1, %2 freed.</b>")
+                       .arg(count(static_cast<int>(report.removed.size()), QStringLiteral("file"),
+                                  QStringLiteral("files")),
+                            PathDisplay::bytes(report.freedBytes));
+    for (const auto& f : report.failures) {
+        text += QStringLiteral("<br>%1 — %2")
+                    .arg(PathDisplay::abbreviate(f.item.path, home).toHtmlEscaped(),
+                         f.message.toHtmlEscaped());
+    }
+    return text;
+}
+
+} // namespace tarvik::FileTexts

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "core/cleanup/clean_report.h"
+#include "core/cleanup/removal_mode.h"
+
+#include <QDateTime>
+#include <QString>
+#include <optional>
+
+namespace tarvik::FileTexts {
+
+// "1 file", "3 files"; the noun is given in its singular and plural.
+QString count(int n, const QString& one, const QString& many);
+// A size preset as a whole number where it is one: "50 MB", "1 GB", "1.5 GB".
+QString preset(std::int64_t bytes);
+// The day a file last changed, in the user's short format; "Unknown" without a date.
+QString date(const std::optional<QDateTime>& modified);
+// What removing the selection will do, for the confirmation.
+QString removalDetail(RemovalMode mode);
+// The report after a removal: what was removed and freed, then each failure with its reason.
+QString reportHtml(const CleanReport& report, const QString& home);
+
+} // namespace tarvik::FileTexts

@@ -5,6 +5,7 @@
 #include "app/files/reveal_in_file_manager.h"
 #include "app/files/search_controls.h"
 #include "app/shell/screen_header.h"
+#include "app/shell/section_subtitles.h"
 #include "core/cleanup/path_display.h"
 
 #include <QFileInfo>
@@ -45,11 +46,8 @@ DuplicatesScreen::DuplicatesScreen(DuplicatesModel& model, QWidget* parent)
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(
-        new ScreenHeader(QStringLiteral("Duplicates"),
-                         QStringLiteral("Find files with identical contents, wherever they are. "
-                                        "The oldest copy is kept by default."),
-                         this));
+    layout->addWidget(new ScreenHeader(QStringLiteral("Duplicates"),
+                                       sectionSubtitle(AppSection::Duplicates), this));
     controls_ = new SearchControls(kDuplicateThresholds, 1'000'000, {}, this);
     layout->addWidget(controls_);
 

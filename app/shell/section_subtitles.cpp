@@ -11,7 +11,8 @@ QString sectionSubtitle(AppSection section) {
     case AppSection::LargeFiles:
         return QStringLiteral("Find big and forgotten files.");
     case AppSection::Duplicates:
-        return QStringLiteral("Find files with identical contents.");
+        return QStringLiteral("Find files with identical contents, wherever they are. The oldest "
+                              "copy is kept by default.");
     case AppSection::ProjectJunk:
         return QStringLiteral("Build folders and downloaded dependencies of your projects.");
     case AppSection::SpaceLens:

@@ -23,6 +23,11 @@ packages=(
 )
 if [ "${1:-}" = "bench" ]; then
   packages+=(procps htop btop tmux gdu jq)
+  # the shaped-link speed test: the link (namespaces, tbf, NFQUEUE and its delay line), curl and
+  # the Node runtime of the reference engine
+  packages+=(iproute2 iptables libnetfilter-queue-dev libmnl-dev iputils-ping time curl nodejs)
+  # npm comes with some builds of nodejs; Debian's own nodejs needs its npm package
+  command -v npm >/dev/null 2>&1 || packages+=(npm)
 fi
 
 missing=()

@@ -4,6 +4,7 @@
 #include "app/agents/limit_bar.h"
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
+#include "tests/support/app_options.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
 
@@ -19,6 +20,7 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
+using tarvik::test::optionsIn;
 using tarvik::test::writeFile;
 
 namespace {
@@ -55,17 +57,6 @@ struct LocalServices {
         }
     }
 };
-
-AppModels::Options optionsIn(const test::TempHome& home) {
-    return {home.config() + "/Tarvik/Tarvik.conf",
-            home.config() + "/autostart",
-            "/usr/bin/tarvik",
-            {"/", home.path()},
-            {},
-            std::nullopt,
-            QString(),
-            nullptr};
-}
 
 } // namespace
 

@@ -5,6 +5,7 @@
 #include "app/shell/tray_item.h"
 #include "app/shell/unavailable_screen.h"
 #include "core/platform/xdg_paths.h"
+#include "tests/support/app_options.h"
 #include "tests/support/temp_home.h"
 
 #include <QAbstractButton>
@@ -17,20 +18,10 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
+using tarvik::test::optionsIn;
 using tarvik::test::TempHome;
 
 namespace {
-
-AppModels::Options optionsIn(const TempHome& home) {
-    return {home.config() + "/Tarvik/Tarvik.conf",
-            home.config() + "/autostart",
-            "/usr/bin/tarvik",
-            {"/", home.path()},
-            {},
-            std::nullopt,
-            QString(),
-            nullptr};
-}
 
 QWidget* screenInside(QWidget* scroll) {
     auto* area = qobject_cast<QScrollArea*>(scroll);

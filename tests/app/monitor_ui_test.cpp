@@ -3,6 +3,7 @@
 #include "app/shell/tray_icon_renderer.h"
 #include "app/shell/tray_item.h"
 #include "app/shell/tray_panel.h"
+#include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
 
@@ -13,23 +14,11 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
+using tarvik::test::optionsIn;
 
 namespace {
 
 const std::filesystem::path kFixtures = TARVIK_FIXTURES;
-
-AppModels::Options optionsIn(const test::TempHome& home, const std::filesystem::path& root) {
-    SamplerOptions sampler;
-    sampler.root = root;
-    return {home.config() + "/Tarvik/Tarvik.conf",
-            home.config() + "/autostart",
-            "/usr/bin/tarvik",
-            {root, home.path()},
-            sampler,
-            std::nullopt,
-            QString(),
-            nullptr};
-}
 
 bool waitForReadings(SystemMonitorModel& model, int count) {
     int seen = 0;

@@ -5,6 +5,7 @@
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
 #include "core/shell/navigator.h"
+#include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
 
@@ -20,23 +21,11 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
+using tarvik::test::optionsIn;
 
 namespace {
 
 const std::filesystem::path kFixtures = TARVIK_FIXTURES;
-
-AppModels::Options optionsIn(const test::TempHome& home, const std::filesystem::path& root) {
-    SamplerOptions sampler;
-    sampler.root = root;
-    return {home.config() + "/Tarvik/Tarvik.conf",
-            home.config() + "/autostart",
-            "/usr/bin/tarvik",
-            {root, home.path()},
-            sampler,
-            std::nullopt,
-            QString(),
-            nullptr};
-}
 
 bool waitFor(const std::function<bool()>& done, int ms = 15000) {
     QElapsedTimer t;

@@ -14,10 +14,6 @@ std::optional<QString> text(const QJsonValue& v) {
     return v.isString() && !v.toString().isEmpty() ? std::optional(v.toString()) : std::nullopt;
 }
 
-QString capitalized(const QString& s) {
-    return s.left(1).toUpper() + s.mid(1);
-}
-
 std::optional<UsageLimit> limit(const QJsonValue& value, const QString& id, const QString& title,
                                 std::optional<double> window) {
     if (!value.isObject()) {
@@ -65,7 +61,7 @@ std::optional<QString> planName(const std::optional<QString>& rateLimitTier,
             return QStringLiteral("Max %1x").arg(m.captured(1));
         }
     }
-    return subscription ? std::optional(capitalized(*subscription)) : std::nullopt;
+    return subscription ? std::optional(UsageJSON::capitalized(*subscription)) : std::nullopt;
 }
 
 std::optional<AgentUsageReport> report(const QByteArray& body, const Credentials& credentials,

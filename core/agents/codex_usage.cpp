@@ -11,10 +11,6 @@
 namespace tarvik::CodexUsage {
 namespace {
 
-QString capitalized(const QString& s) {
-    return s.left(1).toUpper() + s.mid(1);
-}
-
 std::optional<UsageLimit> window(const QJsonObject& w, const QString& id, const QDateTime& now) {
     const auto percent = UsageJSON::number(w.value(QLatin1String("used_percent")));
     if (!percent) {
@@ -64,7 +60,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& 
     r.fetchedAt = now;
     const QString plan = o.value(QLatin1String("plan_type")).toString();
     if (!plan.isEmpty()) {
-        r.plan = capitalized(plan);
+        r.plan = UsageJSON::capitalized(plan);
     }
     const QJsonObject limits = o.value(QLatin1String("rate_limit")).toObject();
     if (auto l = window(limits.value(QLatin1String("primary_window")).toObject(),

@@ -48,7 +48,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& 
     r.fetchedAt = now;
     const QString plan = o.value(QLatin1String("copilot_plan")).toString();
     if (!plan.isEmpty()) {
-        r.plan = plan.left(1).toUpper() + plan.mid(1);
+        r.plan = UsageJSON::capitalized(plan);
     }
     const QString login = o.value(QLatin1String("login")).toString();
     if (!login.isEmpty()) {

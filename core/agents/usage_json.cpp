@@ -53,13 +53,17 @@ std::optional<QDateTime> date(const QJsonValue& value) {
     return d.toUTC();
 }
 
+QString capitalized(const QString& word) {
+    return word.left(1).toUpper() + word.mid(1);
+}
+
 QString title(const QString& key) {
     QStringList words;
     for (const QString& part : key.split(QLatin1Char('_'), Qt::SkipEmptyParts)) {
         if (part.compare(QLatin1String("oauth"), Qt::CaseInsensitive) == 0) {
             words << QStringLiteral("OAuth");
         } else {
-            words << part.left(1).toUpper() + part.mid(1);
+            words << capitalized(part);
         }
     }
     return words.join(QLatin1Char(' '));

@@ -13,6 +13,8 @@ std::optional<double> number(const QJsonValue& value);
 // A number of Unix seconds, or a string: an ISO 8601 date-time with or without fractional
 // seconds (any number of digits), or a plain date (year-month-day, midnight UTC).
 std::optional<QDateTime> date(const QJsonValue& value);
+// "pro" -> "Pro": a plan name as the services write it, for display.
+QString capitalized(const QString& word);
 // "seven_day_opus" -> "Seven Day Opus"; "oauth" is written "OAuth".
 QString title(const QString& snakeCaseKey);
 // A limit's name from its period: up to 6 hours "Session", from 144 hours "Weekly", from a

@@ -76,9 +76,12 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     AppModels models(optionsIn(home));
     AgentsScreen screen(models.agents());
     screen.show();
+    // Every card has its answer, and the screen has drawn them (it redraws after the model).
     ASSERT_TRUE(waitFor([&] {
         return !models.agents().isLoading() &&
-               screen.findChild<LimitBar*>("limit_claude_five_hour");
+               screen.findChild<LimitBar*>("limit_claude_five_hour") != nullptr &&
+               screen.findChild<QLabel*>("error_codex") != nullptr &&
+               screen.findChild<QLabel*>("error_openRouter") != nullptr;
     }));
     auto* bar = screen.findChild<LimitBar*>("limit_claude_five_hour");
     EXPECT_DOUBLE_EQ(bar->used(), 0.3);

@@ -1,5 +1,6 @@
 #include "core/agents/claude_log_parser.h"
 
+#include "core/agents/log_lines.h"
 #include "core/agents/usage_json.h"
 
 #include <QJsonValue>
@@ -38,7 +39,7 @@ QString text(std::string_view s) {
 
 std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView line) {
     // Most lines are prompts, tool output and summaries; they are passed over unparsed.
-    if (!line.contains(QByteArrayView("\"usage\""))) {
+    if (!LogLines::mentions(line, "\"usage\"")) {
         return std::nullopt;
     }
     // The parser reads a little past the end of its input: one padded copy per thread.

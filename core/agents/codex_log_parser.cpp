@@ -1,5 +1,6 @@
 #include "core/agents/codex_log_parser.h"
 
+#include "core/agents/log_lines.h"
 #include "core/agents/usage_json.h"
 
 #include <QJsonDocument>
@@ -10,9 +11,9 @@ namespace tarvik {
 
 std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line) {
     // Most lines are messages and tool calls; only these three kinds are worth parsing.
-    if (!line.contains(QByteArrayView("\"token_count\"")) &&
-        !line.contains(QByteArrayView("\"turn_context\"")) &&
-        !line.contains(QByteArrayView("\"session_meta\""))) {
+    if (!LogLines::mentions(line, "\"token_count\"") &&
+        !LogLines::mentions(line, "\"turn_context\"") &&
+        !LogLines::mentions(line, "\"session_meta\"")) {
         return std::nullopt;
     }
     const QJsonObject root =

@@ -58,4 +58,9 @@ bool forEach(const std::filesystem::path& file, const std::function<void(QByteAr
     return true;
 }
 
+bool mentions(QByteArrayView line, std::string_view marker) {
+    return ::memmem(line.data(), static_cast<std::size_t>(line.size()), marker.data(),
+                    marker.size()) != nullptr;
+}
+
 } // namespace tarvik::LogLines

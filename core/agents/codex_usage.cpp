@@ -11,6 +11,13 @@
 namespace tarvik::CodexUsage {
 namespace {
 
+// A limit is named by its period; without one, the primary window is the session.
+QString title(const UsageLimit& l) {
+    return l.window ? UsageJSON::windowTitle(*l.window)
+                    : (l.id == QLatin1String("primary") ? QStringLiteral("Session")
+                                                        : QStringLiteral("Weekly"));
+}
+
 std::optional<UsageLimit> window(const QJsonObject& w, const QString& id, const QDateTime& now) {
     const auto percent = UsageJSON::number(w.value(QLatin1String("used_percent")));
     if (!percent) {
@@ -25,9 +32,7 @@ std::optional<UsageLimit> window(const QJsonObject& w, const QString& id, const 
     } else {
         l.resetsAt = UsageJSON::date(w.value(QLatin1String("reset_at")));
     }
-    l.title = l.window ? UsageJSON::windowTitle(*l.window)
-                       : (id == QLatin1String("primary") ? QStringLiteral("Session")
-                                                         : QStringLiteral("Weekly"));
+    l.title = title(l);
     return l;
 }
 
@@ -118,9 +123,7 @@ limitsFromLine(const QByteArray& line) {
         } else {
             l.resetsAt = UsageJSON::date(w.value(QLatin1String("resets_at")));
         }
-        l.title = l.window ? UsageJSON::windowTitle(*l.window)
-                           : (l.id == QLatin1String("primary") ? QStringLiteral("Session")
-                                                               : QStringLiteral("Weekly"));
+        l.title = title(l);
         out.push_back(l);
     }
     if (out.empty()) {

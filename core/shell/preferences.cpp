@@ -12,7 +12,7 @@
 namespace tarvik {
 namespace {
 
-constexpr std::array<PreferenceKey, 16> kKeys{{
+constexpr std::array<PreferenceKey, 18> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
     {pref::kOpensWindowAtLaunch,
      PreferenceType::Bool,
@@ -97,6 +97,18 @@ constexpr std::array<PreferenceKey, 16> kKeys{{
      PreferenceType::Text,
      "claude,codex,copilot,openRouter",
      "The agents whose usage is fetched and shown.",
+     {},
+     {}},
+    {pref::kKeepAwakeSchedules,
+     PreferenceType::Text,
+     "",
+     "The keep-awake schedules as JSON; `tarvik awake schedules` edits them.",
+     {},
+     {}},
+    {pref::kKeepAwakeLidClosed,
+     PreferenceType::Bool,
+     "false",
+     "While keeping awake, closing the laptop lid doesn't suspend.",
      {},
      {}},
 }};

@@ -43,6 +43,8 @@ inline constexpr std::string_view kSpeedTestBaseURL = "speedTestBaseURL";
 inline constexpr std::string_view kFileRemovalMode = "fileRemovalMode";
 inline constexpr std::string_view kAgentUsageOrder = "agentUsage.order";
 inline constexpr std::string_view kAgentUsageEnabled = "agentUsage.enabled";
+inline constexpr std::string_view kKeepAwakeSchedules = "keepAwakeSchedules";
+inline constexpr std::string_view kKeepAwakeLidClosed = "keepAwakeLidClosed";
 // A list of folders, managed by `tarvik exclusions` and the Settings screen.
 inline constexpr std::string_view kExclusions = "exclusions";
 } // namespace pref

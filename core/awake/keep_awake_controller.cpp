@@ -1,0 +1,188 @@
+#include "core/awake/keep_awake_controller.h"
+
+#include "core/awake/keep_awake_schedule_store.h"
+#include "core/awake/keep_awake_texts.h"
+#include "core/platform/platform_words.h"
+#include "core/shell/preferences.h"
+
+#include <algorithm>
+
+namespace tarvik {
+
+namespace {
+
+// Windows open and close on the minute; a tick a little after each change applies it.
+constexpr qint64 kLongestTickMs = 30'000;
+constexpr qint64 kTickSlackMs = 50;
+
+const QString kWho = QStringLiteral("Tarvik");
+const QString kWhy = QStringLiteral("Tarvik Keep Awake");
+
+} // namespace
+
+KeepAwakeController::KeepAwakeController(Preferences& preferences, KeepAwakeBuses buses,
+                                         Clock clock, QObject* parent)
+    : QObject(parent), preferences_(preferences), logind_(buses.system),
+      screenSaver_(buses.session),
+      clock_(clock ? std::move(clock) : Clock([] { return QDateTime::currentDateTime(); })) {
+    timer_.setSingleShot(true);
+    connect(&timer_, &QTimer::timeout, this, &KeepAwakeController::evaluate);
+    connect(&preferences_, &Preferences::changed, this, [this](const QString& key) {
+        if (key == QLatin1String(pref::kKeepAwakeSchedules)) {
+            loadSchedules();
+            evaluate();
+        } else if (key == QLatin1String(pref::kKeepAwakeLidClosed)) {
+            declinedLidTarget_.reset();
+            apply();
+            emit changed();
+        }
+    });
+    loadSchedules();
+    evaluate();
+}
+
+KeepAwakeController::~KeepAwakeController() {
+    releaseAll();
+}
+
+void KeepAwakeController::loadSchedules() {
+    const QVariant stored = preferences_.value(pref::kKeepAwakeSchedules);
+    auto decoded = KeepAwakeScheduleStore::decode(stored.toString().toUtf8());
+    schedules_ = std::move(decoded.schedules);
+    schedulesError_ = decoded.error;
+}
+
+void KeepAwakeController::storeSchedules() {
+    preferences_.setValue(pref::kKeepAwakeSchedules,
+                          QString::fromUtf8(KeepAwakeScheduleStore::encode(schedules_)));
+    preferences_.sync();
+}
+
+void KeepAwakeController::saveSchedule(const KeepAwakeSchedule& schedule) {
+    auto it = std::ranges::find(schedules_, schedule.id, &KeepAwakeSchedule::id);
+    if (it != schedules_.end()) {
+        *it = schedule;
+    } else {
+        schedules_.push_back(schedule);
+    }
+    schedulesError_.clear();
+    storeSchedules(); // the store's change notice re-evaluates
+}
+
+void KeepAwakeController::removeSchedule(const QUuid& id) {
+    std::erase_if(schedules_, [&](const KeepAwakeSchedule& s) { return s.id == id; });
+    storeSchedules();
+}
+
+void KeepAwakeController::startManual(const ManualSession& session) {
+    manual_ = session;
+    skipWindowUntil_.reset();
+    evaluate();
+}
+
+void KeepAwakeController::startManual(ManualSession::Duration duration) {
+    startManual(ManualSession::starting(clock_(), duration));
+}
+
+void KeepAwakeController::turnOff() {
+    manual_.reset();
+    const KeepAwakeState withoutManual = KeepAwakeEvaluator::evaluate(schedules_, {}, clock_());
+    if (withoutManual.isActive) {
+        skipWindowUntil_ = withoutManual.until;
+    }
+    evaluate();
+}
+
+bool KeepAwakeController::keepsRunningWithLidClosed() const {
+    return preferences_.value(pref::kKeepAwakeLidClosed).toBool();
+}
+
+void KeepAwakeController::setKeepsRunningWithLidClosed(bool on) {
+    preferences_.setValue(pref::kKeepAwakeLidClosed, on); // the change notice applies it
+    preferences_.sync();
+}
+
+void KeepAwakeController::evaluate() {
+    now_ = clock_();
+    if (manual_ && manual_->hasEnded(now_)) {
+        manual_.reset();
+    }
+    if (skipWindowUntil_ && *skipWindowUntil_ <= now_) {
+        skipWindowUntil_.reset();
+    }
+    state_ = skipWindowUntil_ ? KeepAwakeEvaluator::evaluate({}, manual_, now_)
+                              : KeepAwakeEvaluator::evaluate(schedules_, manual_, now_);
+    apply();
+    armTimer();
+    emit changed();
+}
+
+void KeepAwakeController::armTimer() {
+    qint64 wait = kLongestTickMs;
+    auto until = [&](const QDateTime& t) {
+        wait = std::clamp(now_.msecsTo(t) + kTickSlackMs, qint64{0}, wait);
+    };
+    if (state_.until) {
+        until(*state_.until);
+    }
+    if (skipWindowUntil_) {
+        until(*skipWindowUntil_);
+    }
+    if (auto next = KeepAwakeEvaluator::nextWindowStart(schedules_, now_)) {
+        until(*next);
+    }
+    timer_.start(static_cast<int>(wait));
+}
+
+void KeepAwakeController::apply() {
+    if (!state_.isActive) {
+        const bool heldLid = lidLock_.isHeld();
+        releaseAll();
+        if (heldLid && logind_.lidClosed().value_or(false)) {
+            // The lid was shut while we held its switch: sleep now, as closing it would have.
+            logind_.suspend();
+        }
+        error_.clear();
+        return;
+    }
+    if (!sleepLock_.isHeld()) {
+        sleepLock_ =
+            logind_.inhibit(QStringLiteral("idle:sleep"), kWho, kWhy, QStringLiteral("block"));
+        error_ = sleepLock_.isHeld() ? QString()
+                                     : QStringLiteral("Couldn't keep the %1 awake: %2")
+                                           .arg(words::computer(), sleepLock_.error);
+    }
+    screenSaver_.inhibit(kWho, kWhy);
+    applyLid(keepsRunningWithLidClosed());
+}
+
+void KeepAwakeController::applyLid(bool target) {
+    if (target == lidLock_.isHeld()) {
+        return;
+    }
+    if (!target) {
+        lidLock_ = {}; // closing the descriptor hands the lid back to logind
+        lidError_.clear();
+        return;
+    }
+    if (declinedLidTarget_ == target) {
+        return; // refused before: asking again would only repeat the refusal
+    }
+    lidLock_ =
+        logind_.inhibit(QStringLiteral("handle-lid-switch"), kWho, kWhy, QStringLiteral("block"));
+    if (lidLock_.isHeld()) {
+        lidError_.clear();
+        declinedLidTarget_.reset();
+    } else {
+        declinedLidTarget_ = target;
+        lidError_ = awake_text::lidRefused();
+    }
+}
+
+void KeepAwakeController::releaseAll() {
+    sleepLock_ = {};
+    lidLock_ = {};
+    screenSaver_.release();
+}
+
+} // namespace tarvik

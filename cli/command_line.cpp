@@ -83,6 +83,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     addProcessCommands(app, result);
     addAgentsCommand(app, result);
     addFilesCommands(app, result);
+    addAwakeCommand(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/monitor/system_health.h"
+#include "core/platform/logind.h"
 
 #include <CLI/CLI.hpp>
 #include <functional>
@@ -32,9 +33,13 @@ void addSpeedTestCommand(CLI::App& app, CommandResult& result);
 void addProcessCommands(CLI::App& app, CommandResult& result);
 void addAgentsCommand(CLI::App& app, CommandResult& result);
 void addFilesCommands(CLI::App& app, CommandResult& result);
+void addAwakeCommand(CLI::App& app, CommandResult& result);
 
 // The health issues one sample shows (no CPU history), for the summary.
 std::vector<HealthIssue> quickHealthIssues();
+
+// The inhibitor locks Tarvik processes hold now; nothing when logind can't be reached.
+std::optional<std::vector<Logind::Inhibitor>> keepAwakeHolders();
 
 // The machine summary, as `tarvik status` prints it.
 int printStatus(bool asJson);

@@ -23,6 +23,7 @@ int printStatus(bool asJson) {
         }
     }
     const std::vector<HealthIssue> health = quickHealthIssues();
+    const auto awake = keepAwakeHolders();
     if (asJson) {
         QJsonObject o = toJson(summary);
         o[QStringLiteral("junkBytes")] = static_cast<double>(junk);
@@ -31,6 +32,7 @@ int printStatus(bool asJson) {
             ids.append(issue.id);
         }
         o[QStringLiteral("healthIssues")] = ids;
+        o[QStringLiteral("keptAwake")] = awake ? QJsonValue(!awake->empty()) : QJsonValue();
         printJson(QJsonDocument(o));
         return kExitOk;
     }
@@ -49,6 +51,12 @@ int printStatus(bool asJson) {
                       titles.isEmpty()
                           ? QStringLiteral("Nothing needs your attention")
                           : titles.join(QStringLiteral("; ")) + QStringLiteral(" (tarvik health)"));
+    if (awake) {
+        rows.emplace_back(QStringLiteral("Keep awake"),
+                          awake->empty() ? QStringLiteral("Sleeping normally (tarvik awake)")
+                                         : QStringLiteral("Kept awake by Tarvik (tarvik awake "
+                                                          "status)"));
+    }
     printRows(rows);
     return kExitOk;
 }

@@ -18,6 +18,8 @@ packages=(
   dbus dbus-x11 hicolor-icon-theme adwaita-icon-theme
   # a Secret Service for the pasted-key tests
   gnome-keyring
+  # logind and the screen saver as D-Bus mocks; key presses for the keyboard-lock test
+  python3-dbusmock xdotool
   # the Trash tools that must list and restore what Tarvik trashes
   trash-cli gvfs libglib2.0-bin e2fsprogs
 )
@@ -26,6 +28,9 @@ if [ "${1:-}" = "bench" ]; then
   # the shaped-link speed test: the link (namespaces, tbf, NFQUEUE and its delay line), curl and
   # the Node runtime of the reference engine
   packages+=(iproute2 iptables libnetfilter-queue-dev libmnl-dev iputils-ping time curl nodejs)
+  # large files, duplicates and folder sizes: the usual duplicate finders, find's faster
+  # cousin (its binary is `fdfind`) and setpriv (util-linux) to run them all unprivileged
+  packages+=(jdupes fdupes rmlint fd-find util-linux)
   # npm comes with some builds of nodejs; Debian's own nodejs needs its npm package
   command -v npm >/dev/null 2>&1 || packages+=(npm)
 fi

@@ -5,6 +5,8 @@
 #include "app/overview/overview_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "core/awake/keep_awake_controller.h"
+#include "core/awake/keep_awake_texts.h"
 #include "core/cleanup/path_display.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/shell/navigator.h"
@@ -19,8 +21,10 @@
 namespace tarvik {
 
 OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
-                               SystemMonitorModel& monitor, AgentsModel* agents, QWidget* parent)
-    : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor), agents_(agents) {
+                               SystemMonitorModel& monitor, AgentsModel* agents,
+                               KeepAwakeController* keepAwake, QWidget* parent)
+    : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor), agents_(agents),
+      keepAwake_(keepAwake) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(new ScreenHeader(QStringLiteral("Smart Scan"),
@@ -73,6 +77,22 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
         layout->addWidget(agentBox);
         connect(agents_, &AgentsModel::cardsChanged, this, &OverviewScreen::renderAgents);
         renderAgents();
+    }
+
+    if (keepAwake_ != nullptr) {
+        auto* awakeBox = new QGroupBox(tr("Keep Awake"), this);
+        auto* awakeRow = new QHBoxLayout(awakeBox);
+        keepAwakeTile_ = new QLabel(awakeBox);
+        keepAwakeTile_->setObjectName(QStringLiteral("keepAwakeTile"));
+        keepAwakeTile_->setWordWrap(true);
+        auto* open = new QPushButton(tr("Show Keep Awake"), awakeBox);
+        connect(open, &QPushButton::clicked, this,
+                [this] { navigator_.select(AppSection::KeepAwake); });
+        awakeRow->addWidget(keepAwakeTile_, 1);
+        awakeRow->addWidget(open);
+        layout->addWidget(awakeBox);
+        connect(keepAwake_, &KeepAwakeController::changed, this, &OverviewScreen::renderKeepAwake);
+        renderKeepAwake();
     }
 
     auto* actions = new QHBoxLayout();
@@ -169,6 +189,18 @@ void OverviewScreen::render() {
         value->setAccessibleName(row.label);
         rows_->addRow(row.label, value);
     }
+}
+
+void OverviewScreen::renderKeepAwake() {
+    const KeepAwakeState& state = keepAwake_->state();
+    QString text = awake_text::status(state, keepAwake_->now());
+    if (state.isActive) {
+        text += QStringLiteral(". ") + awake_text::reason(state);
+    }
+    if (!keepAwake_->error().isEmpty()) {
+        text += QStringLiteral("\n") + keepAwake_->error();
+    }
+    keepAwakeTile_->setText(text);
 }
 
 } // namespace tarvik

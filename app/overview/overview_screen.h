@@ -10,6 +10,7 @@ namespace tarvik {
 
 class AgentsModel;
 class HealthIssuesView;
+class KeepAwakeController;
 class Navigator;
 class OverviewModel;
 class SystemMonitorModel;
@@ -19,7 +20,8 @@ class OverviewScreen : public QWidget {
     Q_OBJECT
 public:
     OverviewScreen(OverviewModel& model, Navigator& navigator, SystemMonitorModel& monitor,
-                   AgentsModel* agents = nullptr, QWidget* parent = nullptr);
+                   AgentsModel* agents = nullptr, KeepAwakeController* keepAwake = nullptr,
+                   QWidget* parent = nullptr);
     ~OverviewScreen() override;
 
 protected:
@@ -29,12 +31,15 @@ protected:
 private:
     void render();
     void renderAgents();
+    void renderKeepAwake();
 
     OverviewModel& model_;
     Navigator& navigator_;
     SystemMonitorModel& monitor_;
     AgentsModel* agents_ = nullptr; // the agent-limits tile, when there is one
     QLabel* agentLimits_ = nullptr;
+    KeepAwakeController* keepAwake_ = nullptr; // the keep-awake tile, when there is one
+    QLabel* keepAwakeTile_ = nullptr;
     HealthIssuesView* health_ = nullptr;
     bool holding_ = false; // the monitor samples while Smart Scan shows its health
     QLabel* junk_ = nullptr;

@@ -15,7 +15,9 @@ AppModels::Options AppModels::defaultOptions() {
             {},
             std::nullopt,
             FreeSpaceTimeline::defaultFilePath(),
-            nullptr};
+            nullptr,
+            std::nullopt,
+            QStringLiteral("/dev/input")};
 }
 
 AppModels::AppModels(const Options& options, QObject* parent)
@@ -40,7 +42,9 @@ AppModels::AppModels(const Options& options, QObject* parent)
           SpeedTestHistoryStore(options.timelinePath.isEmpty()
                                     ? QString()
                                     : SpeedTestHistoryStore::defaultFilePath())),
-      agents_(preferences_) {
+      agents_(preferences_),
+      keepAwake_(preferences_, options.keepAwakeBuses.value_or(KeepAwakeBuses{})),
+      keyboardLock_(options.inputDir) {
     // A fresh list knows how many packages are outdated as well as the periodic check does.
     connect(&brew_, &BrewModel::changed, this, [this] {
         if (brew_.snapshot() && !brew_.isLoading()) {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "app/agents/agents_model.h"
+#include "app/awake/keyboard_lock.h"
 #include "app/homebrew/brew_model.h"
 #include "app/junk/junk_model.h"
 #include "app/overview/overview_model.h"
 #include "app/speedtest/speed_test_model.h"
+#include "core/awake/keep_awake_controller.h"
 #include "core/cleanup/free_space_recorder.h"
 #include "core/homebrew/brew_update_checker.h"
 #include "core/monitor/system_monitor_model.h"
@@ -34,6 +36,10 @@ public:
         QString timelinePath;
         // The brew runner; empty means the machine's own Homebrew.
         std::shared_ptr<BrewRunner> brewRunner;
+        // Where logind and the desktop's idle inhibit are reached; tests give a private bus.
+        std::optional<KeepAwakeBuses> keepAwakeBuses = std::nullopt;
+        // The input devices the keyboard lock takes.
+        QString inputDir = QStringLiteral("/dev/input");
     };
     static Options defaultOptions();
 
@@ -49,6 +55,8 @@ public:
     BrewUpdateChecker& brewUpdates() { return brewUpdates_; }
     SpeedTestModel& speedTest() { return speedTest_; }
     AgentsModel& agents() { return agents_; }
+    KeepAwakeController& keepAwake() { return keepAwake_; }
+    KeyboardLock& keyboardLock() { return keyboardLock_; }
 
 private:
     Preferences preferences_;
@@ -63,6 +71,8 @@ private:
     BrewUpdateChecker brewUpdates_;
     SpeedTestModel speedTest_;
     AgentsModel agents_;
+    KeepAwakeController keepAwake_;
+    KeyboardLock keyboardLock_;
     std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 

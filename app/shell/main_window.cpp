@@ -1,6 +1,7 @@
 #include "app/shell/main_window.h"
 
 #include "app/agents/agents_screen.h"
+#include "app/awake/keep_awake_screen.h"
 #include "app/files/duplicates_model.h"
 #include "app/files/duplicates_screen.h"
 #include "app/files/large_files_model.h"
@@ -138,7 +139,7 @@ QWidget* MainWindow::createScreen(AppSection section) {
     switch (section) {
     case AppSection::Overview:
         screen = new OverviewScreen(models_.overview(), models_.navigator(), models_.monitor(),
-                                    &models_.agents(), this);
+                                    &models_.agents(), &models_.keepAwake(), this);
         break;
     case AppSection::SystemJunk:
         screen = new JunkScreen(models_.junk(), xdg::home(), this);
@@ -167,6 +168,9 @@ QWidget* MainWindow::createScreen(AppSection section) {
         break;
     case AppSection::Monitor:
         screen = new MonitorScreen(models_.monitor(), models_.navigator(), this);
+        break;
+    case AppSection::KeepAwake:
+        screen = new KeepAwakeScreen(models_.keepAwake(), models_.keyboardLock(), this);
         break;
     case AppSection::Settings:
         screen = new SettingsScreen(models_.preferences(), models_.loginItem(), this);

@@ -1,5 +1,6 @@
 #include "app/shell/tray_item.h"
 
+#include "app/awake/keep_awake_menu.h"
 #include "app/shell/app_models.h"
 #include "app/shell/section_icons.h"
 #include "app/shell/tray_icon_renderer.h"
@@ -25,6 +26,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
             emit openWindowRequested();
         });
     }
+    keepAwakeMenu(models_.keepAwake(), models_.keyboardLock(), menu_);
     menu_->addSeparator();
     auto* quit = menu_->addAction(tr("Quit Tarvik"));
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);

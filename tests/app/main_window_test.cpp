@@ -114,7 +114,7 @@ TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
     TempHome home;
     AppModels models(optionsIn(home));
     MainWindow window(models);
-    for (AppSection s : {AppSection::SpaceLens, AppSection::DevServers, AppSection::KeepAwake}) {
+    for (AppSection s : {AppSection::SpaceLens, AppSection::DevServers, AppSection::Uninstaller}) {
         models.navigator().select(s);
         QWidget* screen = screenInside(window.currentScreen());
         ASSERT_NE(screen, nullptr);

@@ -1,4 +1,5 @@
 // Runs the real tarvik executable as a child process in a temporary home.
+#include "tests/support/private_bus.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/speed_server.h"
 #include "tests/support/temp_home.h"
@@ -14,6 +15,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
+#include <csignal>
 #include <gtest/gtest.h>
 
 using tarvik::test::readAll;
@@ -113,7 +115,7 @@ TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
     const Outcome list = tarvik({"settings", "list", "--json"});
     ASSERT_EQ(list.exitCode, 0);
     const QJsonArray keys = QJsonDocument::fromJson(list.out.toUtf8()).array();
-    EXPECT_EQ(keys.size(), 16);
+    EXPECT_EQ(keys.size(), 18);
     bool sawInterval = false;
     for (const auto& v : keys) {
         const QJsonObject o = v.toObject();
@@ -631,4 +633,92 @@ TEST_F(TarvikCommand, LargeAndDupesFindAndDupesDeleteKeepsTheOriginal) {
     EXPECT_FALSE(QFile::exists(home_.path() + "/Documents/second.iso"));
     EXPECT_TRUE(QFile::exists(home_.path() + "/Downloads/first.iso"));
     EXPECT_TRUE(tarvik({"dupes"}).out.contains("No duplicates found."));
+}
+
+TEST_F(TarvikCommand, AwakeSchedulesAreAddedListedAndRemoved) {
+    const Outcome added =
+        tarvik({"awake", "schedules", "add", "--name", "Work", "--from", "09:00", "--to", "17:30"});
+    ASSERT_EQ(added.exitCode, 0) << added.err.toStdString();
+    EXPECT_EQ(tarvik({"awake", "schedules", "add", "--days", "sat,sun", "--from", "22:00", "--to",
+                      "06:00"})
+                  .out.trimmed(),
+              "Added “Schedule”: Sat, Sun 22:00–06:00 (next day). Ends the next day.");
+
+    // Bad input changes nothing and says what is wanted.
+    const QByteArray before = readAll(conf());
+    for (const QStringList& bad :
+         {QStringList{"awake", "schedules", "add", "--from", "09:00", "--to", "09:00"},
+          QStringList{"awake", "schedules", "add", "--from", "9", "--to", "17:00"},
+          QStringList{"awake", "schedules", "add", "--days", "funday", "--from", "09:00", "--to",
+                      "10:00"},
+          QStringList{"awake", "schedules", "remove", "Holidays"},
+          QStringList{"awake", "--for", "soon"}, QStringList{"awake", "--until", "25:00"},
+          QStringList{"awake", "--for", "1h", "--until", "17:00"}}) {
+        const Outcome r = tarvik(bad);
+        EXPECT_EQ(r.exitCode, 2) << bad.join(' ').toStdString();
+        EXPECT_FALSE(r.err.isEmpty()) << bad.join(' ').toStdString();
+    }
+    EXPECT_TRUE(tarvik({"awake", "schedules", "add", "--from", "09:00", "--to", "09:00"})
+                    .err.contains("Start and end must differ."));
+    EXPECT_EQ(readAll(conf()), before);
+
+    const auto list =
+        QJsonDocument::fromJson(tarvik({"awake", "schedules", "list", "--json"}).out.toUtf8())
+            .array();
+    ASSERT_EQ(list.size(), 2);
+    EXPECT_EQ(list[0]["name"], "Work");
+    EXPECT_EQ(list[0]["weekdays"].toArray().size(), 5);
+    EXPECT_EQ(list[1]["durationMinutes"], 480);
+
+    ASSERT_EQ(tarvik({"awake", "schedules", "remove", "work"}).exitCode, 0);
+    const QString id = list[1]["id"].toString().left(8);
+    ASSERT_EQ(tarvik({"awake", "schedules", "remove", id}).exitCode, 0);
+    EXPECT_TRUE(tarvik({"awake", "schedules", "list"}).out.contains("No keep-awake schedules"));
+
+    // A damaged store: no schedules, and the reason.
+    ASSERT_EQ(tarvik({"settings", "set", "keepAwakeSchedules", "[{oops"}).exitCode, 0);
+    const Outcome damaged = tarvik({"awake", "status"});
+    EXPECT_EQ(damaged.exitCode, 0);
+    EXPECT_TRUE(damaged.err.contains("couldn't be read")) << damaged.err.toStdString();
+}
+
+TEST_F(TarvikCommand, AwakeHoldsLogindsLockUntilInterrupted) {
+    tarvik::test::PrivateBus bus;
+    if (!bus.isRunning() || !tarvik::test::PrivateBus::hasDbusMock()) {
+        GTEST_SKIP() << "needs dbus-daemon and python3-dbusmock";
+    }
+    ASSERT_TRUE(bus.startMock("org.freedesktop.login1", {"--template", "logind"}));
+    env_["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address();
+    env_["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+
+    QProcess holder;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("HOME", home_.path());
+    env.insert("XDG_CONFIG_HOME", home_.path() + "/.config");
+    env.insert("DBUS_SYSTEM_BUS_ADDRESS", bus.address());
+    env.insert("DBUS_SESSION_BUS_ADDRESS", bus.address());
+    holder.setProcessEnvironment(env);
+    holder.start(TARVIK_BINARY, {"awake", "--for", "2h"});
+    ASSERT_TRUE(holder.waitForReadyRead(10000));
+    EXPECT_TRUE(QString::fromUtf8(holder.readAllStandardOutput())
+                    .startsWith("Keeping the computer awake: Until "));
+
+    const auto status = [&] {
+        return QJsonDocument::fromJson(tarvik({"awake", "status", "--json"}).out.toUtf8()).object();
+    };
+    const QJsonObject held = status();
+    EXPECT_EQ(held["keptAwake"], true);
+    ASSERT_EQ(held["holders"].toArray().size(), 1);
+    EXPECT_EQ(held["holders"][0]["what"], "idle:sleep");
+
+    ::kill(static_cast<pid_t>(holder.processId()), SIGINT);
+    ASSERT_TRUE(holder.waitForFinished(10000));
+    EXPECT_EQ(holder.exitCode(), 0);
+    EXPECT_TRUE(holder.readAllStandardOutput().contains("Stopped keeping awake"));
+    QJsonObject after = status();
+    for (int i = 0; i < 50 && after["keptAwake"] != false; ++i) {
+        QThread::msleep(50);
+        after = status();
+    }
+    EXPECT_EQ(after["keptAwake"], false);
 }

@@ -19,7 +19,10 @@ inline AppModels::Options optionsIn(const TempHome& home, const std::filesystem:
             sampler,
             std::nullopt,
             QString(),
-            nullptr};
+            nullptr,
+            std::nullopt,
+            // No input devices: a test never takes the machine's keyboard.
+            home.path() + "/no-input-devices"};
 }
 
 } // namespace tarvik::test

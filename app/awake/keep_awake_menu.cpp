@@ -1,0 +1,47 @@
+#include "app/awake/keep_awake_menu.h"
+
+#include "app/awake/keyboard_lock.h"
+#include "core/awake/keep_awake_controller.h"
+#include "core/awake/keep_awake_texts.h"
+
+#include <QMenu>
+
+namespace tarvik {
+
+QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu* parent) {
+    auto* menu = parent->addMenu(QObject::tr("Keep Awake"));
+    menu->setObjectName(QStringLiteral("keepAwakeMenu"));
+    auto* status = menu->addAction(QString());
+    status->setEnabled(false);
+    auto* off = menu->addAction(QObject::tr("Turn Off"));
+    QObject::connect(off, &QAction::triggered, &controller, &KeepAwakeController::turnOff);
+    menu->addSeparator();
+    for (auto d : kManualDurations) {
+        auto* a = menu->addAction(QObject::tr("Keep Awake for %1").arg(label(d)));
+        QObject::connect(a, &QAction::triggered, &controller,
+                         [&controller, d] { controller.startManual(d); });
+    }
+    auto* always = menu->addAction(indefiniteText());
+    QObject::connect(always, &QAction::triggered, &controller,
+                     [&controller] { controller.startManual(ManualSession::indefinite()); });
+    menu->addSeparator();
+    auto* keyboard = menu->addAction(awake_text::keyboardCleaning() + QStringLiteral("…"));
+    keyboard->setToolTip(awake_text::keyboardMenuText(kEscapesToUnlock));
+    keyboard->setStatusTip(keyboard->toolTip());
+    QObject::connect(keyboard, &QAction::triggered, &lock, [&lock] { lock.begin(); });
+    menu->setToolTipsVisible(true);
+
+    auto refresh = [menu, status, off, &controller] {
+        const KeepAwakeState& state = controller.state();
+        status->setText(state.isActive ? awake_text::status(state, controller.now())
+                                       : awake_text::sleepSettingsApply());
+        off->setVisible(state.isActive);
+        menu->setTitle(state.isActive ? QObject::tr("Keep Awake: On") : QObject::tr("Keep Awake"));
+    };
+    QObject::connect(menu, &QMenu::aboutToShow, menu, refresh);
+    QObject::connect(&controller, &KeepAwakeController::changed, menu, refresh);
+    refresh();
+    return menu;
+}
+
+} // namespace tarvik

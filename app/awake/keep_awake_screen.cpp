@@ -1,0 +1,275 @@
+#include "app/awake/keep_awake_screen.h"
+
+#include "app/awake/keyboard_lock.h"
+#include "app/awake/schedule_editor.h"
+#include "app/shell/screen_header.h"
+#include "app/shell/section_subtitles.h"
+#include "core/awake/keep_awake_controller.h"
+#include "core/awake/keep_awake_texts.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+namespace tarvik {
+
+namespace {
+
+QLabel* note(QWidget* parent, const QString& name = {}) {
+    auto* l = new QLabel(parent);
+    l->setWordWrap(true);
+    l->setForegroundRole(QPalette::PlaceholderText);
+    l->setObjectName(name);
+    return l;
+}
+
+QLabel* warning(QWidget* parent, const QString& name) {
+    auto* l = new QLabel(parent);
+    l->setWordWrap(true);
+    l->setObjectName(name);
+    l->setStyleSheet(QStringLiteral("color: #c0392b;"));
+    l->hide();
+    return l;
+}
+
+void showMessage(QLabel* label, const QString& text) {
+    label->setText(text);
+    label->setVisible(!text.isEmpty());
+}
+
+} // namespace
+
+KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& lock,
+                                 QWidget* parent)
+    : QWidget(parent), controller_(controller), lock_(lock) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(24, 20, 24, 20);
+    layout->addWidget(
+        new ScreenHeader(tr("Keep Awake"), sectionSubtitle(AppSection::KeepAwake), this));
+
+    auto* top = new QHBoxLayout();
+    toggle_ = new QPushButton(this);
+    toggle_->setObjectName(QStringLiteral("awakeToggle"));
+    toggle_->setCheckable(true);
+    toggle_->setMinimumSize(160, 56);
+    QFont big = toggle_->font();
+    big.setPointSizeF(big.pointSizeF() * 1.5);
+    big.setBold(true);
+    toggle_->setFont(big);
+    duration_ = new QComboBox(this);
+    duration_->setObjectName(QStringLiteral("awakeDuration"));
+    for (auto d : kManualDurations) {
+        duration_->addItem(label(d), minutes(d));
+    }
+    duration_->addItem(indefiniteText(), 0);
+    duration_->setCurrentIndex(1); // an hour
+    auto* forLabel = new QLabel(tr("&For:"), this);
+    forLabel->setBuddy(duration_);
+    top->addWidget(toggle_);
+    top->addWidget(forLabel);
+    top->addWidget(duration_);
+    top->addStretch(1);
+    layout->addLayout(top);
+
+    status_ = new QLabel(this);
+    status_->setObjectName(QStringLiteral("awakeStatus"));
+    QFont bold = status_->font();
+    bold.setBold(true);
+    status_->setFont(bold);
+    reason_ = note(this, QStringLiteral("awakeReason"));
+    error_ = warning(this, QStringLiteral("awakeError"));
+    layout->addWidget(status_);
+    layout->addWidget(reason_);
+    layout->addWidget(error_);
+
+    lid_ = new QCheckBox(awake_text::lidOption(), this);
+    lid_->setObjectName(QStringLiteral("lidOption"));
+    lidDescription_ = note(this, QStringLiteral("lidDescription"));
+    lidError_ = warning(this, QStringLiteral("lidError"));
+    layout->addWidget(lid_);
+    layout->addWidget(lidDescription_);
+    layout->addWidget(lidError_);
+
+    auto* scheduleBox = new QGroupBox(tr("Schedules"), this);
+    auto* scheduleLayout = new QVBoxLayout(scheduleBox);
+    auto* scheduleNote = note(scheduleBox);
+    scheduleNote->setText(
+        tr("Keep awake automatically in weekly windows, like 9:00 to 17:00 on weekdays."));
+    scheduleLayout->addWidget(scheduleNote);
+    schedules_ = new QTreeWidget(scheduleBox);
+    schedules_->setObjectName(QStringLiteral("scheduleList"));
+    schedules_->setHeaderLabels({tr("Name"), tr("Days"), tr("Time")});
+    schedules_->setRootIsDecorated(false);
+    schedules_->header()->setStretchLastSection(true);
+    schedules_->setMinimumHeight(90);
+    schedules_->setMaximumHeight(160);
+    scheduleLayout->addWidget(schedules_);
+    schedulesError_ = warning(scheduleBox, QStringLiteral("schedulesError"));
+    scheduleLayout->addWidget(schedulesError_);
+    auto* scheduleButtons = new QHBoxLayout();
+    auto* add = new QPushButton(tr("&Add Schedule…"), scheduleBox);
+    add->setObjectName(QStringLiteral("addSchedule"));
+    edit_ = new QPushButton(tr("&Edit…"), scheduleBox);
+    edit_->setObjectName(QStringLiteral("editSchedule"));
+    remove_ = new QPushButton(tr("&Remove"), scheduleBox);
+    remove_->setObjectName(QStringLiteral("removeSchedule"));
+    scheduleButtons->addWidget(add);
+    scheduleButtons->addWidget(edit_);
+    scheduleButtons->addWidget(remove_);
+    scheduleButtons->addStretch(1);
+    scheduleLayout->addLayout(scheduleButtons);
+    layout->addWidget(scheduleBox);
+
+    auto* keyboardBox = new QGroupBox(awake_text::keyboardCleaning(), this);
+    auto* keyboardLayout = new QVBoxLayout(keyboardBox);
+    auto* keyboardNote = note(keyboardBox);
+    keyboardNote->setText(awake_text::keyboardCleaningDetail() + QStringLiteral(". ") +
+                          awake_text::keyboardMenuText(kEscapesToUnlock));
+    keyboardLayout->addWidget(keyboardNote);
+    lockButton_ = new QPushButton(tr("&Lock Keyboard"), keyboardBox);
+    lockButton_->setObjectName(QStringLiteral("lockKeyboard"));
+    auto* lockRow = new QHBoxLayout();
+    lockRow->addWidget(lockButton_);
+    lockRow->addStretch(1);
+    keyboardLayout->addLayout(lockRow);
+    lockFailure_ = warning(keyboardBox, QStringLiteral("lockFailure"));
+    keyboardLayout->addWidget(lockFailure_);
+    layout->addWidget(keyboardBox);
+
+    auto* footer = note(this);
+    footer->setText(awake_text::worksWhileRunning());
+    layout->addWidget(footer);
+    layout->addStretch(1);
+
+    connect(toggle_, &QPushButton::clicked, this, [this](bool on) {
+        if (!on) {
+            controller_.turnOff();
+            return;
+        }
+        const int m = duration_->currentData().toInt();
+        if (m == 0) {
+            controller_.startManual(ManualSession::indefinite());
+        } else {
+            controller_.startManual(static_cast<ManualSession::Duration>(m));
+        }
+    });
+    connect(lid_, &QCheckBox::toggled, this, [this](bool on) {
+        if (!filling_) {
+            controller_.setKeepsRunningWithLidClosed(on);
+        }
+    });
+    connect(add, &QPushButton::clicked, this, [this] { editSchedule(-1); });
+    connect(edit_, &QPushButton::clicked, this,
+            [this] { editSchedule(schedules_->currentIndex().row()); });
+    connect(schedules_, &QTreeWidget::itemDoubleClicked, this,
+            [this](QTreeWidgetItem* item) { editSchedule(schedules_->indexOfTopLevelItem(item)); });
+    connect(remove_, &QPushButton::clicked, this, [this] {
+        const int row = schedules_->currentIndex().row();
+        if (row >= 0 && row < static_cast<int>(controller_.schedules().size())) {
+            controller_.removeSchedule(controller_.schedules()[row].id);
+        }
+    });
+    connect(schedules_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int) {
+        const int row = schedules_->indexOfTopLevelItem(item);
+        if (filling_ || row < 0 || row >= static_cast<int>(controller_.schedules().size())) {
+            return;
+        }
+        KeepAwakeSchedule s = controller_.schedules()[row];
+        s.isEnabled = item->checkState(0) == Qt::Checked;
+        if (s.isEnabled != controller_.schedules()[row].isEnabled) {
+            controller_.saveSchedule(s);
+        }
+    });
+    connect(schedules_, &QTreeWidget::currentItemChanged, this, &KeepAwakeScreen::refresh);
+    connect(lockButton_, &QPushButton::clicked, this, [this] {
+        showMessage(lockFailure_, {});
+        lock_.begin();
+    });
+    connect(&lock_, &KeyboardLock::failed, this, [this](const QString& title, const QString& why) {
+        showMessage(
+            lockFailure_,
+            QStringLiteral("<b>%1</b><br>%2").arg(title.toHtmlEscaped(), why.toHtmlEscaped()));
+        lockButton_->setText(tr("Try &Again"));
+    });
+    connect(&lock_, &KeyboardLock::lockedChanged, this, [this](bool locked) {
+        if (!locked) {
+            lockButton_->setText(tr("&Lock Keyboard"));
+        }
+    });
+    connect(&controller_, &KeepAwakeController::changed, this, [this] {
+        refreshSchedules();
+        refresh();
+    });
+    refreshSchedules();
+    refresh();
+}
+
+void KeepAwakeScreen::refresh() {
+    const KeepAwakeState& state = controller_.state();
+    filling_ = true;
+    toggle_->setChecked(state.isActive);
+    toggle_->setText(state.isActive ? tr("On") : tr("Off"));
+    toggle_->setToolTip(state.isActive ? tr("Stop keeping awake") : tr("Keep awake now"));
+    status_->setText(awake_text::status(state, controller_.now()));
+    reason_->setText(state.isActive ? awake_text::reason(state) : awake_text::followsOwnSettings());
+    showMessage(error_, controller_.error());
+    const bool lidOn = controller_.keepsRunningWithLidClosed();
+    lid_->setChecked(lidOn);
+    lidDescription_->setText(lidOn ? awake_text::lidOnDescription() : awake_text::lidDescription());
+    showMessage(lidError_, controller_.lidError());
+    showMessage(schedulesError_, controller_.schedulesError());
+    const bool chosen = schedules_->currentIndex().isValid();
+    edit_->setEnabled(chosen);
+    remove_->setEnabled(chosen);
+    filling_ = false;
+}
+
+void KeepAwakeScreen::refreshSchedules() {
+    filling_ = true;
+    const int current = schedules_->currentIndex().row();
+    schedules_->clear();
+    for (const auto& s : controller_.schedules()) {
+        QString time =
+            minutesText(s.startMinutes) + QStringLiteral("–") + minutesText(s.endMinutes);
+        if (s.endsNextDay()) {
+            time += QStringLiteral("  ") + endsNextDayText();
+        }
+        if (!s.isValid()) {
+            time += QStringLiteral("  ") + tr("(never opens: check its days and times)");
+        }
+        auto* item =
+            new QTreeWidgetItem(schedules_, {s.displayName(), weekdaysText(s.weekdays), time});
+        item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+        item->setCheckState(0, s.isEnabled ? Qt::Checked : Qt::Unchecked);
+    }
+    schedules_->resizeColumnToContents(0);
+    schedules_->resizeColumnToContents(1);
+    if (current >= 0 && current < schedules_->topLevelItemCount()) {
+        schedules_->setCurrentItem(schedules_->topLevelItem(current));
+    }
+    filling_ = false;
+}
+
+void KeepAwakeScreen::editSchedule(int row) {
+    const bool adding = row < 0 || row >= static_cast<int>(controller_.schedules().size());
+    KeepAwakeSchedule start;
+    if (adding) {
+        start.weekdays = KeepAwakeSchedule::weekdaysPreset();
+    } else {
+        start = controller_.schedules()[row];
+    }
+    auto* editor = new ScheduleEditor(start, this);
+    editor->setAttribute(Qt::WA_DeleteOnClose);
+    connect(editor, &QDialog::accepted, this,
+            [this, editor] { controller_.saveSchedule(editor->schedule()); });
+    editor->open();
+}
+
+} // namespace tarvik

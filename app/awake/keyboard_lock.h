@@ -1,0 +1,57 @@
+#pragma once
+
+#include "core/awake/escape_unlock_tracker.h"
+#include "core/platform/input_device_grab.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+namespace tarvik {
+
+class LockOverlay;
+
+// The keyboard lock for wiping the keys: a full-screen overlay that takes the keyboard and
+// pointer from the desktop, plus the kernel's exclusive grab of the input devices when Tarvik
+// may open them, which also stops the desktop's own shortcuts. Five quick Escapes unlock.
+class KeyboardLock : public QObject {
+    Q_OBJECT
+public:
+    explicit KeyboardLock(QString inputDir = QStringLiteral("/dev/input"),
+                          QObject* parent = nullptr);
+    ~KeyboardLock() override;
+
+    bool isLocked() const { return locked_; }
+    int escapeCount() const { return escapeCount_; }
+    // Whether the input devices are held too, not only the window system's input.
+    bool holdsDevices() const { return devices_.grabbedCount() > 0; }
+    // What went wrong the last time locking failed: a title and what to do.
+    const QString& failureDetail() const { return failureDetail_; }
+
+    // Locks; false when the keyboard could not be taken (failureDetail() says why).
+    bool begin();
+    void unlock();
+
+    // A key went down while locked, seen by the overlay or the devices. Seconds of uptime.
+    void keyPressed(bool isEscape, bool isAutoRepeat, double at);
+    static double uptimeSeconds();
+
+signals:
+    void lockedChanged(bool locked);
+    void escapeCountChanged(int count);
+    void failed(const QString& title, const QString& detail);
+
+private:
+    void setEscapeCount(int count);
+
+    EscapeUnlockTracker tracker_{kEscapesToUnlock, kEscapeWindowSeconds};
+    InputDeviceGrab devices_;
+    QPointer<LockOverlay> overlay_;
+    QTimer staleCount_;
+    QTimer giveUp_;
+    bool locked_ = false;
+    int escapeCount_ = 0;
+    QString failureDetail_;
+};
+
+} // namespace tarvik

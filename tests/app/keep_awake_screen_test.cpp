@@ -1,0 +1,164 @@
+#include "app/awake/keep_awake_screen.h"
+#include "app/awake/schedule_editor.h"
+#include "app/shell/app_models.h"
+#include "core/awake/keep_awake_schedule_store.h"
+#include "tests/support/app_options.h"
+#include "tests/support/private_bus.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTimeEdit>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+using tarvik::test::optionsIn;
+using tarvik::test::PrivateBus;
+using tarvik::test::TempHome;
+
+namespace {
+
+template <typename T> T* child(QWidget& w, const char* name) {
+    auto* c = w.findChild<T*>(QString::fromLatin1(name));
+    EXPECT_NE(c, nullptr) << name;
+    return c;
+}
+
+QString labelText(QWidget& w, const char* name) {
+    auto* l = child<QLabel>(w, name);
+    return l != nullptr && l->isVisibleTo(&w) ? l->text() : QString();
+}
+
+ScheduleEditor* openEditor(QWidget& screen, const char* button) {
+    QTest::mouseClick(child<QPushButton>(screen, button), Qt::LeftButton);
+    auto editors = screen.findChildren<ScheduleEditor*>();
+    return editors.isEmpty() ? nullptr : editors.back();
+}
+
+// A bus on which nothing answers: keeping awake is asked for and can't be given.
+AppModels::Options withoutLogind(const TempHome& home) {
+    auto o = optionsIn(home);
+    o.keepAwakeBuses = KeepAwakeBuses{
+        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus"),
+        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus")};
+    return o;
+}
+
+} // namespace
+
+TEST(KeepAwakeScreen, TheSwitchKeepsAwakeThroughLogindAndSaysUntilWhen) {
+    PrivateBus bus;
+    if (!bus.isRunning() || !PrivateBus::hasDbusMock()) {
+        GTEST_SKIP() << "needs dbus-daemon and python3-dbusmock";
+    }
+    ASSERT_TRUE(bus.startMock("org.freedesktop.login1", {"--template", "logind"}));
+    TempHome home;
+    auto options = optionsIn(home);
+    options.keepAwakeBuses = KeepAwakeBuses{bus.connection(), bus.connection()};
+    AppModels models(options);
+    KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
+    EXPECT_EQ(labelText(screen, "awakeStatus"), "Sleeping normally");
+    EXPECT_EQ(labelText(screen, "awakeReason"), "Your computer follows its own sleep settings");
+
+    auto* toggle = child<QPushButton>(screen, "awakeToggle");
+    QTest::mouseClick(toggle, Qt::LeftButton); // an hour, the default
+    EXPECT_TRUE(models.keepAwake().isAssertionHeld());
+    EXPECT_TRUE(toggle->isChecked());
+    const QDateTime end = *models.keepAwake().state().until;
+    EXPECT_NEAR(QDateTime::currentDateTime().secsTo(end), 3600, 5);
+    EXPECT_TRUE(labelText(screen, "awakeStatus").endsWith(", then your sleep settings apply"));
+    EXPECT_EQ(labelText(screen, "awakeReason"), "Kept awake by hand");
+    EXPECT_EQ(labelText(screen, "awakeError"), "");
+
+    QTest::mouseClick(toggle, Qt::LeftButton);
+    EXPECT_FALSE(models.keepAwake().isAssertionHeld());
+    EXPECT_FALSE(toggle->isChecked());
+    EXPECT_EQ(labelText(screen, "awakeStatus"), "Sleeping normally");
+}
+
+TEST(KeepAwakeScreen, WithoutLogindItSaysWhyAndTheLockFailureIsExplained) {
+    TempHome home;
+    AppModels models(withoutLogind(home));
+    KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
+    QTest::mouseClick(child<QPushButton>(screen, "awakeToggle"), Qt::LeftButton);
+    EXPECT_TRUE(labelText(screen, "awakeError").startsWith("Couldn't keep the computer awake"));
+
+    // Offscreen there is no keyboard to take: the lock fails and says so, leaving nothing held.
+    QTest::mouseClick(child<QPushButton>(screen, "lockKeyboard"), Qt::LeftButton);
+    EXPECT_FALSE(models.keyboardLock().isLocked());
+    EXPECT_TRUE(labelText(screen, "lockFailure").contains("Couldn't lock the keyboard"));
+    EXPECT_EQ(child<QPushButton>(screen, "lockKeyboard")->text(), "Try &Again");
+}
+
+TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
+    TempHome home;
+    AppModels models(withoutLogind(home));
+    KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
+    auto* list = child<QTreeWidget>(screen, "scheduleList");
+
+    ScheduleEditor* editor = openEditor(screen, "addSchedule");
+    ASSERT_NE(editor, nullptr);
+    auto* ok = editor->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+    auto* note = editor->findChild<QLabel*>("scheduleNote");
+    editor->findChild<QLineEdit*>()->setText("Late render");
+    editor->findChild<QTimeEdit*>("startTime")->setTime(QTime(22, 0));
+    editor->findChild<QTimeEdit*>("endTime")->setTime(QTime(22, 0));
+    EXPECT_EQ(note->text(), "Start and end must differ.");
+    EXPECT_FALSE(ok->isEnabled());
+    editor->findChild<QTimeEdit*>("endTime")->setTime(QTime(6, 0));
+    EXPECT_EQ(note->text(), "Ends the next day.");
+    for (int d = 1; d <= 7; ++d) {
+        editor->findChild<QCheckBox*>(QStringLiteral("day%1").arg(d))->setChecked(false);
+    }
+    EXPECT_FALSE(ok->isEnabled()); // no days
+    editor->findChild<QCheckBox*>("day1")->setChecked(true);
+    ASSERT_TRUE(ok->isEnabled());
+    QTest::mouseClick(ok, Qt::LeftButton);
+
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(list->topLevelItem(0)->text(0), "Late render");
+    EXPECT_EQ(list->topLevelItem(0)->text(1), "Sun");
+    EXPECT_TRUE(list->topLevelItem(0)->text(2).contains("Ends the next day."));
+
+    // Switching it off from its check box is stored, and another process reads it back.
+    list->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    Preferences reread(home.config() + "/Tarvik/Tarvik.conf");
+    const auto stored =
+        KeepAwakeScheduleStore::decode(reread.value(pref::kKeepAwakeSchedules).toString().toUtf8());
+    ASSERT_EQ(stored.schedules.size(), 1u);
+    EXPECT_FALSE(stored.schedules[0].isEnabled);
+    EXPECT_EQ(stored.schedules[0].startMinutes, 22 * 60);
+
+    // Editing keeps the schedule's identity; removing takes it away.
+    list->setCurrentItem(list->topLevelItem(0));
+    editor = openEditor(screen, "editSchedule");
+    ASSERT_NE(editor, nullptr);
+    editor->findChild<QLineEdit*>()->setText("Renders");
+    QTest::mouseClick(editor->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
+                      Qt::LeftButton);
+    ASSERT_EQ(models.keepAwake().schedules().size(), 1u);
+    EXPECT_EQ(models.keepAwake().schedules()[0].name, "Renders");
+    EXPECT_EQ(models.keepAwake().schedules()[0].id, stored.schedules[0].id);
+    list->setCurrentItem(list->topLevelItem(0));
+    QTest::mouseClick(child<QPushButton>(screen, "removeSchedule"), Qt::LeftButton);
+    EXPECT_EQ(list->topLevelItemCount(), 0);
+    EXPECT_TRUE(models.keepAwake().schedules().empty());
+}
+
+TEST(KeepAwakeScreen, DamagedSchedulesAreReportedNotApplied) {
+    TempHome home;
+    {
+        Preferences prefs(home.config() + "/Tarvik/Tarvik.conf");
+        prefs.setValue(pref::kKeepAwakeSchedules, "[{\"id\":");
+        prefs.sync();
+    }
+    AppModels models(withoutLogind(home));
+    KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
+    EXPECT_TRUE(labelText(screen, "schedulesError").contains("couldn't be read"));
+    EXPECT_EQ(child<QTreeWidget>(screen, "scheduleList")->topLevelItemCount(), 0);
+    EXPECT_FALSE(models.keepAwake().state().isActive);
+}

@@ -1,0 +1,80 @@
+// The keyboard lock on a real X server (run under Xvfb): synthetic key presses from xdotool
+// must be swallowed while locked, five quick Escapes unlock, and a key in between starts the
+// count again.
+#include "app/awake/keyboard_lock.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QProcess>
+#include <QTest>
+#include <gtest/gtest.h>
+
+using tarvik::KeyboardLock;
+
+namespace {
+
+// Runs xdotool while the event loop keeps going, then lets the events arrive.
+void xdotool(const QStringList& args) {
+    QProcess p;
+    p.start("xdotool", args);
+    ASSERT_TRUE(p.waitForStarted(5000));
+    QElapsedTimer t;
+    t.start();
+    while (p.state() != QProcess::NotRunning && t.elapsed() < 10000) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    ASSERT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
+    QTest::qWait(300);
+}
+
+void keys(const QStringList& names) {
+    xdotool(QStringList{"key", "--delay", "60"} + names);
+}
+
+} // namespace
+
+TEST(KeyboardLockOnX, SwallowsKeysUntilFiveQuickEscapes) {
+    QLineEdit field;
+    field.setWindowTitle("typing target");
+    field.show();
+    field.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&field));
+    xdotool({"windowfocus", "--sync", QString::number(field.winId())});
+    keys({"a", "b"});
+    ASSERT_EQ(field.text(), "ab") << "the X server should deliver keys before the lock";
+
+    QTemporaryDir noDevices; // the test never takes the machine's own keyboard
+    KeyboardLock lock(noDevices.path());
+    ASSERT_TRUE(lock.begin()) << lock.failureDetail().toStdString();
+    EXPECT_TRUE(lock.isLocked());
+    EXPECT_FALSE(lock.holdsDevices());
+
+    keys({"x", "y", "Return"});
+    EXPECT_EQ(field.text(), "ab");
+    EXPECT_TRUE(lock.isLocked());
+
+    keys({"Escape", "Escape"});
+    EXPECT_EQ(lock.escapeCount(), 2);
+    keys({"z"});
+    EXPECT_EQ(lock.escapeCount(), 0);
+    keys({"Escape", "Escape", "Escape", "Escape"});
+    EXPECT_TRUE(lock.isLocked()); // the key in between started the count again
+    EXPECT_EQ(lock.escapeCount(), 4);
+    keys({"Escape"});
+    EXPECT_FALSE(lock.isLocked());
+    EXPECT_EQ(field.text(), "ab");
+
+    // Unlocked, the keyboard is the desktop's again.
+    xdotool({"windowfocus", "--sync", QString::number(field.winId())});
+    keys({"c"});
+    EXPECT_EQ(field.text(), "abc");
+}
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication app(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

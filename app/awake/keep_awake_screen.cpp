@@ -139,6 +139,11 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     lockRow->addWidget(lockButton_);
     lockRow->addStretch(1);
     keyboardLayout->addLayout(lockRow);
+    if (!lock_.mayHoldDevices()) {
+        auto* access = note(keyboardBox, QStringLiteral("keyboardAccess"));
+        access->setText(awake_text::shortcutsMayStillWork());
+        keyboardLayout->addWidget(access);
+    }
     lockFailure_ = warning(keyboardBox, QStringLiteral("lockFailure"));
     keyboardLayout->addWidget(lockFailure_);
     layout->addWidget(keyboardBox);

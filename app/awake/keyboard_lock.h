@@ -25,6 +25,8 @@ public:
     int escapeCount() const { return escapeCount_; }
     // Whether the input devices are held too, not only the window system's input.
     bool holdsDevices() const { return devices_.grabbedCount() > 0; }
+    // Whether locking would hold the input devices too (Tarvik may open them).
+    bool mayHoldDevices() const { return devices_.mayOpenDevices(); }
     // What went wrong the last time locking failed: a title and what to do.
     const QString& failureDetail() const { return failureDetail_; }
 

@@ -60,10 +60,7 @@ void LockOverlay::showCount(int count) {
 }
 
 void LockOverlay::setDevicesHeld(bool held) {
-    note_->setText(held ? QString()
-                        : tr("Some desktop shortcuts may still work. To block them too, let "
-                             "Tarvik read the input devices (on most systems: add yourself to "
-                             "the “input” group and sign in again)."));
+    note_->setText(held ? QString() : awake_text::shortcutsMayStillWork());
 }
 
 bool LockOverlay::showAndGrab() {

@@ -87,4 +87,10 @@ QString keyboardLockFailed() {
     return QStringLiteral("Couldn't lock the keyboard");
 }
 
+QString shortcutsMayStillWork() {
+    return QStringLiteral("Some desktop shortcuts may still work while locked. To block them too, "
+                          "let Tarvik read the input devices (on most systems: add yourself to "
+                          "the “input” group and sign in again).");
+}
+
 } // namespace tarvik::awake_text

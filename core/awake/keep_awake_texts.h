@@ -29,5 +29,7 @@ QString keyboardCleaningDetail();
 QString keyboardMenuText(int required);
 QString keyboardLockedText();
 QString keyboardLockFailed();
+// Shown when the input devices can't be opened, so only the window system's grab holds.
+QString shortcutsMayStillWork();
 
 } // namespace tarvik::awake_text

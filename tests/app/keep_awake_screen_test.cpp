@@ -92,6 +92,8 @@ TEST(KeepAwakeScreen, WithoutLogindItSaysWhyAndTheLockFailureIsExplained) {
     EXPECT_FALSE(models.keyboardLock().isLocked());
     EXPECT_TRUE(labelText(screen, "lockFailure").contains("Couldn't lock the keyboard"));
     EXPECT_EQ(child<QPushButton>(screen, "lockKeyboard")->text(), "Try &Again");
+    // Without input devices to hold, the screen says what the lock can't block.
+    EXPECT_TRUE(labelText(screen, "keyboardAccess").startsWith("Some desktop shortcuts"));
 }
 
 TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {

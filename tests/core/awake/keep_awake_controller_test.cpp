@@ -152,6 +152,14 @@ TEST_F(KeepAwakeOnBus, SchedulesTakeTheLockInTheirWindowAndTurningOffSkipsIt) {
     now_ = QDateTime(QDate(2026, 3, 10), QTime(13, 30));
     c->evaluate();
     EXPECT_TRUE(c->state().isActive); // the next day's window applies again
+    EXPECT_EQ(inhibitors(), (std::vector{kSleep}));
+    now_ = QDateTime(QDate(2026, 3, 10), QTime(14, 0));
+    c->evaluate();
+    EXPECT_FALSE(c->state().isActive); // the window closed by itself
+    EXPECT_TRUE(inhibitorsSettled(0).empty());
+
+    now_ = QDateTime(QDate(2026, 3, 11), QTime(13, 30));
+    c->evaluate();
 
     // A second controller reads the stored schedule; the first one's exit releases its lock.
     c.reset();

@@ -1,6 +1,7 @@
 // tarvik large and tarvik dupes: large and old files, and files with identical contents.
 #include "cli/cleanup_output.h"
 #include "cli/commands.h"
+#include "cli/json_writer.h"
 #include "cli/output.h"
 #include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/exclusion_list.h"
@@ -59,7 +60,9 @@ struct SearchOptions {
     RemovalOptions removal;
 };
 
-std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int64_t fallback) {
+// The search as asked, without the user's excluded files and folders.
+std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int64_t fallback,
+                                               const QString& home) {
     FileSearchOptions s;
     s.root = o.root.empty() ? xdg::home() : QString::fromStdString(o.root);
     const auto min = o.min.empty() ? std::optional(fallback) : parseSize(o.min);
@@ -70,6 +73,7 @@ std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int6
     s.minimumSize = *min;
     s.includeLibrary = o.includeLibrary;
     s.includeHidden = o.includeHidden;
+    s.excluded = ExclusionList::load(Preferences(), home).paths();
     return s;
 }
 
@@ -83,7 +87,8 @@ QJsonObject itemJson(const CleanableItem& item) {
 }
 
 int runLarge(const SearchOptions& o) {
-    const auto base = searchOptions(o, 100'000'000);
+    const QString home = xdg::home();
+    const auto base = searchOptions(o, 100'000'000, home);
     if (!base) {
         return kExitUsage;
     }
@@ -92,10 +97,7 @@ int runLarge(const SearchOptions& o) {
     if (o.olderThan > 0) {
         options.olderThanDays = o.olderThan;
     }
-    const QString home = xdg::home();
-    const ExclusionList exclusions = ExclusionList::load(Preferences(), home);
-    std::vector<FoundFile> found = LargeFileScanner(home).scan(options);
-    std::erase_if(found, [&](const FoundFile& f) { return exclusions.contains(f.item); });
+    const std::vector<FoundFile> found = LargeFileScanner(home).scan(options);
     if (o.removal.json) {
         QJsonArray rows;
         for (const auto& f : found) {
@@ -121,28 +123,59 @@ int runLarge(const SearchOptions& o) {
     return kExitOk;
 }
 
+void writeGroup(JsonWriter& out, const DuplicateGroup& g) {
+    out.beginObject();
+    out.key("id");
+    out.value(g.id);
+    out.key("fileSize");
+    out.value(g.fileSize);
+    out.key("wastedBytes");
+    out.value(g.wastedBytes());
+    out.key("files");
+    out.beginArray();
+    for (std::size_t i = 0; i < g.files.size(); ++i) {
+        const CleanableItem& f = g.files[i];
+        out.beginObject();
+        out.key("path");
+        out.value(f.path);
+        out.key("size");
+        out.value(f.size);
+        out.key("modified");
+        if (f.modified) {
+            out.utcTime(f.modified->toSecsSinceEpoch());
+        } else {
+            out.null();
+        }
+        out.key("original");
+        out.value(i == 0);
+        out.key("freed");
+        out.value(g.freed[i]);
+        if (f.detail) {
+            out.key("note");
+            out.value(*f.detail);
+        }
+        out.endObject();
+    }
+    out.endArray();
+    out.endObject();
+}
+
 int runDupes(const SearchOptions& o) {
-    const auto options = searchOptions(o, 1'000'000);
+    const QString home = xdg::home();
+    const auto options = searchOptions(o, 1'000'000, home);
     if (!options) {
         return kExitUsage;
     }
-    const QString home = xdg::home();
-    const ExclusionList exclusions = ExclusionList::load(Preferences(), home);
-    std::vector<DuplicateGroup> groups;
-    for (const DuplicateGroup& g : DuplicateFinder(home).scan(*options)) {
-        DuplicateGroup kept =
-            g.keeping([&](const CleanableItem& i) { return !exclusions.contains(i); });
-        if (kept.files.size() > 1) {
-            groups.push_back(std::move(kept));
-        }
-    }
+    // Held compactly and printed a group at a time: a million files fit in little memory.
+    const DuplicateSet found = DuplicateFinder(home).find(*options);
     if (o.remove) {
         const auto mode = chosenMode(o.removal, pref::kFileRemovalMode);
         if (!mode) {
             return kExitUsage;
         }
         CleanupGroup copies{{}, *mode};
-        for (const auto& g : groups) {
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            const DuplicateGroup g = found.group(i);
             // Every copy but the original: one always stays.
             copies.items.insert(copies.items.end(), g.files.begin() + 1, g.files.end());
         }
@@ -154,47 +187,33 @@ int runDupes(const SearchOptions& o) {
                                QStringLiteral("The oldest copy of each file is kept."));
     }
     if (o.removal.json) {
-        QJsonArray rows;
-        for (const auto& g : groups) {
-            QJsonObject j;
-            j[QStringLiteral("id")] = g.id;
-            j[QStringLiteral("fileSize")] = static_cast<double>(g.fileSize);
-            j[QStringLiteral("wastedBytes")] = static_cast<double>(g.wastedBytes());
-            QJsonArray files;
-            for (std::size_t i = 0; i < g.files.size(); ++i) {
-                QJsonObject f = itemJson(g.files[i]);
-                f[QStringLiteral("original")] = i == 0;
-                f[QStringLiteral("freed")] = static_cast<double>(g.freed[i]);
-                if (g.files[i].detail) {
-                    f[QStringLiteral("note")] = *g.files[i].detail;
-                }
-                files.append(f);
-            }
-            j[QStringLiteral("files")] = files;
-            rows.append(j);
+        std::fflush(stdout);
+        JsonWriter out(stdout);
+        out.beginArray();
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            writeGroup(out, found.group(i));
         }
-        printJson(QJsonDocument(rows));
+        out.endArray();
         return kExitOk;
     }
-    std::int64_t wasted = 0;
-    for (const auto& g : groups) {
-        wasted += g.wastedBytes();
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        const DuplicateGroup g = found.group(i);
         printLine(QStringLiteral("%1 copies of %2, %3 to gain")
                       .arg(g.files.size())
                       .arg(PathDisplay::bytes(g.fileSize))
                       .arg(PathDisplay::bytes(g.wastedBytes())));
-        for (std::size_t i = 0; i < g.files.size(); ++i) {
-            printLine((i == 0 ? QStringLiteral("  keep    ") : QStringLiteral("  copy    ")) +
-                      PathDisplay::abbreviate(g.files[i].path, home));
-            if (g.files[i].detail) {
-                printLine(QStringLiteral("          ") + *g.files[i].detail);
+        for (std::size_t k = 0; k < g.files.size(); ++k) {
+            printLine((k == 0 ? QStringLiteral("  keep    ") : QStringLiteral("  copy    ")) +
+                      PathDisplay::abbreviate(g.files[k].path, home));
+            if (g.files[k].detail) {
+                printLine(QStringLiteral("          ") + *g.files[k].detail);
             }
         }
     }
-    printLine(groups.empty() ? QStringLiteral("No duplicates found.")
-                             : QStringLiteral("%1 groups, %2 to gain (tarvik dupes --delete)")
-                                   .arg(groups.size())
-                                   .arg(PathDisplay::bytes(wasted)));
+    printLine(found.empty() ? QStringLiteral("No duplicates found.")
+                            : QStringLiteral("%1 groups, %2 to gain (tarvik dupes --delete)")
+                                  .arg(found.size())
+                                  .arg(PathDisplay::bytes(found.wastedBytes())));
     return kExitOk;
 }
 

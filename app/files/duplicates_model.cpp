@@ -133,25 +133,12 @@ void DuplicatesModel::scan(FileSearchOptions options) {
     emit scanStarted();
     emit groupsChanged();
     emit selectionChanged();
-    scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home(),
-                                              excluded = exclusions()] {
-        std::vector<DuplicateGroup> found;
-        for (const DuplicateGroup& g : DuplicateFinder(home).scan(
-                 options, [this](const QString&phase, std::int64_t n) { postProgress(phase, n); },
-                 flag.get())) {
-            // An excluded file is neither offered nor kept as an original: the group is
-            // what is left, if anything is.
-            DuplicateGroup kept =
-                g.keeping([&](const CleanableItem& i) { return !excluded.contains(i); });
-            if (kept.files.size() > 1) {
-                found.push_back(std::move(kept));
-            }
-        }
-        std::stable_sort(found.begin(), found.end(),
-                         [](const DuplicateGroup& a, const DuplicateGroup& b) {
-                             return a.wastedBytes() > b.wastedBytes();
-                         });
-        return found;
+    // An excluded file is neither offered nor kept as an original.
+    options.excluded = exclusions().paths();
+    scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home()] {
+        return DuplicateFinder(home).scan(
+            options, [this](const QString& phase, std::int64_t n) { postProgress(phase, n); },
+            flag.get());
     }));
 }
 

@@ -84,17 +84,15 @@ void LargeFilesModel::scan(LargeFileScanner::Options options) {
     emit scanStarted();
     emit resultsChanged();
     emit selectionChanged();
-    scanWatcher_.setFuture(
-        QtConcurrent::run([this, options, flag, home = home(), excluded = exclusions()] {
-            std::vector<FoundFile> found = LargeFileScanner(home).scan(
-                options,
-                [this](std::int64_t entries) {
-                    postProgress(QStringLiteral("Looking for files"), entries);
-                },
-                flag.get());
-            std::erase_if(found, [&](const FoundFile& f) { return excluded.contains(f.item); });
-            return found;
-        }));
+    options.excluded = exclusions().paths();
+    scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home()] {
+        return LargeFileScanner(home).scan(
+            options,
+            [this](std::int64_t entries) {
+                postProgress(QStringLiteral("Looking for files"), entries);
+            },
+            flag.get());
+    }));
 }
 
 void LargeFilesModel::removeSelected() {

@@ -2,36 +2,98 @@
 
 #include "core/cleanup/file_walk.h"
 
-#include <QDir>
 #include <QFile>
 #include <algorithm>
-#include <fcntl.h>
-#include <map>
-#include <openssl/evp.h>
-#include <sys/sysmacros.h>
+#include <cstring>
+#include <deque>
+#include <limits>
 #include <thread>
-#include <unistd.h>
 
 namespace tarvik {
 namespace {
 
 constexpr std::int64_t kHead = 65'536;
-constexpr std::size_t kChunk = 1'048'576;
 
-struct Candidate {
-    std::string path;
-    std::int64_t length = 0;    // logical
-    std::int64_t allocated = 0; // what it takes on disk
-    std::optional<std::int64_t> mtime;
-    dev_t dev = 0;
-    ino_t ino = 0;
-    std::uint32_t links = 1;
-    std::vector<std::string> otherNames; // hard links found by the walk
+// Text that never moves once written: the walk's folder paths and names, each ending in NUL.
+class TextArena {
+public:
+    const char* add(const char* text, std::size_t length) {
+        if (left_ < length + 1) {
+            const std::size_t size = std::max(kBlock, length + 1);
+            blocks_.emplace_back(new char[size]);
+            next_ = blocks_.back().get();
+            left_ = size;
+        }
+        std::memcpy(next_, text, length);
+        next_[length] = '\0';
+        const char* at = next_;
+        next_ += length + 1;
+        left_ -= length + 1;
+        return at;
+    }
+
+private:
+    static constexpr std::size_t kBlock = 64 * 1024;
+    std::vector<std::unique_ptr<char[]>> blocks_;
+    char* next_ = nullptr;
+    std::size_t left_ = 0;
 };
 
+// What one walking thread found.
+struct Listing {
+    TextArena text;
+    std::deque<DuplicateCandidate> files;
+    const char* folder = nullptr;
+    std::size_t folderLength = 0;
+};
+
+// A file being compared: one name of it, the hard-linked names after it, and its digest so far.
+struct Work {
+    std::uint32_t name = 0;
+    std::uint32_t otherNames = 0;
+    std::int64_t length = 0;
+    std::uint64_t inode = 0;
+    Sha256 digest{};
+    bool ok = false;
+};
+
+bool sameContents(const Work& a, const Work& b) {
+    return a.length == b.length && a.ok == b.ok && a.digest == b.digest;
+}
+
+std::int64_t age(const DuplicateCandidate& c) {
+    return c.dated ? c.mtime : std::numeric_limits<std::int64_t>::min(); // no date: the earliest
+}
+
+// Oldest first, ties by path (worked out only for files of the same age).
+void orderOldestFirst(std::vector<Work>::iterator first, std::vector<Work>::iterator last,
+                      const std::vector<const DuplicateCandidate*>& names) {
+    std::sort(first, last, [&](const Work& a, const Work& b) {
+        return age(*names[a.name]) < age(*names[b.name]);
+    });
+    for (auto i = first; i != last;) {
+        auto j = std::next(i);
+        while (j != last && age(*names[j->name]) == age(*names[i->name])) {
+            ++j;
+        }
+        if (j - i > 1) {
+            std::vector<std::pair<std::string, Work>> byPath;
+            for (auto k = i; k != j; ++k) {
+                byPath.emplace_back(names[k->name]->path(), *k);
+            }
+            std::sort(byPath.begin(), byPath.end(),
+                      [](const auto& a, const auto& b) { return a.first < b.first; });
+            for (auto& [path, w] : byPath) {
+                *i++ = w;
+            }
+        }
+        i = j;
+    }
+}
+
 // Runs `work(i)` for i in [0, n) on a few threads; stops early when cancelled.
-void parallelFor(std::size_t n, const std::atomic<bool>* cancel,
-                 const std::function<void(std::size_t)>& work) {
+template <typename F>
+void parallelFor(std::size_t n, const std::atomic<bool>* cancel, const F& work) {
     std::atomic<std::size_t> next = 0;
     auto run = [&] {
         for (std::size_t i; (i = next++) < n;) {
@@ -52,12 +114,53 @@ void parallelFor(std::size_t n, const std::atomic<bool>* cancel,
     }
 }
 
-QString hex(const unsigned char* digest, unsigned length) {
-    return QString::fromLatin1(
-        QByteArray(reinterpret_cast<const char*>(digest), static_cast<qsizetype>(length)).toHex());
+// Hashes every item: the first 64 KiB (`limit`) or the whole file; near inodes first, which keeps
+// a cold disk from seeking back and forth.
+void digestAll(std::vector<Work>& items, const std::vector<const DuplicateCandidate*>& names,
+               std::int64_t limit, const std::atomic<bool>* cancel,
+               const std::function<void(std::int64_t length)>& done) {
+    std::sort(items.begin(), items.end(),
+              [](const Work& a, const Work& b) { return a.inode < b.inode; });
+    parallelFor(items.size(), cancel, [&](std::size_t i) {
+        Work& w = items[i];
+        const auto digest = sha256OfFile(names[w.name]->path().c_str(), limit, w.length);
+        w.ok = digest.has_value();
+        if (digest) {
+            w.digest = *digest;
+        }
+        done(w.length);
+    });
+    std::sort(items.begin(), items.end(), [](const Work& a, const Work& b) {
+        return a.length != b.length ? a.length < b.length
+               : a.ok != b.ok       ? a.ok
+                                    : a.digest < b.digest;
+    });
+}
+
+// Calls `run(first, last)` for every run of at least two hashed items with the same contents.
+template <typename F> void forEachMatch(const std::vector<Work>& items, const F& run) {
+    for (std::size_t i = 0; i < items.size();) {
+        std::size_t j = i + 1;
+        while (j < items.size() && sameContents(items[i], items[j])) {
+            ++j;
+        }
+        if (items[i].ok && j - i > 1) {
+            run(i, j);
+        }
+        i = j;
+    }
 }
 
 } // namespace
+
+struct DuplicateSet::Storage {
+    explicit Storage(std::size_t threads) : listings(threads) {}
+    std::vector<Listing> listings; // one per walking thread; never resized, never moved
+};
+
+std::string DuplicateCandidate::path() const {
+    return childPath(folder, name);
+}
 
 std::int64_t DuplicateGroup::wastedBytes() const {
     std::int64_t sum = 0;
@@ -88,50 +191,78 @@ std::optional<std::int64_t> duplicateThreshold(std::int64_t raw) {
                : std::nullopt;
 }
 
+DuplicateGroup DuplicateSet::group(std::size_t i) const {
+    const Group& group = groups_[i];
+    DuplicateGroup g;
+    g.id = hexDigest(group.digest);
+    g.fileSize = group.length;
+    g.files.reserve(group.count);
+    g.freed.reserve(group.count);
+    for (std::size_t k = group.first; k < group.first + group.count; ++k) {
+        const Member& m = members_[k];
+        const DuplicateCandidate& c = *names_[m.name];
+        CleanableItem item;
+        item.path = QFile::decodeName(c.path().c_str());
+        item.size = c.allocated;
+        if (c.dated) {
+            item.modified = QDateTime::fromSecsSinceEpoch(c.mtime, Qt::UTC);
+        }
+        const std::uint32_t elsewhere = c.links - 1;
+        if (m.otherNames > 0) {
+            QStringList names;
+            for (std::uint32_t n = 1; n <= m.otherNames; ++n) {
+                names << QFile::decodeName(names_[m.name + n]->path().c_str());
+            }
+            item.detail = QStringLiteral("Also named %1 (hard links to the same file); removing "
+                                         "one name frees nothing.")
+                              .arg(names.join(QStringLiteral(", ")));
+        } else if (elsewhere > 0) {
+            item.detail = QStringLiteral("This file has %1 other name(s) (hard links) outside the "
+                                         "search; removing this name frees nothing.")
+                              .arg(elsewhere);
+        }
+        g.files.push_back(std::move(item));
+        g.freed.push_back(elsewhere > 0 ? 0 : c.allocated);
+    }
+    return g;
+}
+
+std::int64_t DuplicateSet::wastedBytes() const {
+    std::int64_t sum = 0;
+    for (const Group& g : groups_) {
+        sum += g.wasted;
+    }
+    return sum;
+}
+
 std::optional<QString> DuplicateFinder::hash(const std::string& path,
                                              std::optional<std::int64_t> limit,
                                              std::optional<std::int64_t> expectedLength) {
-    const int fd = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY);
-    if (fd < 0) {
-        return std::nullopt;
-    }
-    ::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
-    thread_local std::vector<char> buffer(kChunk);
-    EVP_MD_CTX* ctx = EVP_MD_CTX_new();
-    bool ok = ctx != nullptr && EVP_DigestInit_ex(ctx, EVP_sha256(), nullptr) == 1;
-    std::int64_t total = 0;
-    while (ok && (!limit || total < *limit)) {
-        const std::size_t want =
-            limit ? static_cast<std::size_t>(std::min<std::int64_t>(kChunk, *limit - total))
-                  : kChunk;
-        const ssize_t n = ::read(fd, buffer.data(), want);
-        if (n < 0) {
-            ok = false;
-        } else if (n == 0) {
-            break;
-        } else {
-            ok = EVP_DigestUpdate(ctx, buffer.data(), static_cast<std::size_t>(n)) == 1;
-            total += n;
-        }
-    }
-    ::close(fd);
-    unsigned char digest[EVP_MAX_MD_SIZE];
-    unsigned length = 0;
-    ok = ok && EVP_DigestFinal_ex(ctx, digest, &length) == 1;
-    EVP_MD_CTX_free(ctx);
-    // A file that changed length since the walk is not compared at all.
-    if (!ok || (expectedLength && !limit && total != *expectedLength)) {
-        return std::nullopt;
-    }
-    return hex(digest, length);
+    const auto digest = sha256OfFile(path.c_str(), limit.value_or(-1), expectedLength);
+    return digest ? std::optional(hexDigest(*digest)) : std::nullopt;
 }
 
 std::vector<DuplicateGroup> DuplicateFinder::scan(const Options& options,
                                                   const Progress& onProgress,
                                                   const std::atomic<bool>* cancel) const {
-    std::vector<std::string> skip;
-    for (const QString& s : options.skippedFolders(QDir::cleanPath(home_))) {
-        skip.emplace_back(QFile::encodeName(s).constData());
+    const DuplicateSet found = find(options, onProgress, cancel);
+    std::vector<DuplicateGroup> groups;
+    groups.reserve(found.size());
+    for (std::size_t i = 0; i < found.size(); ++i) {
+        groups.push_back(found.group(i));
+    }
+    return groups;
+}
+
+DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onProgress,
+                                   const std::atomic<bool>* cancel) const {
+    const auto cancelled = [cancel] {
+        return cancel != nullptr && cancel->load();
+    };
+    const SearchScope scope(options, home_);
+    DuplicateSet set;
+    if (scope.rootExcluded()) {
+        return set;
     }
     FileWalk::Options walk;
     walk.cancel = cancel;
@@ -142,159 +273,140 @@ std::vector<DuplicateGroup> DuplicateFinder::scan(const Options& options,
             onProgress(QStringLiteral("Looking for files"), n);
         };
     }
-    walk.enter = [&skip](const std::string& parent, const char* name) {
-        return !isPackageName(name) &&
-               std::find(skip.begin(), skip.end(), childPath(parent, name)) == skip.end();
+    walk.enter = [&scope](const std::string& parent, const char* name) {
+        return scope.enters(parent, name);
     };
-    std::vector<std::vector<Candidate>> found(
+    auto storage = std::make_shared<DuplicateSet::Storage>(
         static_cast<std::size_t>(FileWalk::maximumThreads(walk)));
     const std::int64_t minimum = std::max<std::int64_t>(options.minimumSize, 1);
     walk.file = [&](int thread, const std::string& folder, const char* name,
                     const struct statx& sx) {
         const auto length = static_cast<std::int64_t>(sx.stx_size);
-        if (length < minimum) {
+        if (length < minimum || !scope.offers(folder, name)) {
             return;
         }
-        Candidate c;
-        c.path = childPath(folder, name);
+        Listing& l = storage->listings[static_cast<std::size_t>(thread)];
+        if (l.folder == nullptr || l.folderLength != folder.size() ||
+            std::memcmp(l.folder, folder.data(), folder.size()) != 0) {
+            l.folder = l.text.add(folder.data(), folder.size());
+            l.folderLength = folder.size();
+        }
+        DuplicateCandidate& c = l.files.emplace_back();
+        c.folder = l.folder;
+        c.name = l.text.add(name, std::strlen(name));
+        c.inode = sx.stx_ino;
         c.length = length;
         c.allocated = static_cast<std::int64_t>(sx.stx_blocks) * 512;
-        if ((sx.stx_mask & STATX_MTIME) != 0) {
-            c.mtime = sx.stx_mtime.tv_sec;
-        }
-        c.dev = makedev(sx.stx_dev_major, sx.stx_dev_minor);
-        c.ino = static_cast<ino_t>(sx.stx_ino);
+        c.dated = (sx.stx_mask & STATX_MTIME) != 0;
+        c.mtime = sx.stx_mtime.tv_sec;
         c.links = sx.stx_nlink;
-        found[static_cast<std::size_t>(thread)].push_back(std::move(c));
     };
-    FileWalk::run(std::string(QFile::encodeName(QDir::cleanPath(options.root)).constData()), walk);
+    FileWalk::run(scope.root(), walk);
+    if (cancelled()) {
+        return set;
+    }
 
-    // One candidate per file: a second name of the same inode is a hard link, not a copy.
-    std::vector<Candidate> files;
-    {
-        std::map<std::pair<dev_t, ino_t>, std::size_t> seen;
-        for (auto& part : found) {
-            for (auto& c : part) {
-                const auto key = std::make_pair(c.dev, c.ino);
-                if (const auto it = seen.find(key); it != seen.end()) {
-                    files[it->second].otherNames.push_back(std::move(c.path));
-                } else {
-                    seen.emplace(key, files.size());
-                    files.push_back(std::move(c));
+    // Stage 1: lengths shared by at least two files. The walk stays on one file system, so an
+    // inode number is a file: names of one inode (hard links) are sorted next to each other and
+    // counted as one file.
+    std::vector<const DuplicateCandidate*>& names = set.names_;
+    std::size_t total = 0;
+    for (const Listing& l : storage->listings) {
+        total += l.files.size();
+    }
+    names.reserve(total);
+    for (const Listing& l : storage->listings) {
+        for (const DuplicateCandidate& c : l.files) {
+            names.push_back(&c);
+        }
+    }
+    std::sort(names.begin(), names.end(),
+              [](const DuplicateCandidate* a, const DuplicateCandidate* b) {
+                  if (a->length != b->length) {
+                      return a->length < b->length;
+                  }
+                  return a->inode != b->inode ? a->inode < b->inode : a->path() < b->path();
+              });
+    std::vector<Work> heads;
+    for (std::size_t i = 0; i < names.size();) {
+        std::size_t end = i + 1;
+        std::size_t files = 1;
+        for (; end < names.size() && names[end]->length == names[i]->length; ++end) {
+            files += names[end]->inode != names[end - 1]->inode ? 1 : 0;
+        }
+        if (files > 1) {
+            for (std::size_t k = i; k < end;) {
+                Work w;
+                w.name = static_cast<std::uint32_t>(k);
+                w.length = names[k]->length;
+                w.inode = names[k]->inode;
+                for (++k; k < end && names[k]->inode == w.inode; ++k) {
+                    ++w.otherNames;
                 }
+                heads.push_back(w);
             }
         }
-    }
-    if (cancel != nullptr && cancel->load()) {
-        return {};
+        i = end;
     }
 
-    // Stage 1: only lengths shared by at least two files.
-    std::map<std::int64_t, std::vector<std::size_t>> byLength;
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        byLength[files[i].length].push_back(i);
-    }
-    std::vector<std::size_t> stage2;
-    for (const auto& [length, members] : byLength) {
-        if (members.size() > 1) {
-            stage2.insert(stage2.end(), members.begin(), members.end());
-        }
-    }
-    // Stage 2: the first 64 KiB.
     std::atomic<std::int64_t> compared = 0;
-    auto report = [&] {
+    const auto report = [&](std::int64_t length) {
         const std::int64_t n = ++compared;
-        if (onProgress && n % 100 == 0) {
+        // Often enough that one big file at a time still shows movement.
+        if (onProgress && (n % 100 == 0 || length > kHead * 16)) {
             onProgress(QStringLiteral("Comparing files"), n);
         }
     };
-    std::vector<std::optional<QString>> head(files.size());
-    parallelFor(stage2.size(), cancel, [&](std::size_t k) {
-        const std::size_t i = stage2[k];
-        head[i] = hash(files[i].path, kHead);
-        report();
+    // Stage 2: the first 64 KiB, which is the whole of a short file.
+    digestAll(heads, names, kHead, cancel, report);
+    std::vector<Work> matches;
+    std::vector<Work> whole;
+    forEachMatch(heads, [&](std::size_t first, std::size_t last) {
+        auto& into = heads[first].length > kHead ? whole : matches;
+        into.insert(into.end(), heads.begin() + static_cast<std::ptrdiff_t>(first),
+                    heads.begin() + static_cast<std::ptrdiff_t>(last));
     });
-    std::map<std::pair<std::int64_t, QString>, std::vector<std::size_t>> byHead;
-    for (std::size_t i : stage2) {
-        if (head[i]) {
-            byHead[{files[i].length, *head[i]}].push_back(i);
-        }
-    }
-    // Stage 3: the whole file, unless the first 64 KiB were the whole file.
-    std::vector<std::size_t> stage3;
-    for (const auto& [key, members] : byHead) {
-        if (members.size() > 1 && key.first > kHead) {
-            stage3.insert(stage3.end(), members.begin(), members.end());
-        }
-    }
-    std::vector<std::optional<QString>> full(files.size());
-    parallelFor(stage3.size(), cancel, [&](std::size_t k) {
-        const std::size_t i = stage3[k];
-        full[i] = hash(files[i].path, std::nullopt, files[i].length);
-        report();
-    });
-    if (cancel != nullptr && cancel->load()) {
+    heads = {};
+    // Stage 3: the whole file.
+    digestAll(whole, names, -1, cancel, report);
+    if (cancelled()) {
         return {};
     }
-    std::map<QString, std::vector<std::size_t>> byContents;
-    for (const auto& [key, members] : byHead) {
-        if (members.size() < 2) {
-            continue;
-        }
-        for (std::size_t i : members) {
-            const std::optional<QString>& digest = key.first > kHead ? full[i] : head[i];
-            if (digest) {
-                byContents[QString::number(key.first) + QLatin1Char(':') + *digest].push_back(i);
-            }
-        }
-    }
+    std::vector<std::pair<std::size_t, std::size_t>> runs;
+    forEachMatch(matches,
+                 [&](std::size_t first, std::size_t last) { runs.emplace_back(first, last); });
+    const std::size_t shortRuns = runs.size();
+    forEachMatch(whole,
+                 [&](std::size_t first, std::size_t last) { runs.emplace_back(first, last); });
 
-    std::vector<DuplicateGroup> groups;
-    for (auto& [key, members] : byContents) {
-        if (members.size() < 2) {
-            continue;
-        }
-        std::sort(members.begin(), members.end(), [&](std::size_t a, std::size_t b) {
-            const auto ma = files[a].mtime.value_or(std::numeric_limits<std::int64_t>::min());
-            const auto mb = files[b].mtime.value_or(std::numeric_limits<std::int64_t>::min());
-            return ma != mb ? ma < mb : files[a].path < files[b].path;
-        });
-        DuplicateGroup g;
-        g.id = key.section(QLatin1Char(':'), 1);
-        g.fileSize = files[members.front()].length;
-        for (std::size_t i : members) {
-            const Candidate& c = files[i];
-            CleanableItem item;
-            item.path = QFile::decodeName(c.path.c_str());
-            item.size = c.allocated;
-            if (c.mtime) {
-                item.modified = QDateTime::fromSecsSinceEpoch(*c.mtime, Qt::UTC);
+    for (std::size_t r = 0; r < runs.size(); ++r) {
+        std::vector<Work>& from = r < shortRuns ? matches : whole;
+        const auto first = from.begin() + static_cast<std::ptrdiff_t>(runs[r].first);
+        const auto last = from.begin() + static_cast<std::ptrdiff_t>(runs[r].second);
+        orderOldestFirst(first, last, names);
+        DuplicateSet::Group g;
+        g.digest = first->digest;
+        g.length = first->length;
+        g.first = set.members_.size();
+        g.count = static_cast<std::uint32_t>(last - first);
+        for (auto w = first; w != last; ++w) {
+            set.members_.push_back({w->name, w->otherNames});
+            // Removing a name of a file with other names frees nothing.
+            if (w != first && names[w->name]->links == 1) {
+                g.wasted += names[w->name]->allocated;
             }
-            const std::size_t elsewhere = c.links - 1;
-            if (elsewhere > 0) {
-                QStringList names;
-                for (const auto& n : c.otherNames) {
-                    names << QFile::decodeName(n.c_str());
-                }
-                item.detail = names.isEmpty()
-                                  ? QStringLiteral("This file has %1 other name(s) (hard links) "
-                                                   "outside the search; removing this name frees "
-                                                   "nothing.")
-                                        .arg(elsewhere)
-                                  : QStringLiteral("Also named %1 (hard links to the same file); "
-                                                   "removing one name frees nothing.")
-                                        .arg(names.join(QStringLiteral(", ")));
-            }
-            g.files.push_back(std::move(item));
-            g.freed.push_back(elsewhere > 0 ? 0 : c.allocated);
         }
-        groups.push_back(std::move(g));
+        set.groups_.push_back(g);
     }
-    std::stable_sort(groups.begin(), groups.end(),
-                     [](const DuplicateGroup& a, const DuplicateGroup& b) {
-                         return a.wastedBytes() > b.wastedBytes();
-                     });
-    return groups;
+    std::sort(set.groups_.begin(), set.groups_.end(),
+              [](const DuplicateSet::Group& a, const DuplicateSet::Group& b) {
+                  if (a.wasted != b.wasted) {
+                      return a.wasted > b.wasted;
+                  }
+                  return a.length != b.length ? a.length > b.length : a.digest < b.digest;
+              });
+    set.storage_ = std::move(storage);
+    return set;
 }
 
 } // namespace tarvik

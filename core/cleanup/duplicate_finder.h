@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/cleanup/file_digest.h"
 #include "core/cleanup/large_file_scanner.h"
 
 #include <QString>
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -31,9 +33,54 @@ inline constexpr std::array<std::int64_t, 4> kDuplicateThresholds = {100'000, 1'
                                                                      100'000'000};
 std::optional<std::int64_t> duplicateThreshold(std::int64_t raw);
 
+// What the walk keeps of a file: a few numbers and two pointers into text that never moves.
+struct DuplicateCandidate {
+    const char* folder = nullptr;
+    const char* name = nullptr;
+    std::uint64_t inode = 0;
+    std::int64_t length = 0;    // logical: what contents are compared on
+    std::int64_t allocated = 0; // what it takes on disk
+    std::int64_t mtime = 0;     // seconds; meaningful when `dated`
+    std::uint32_t links = 1;
+    bool dated = false;
+
+    std::string path() const;
+};
+
+// The groups a search found, held compactly so that a million files fit in little memory;
+// `group(i)` gives one group as the screens and the command line show it. Largest waste first.
+class DuplicateSet {
+public:
+    struct Member {
+        std::uint32_t name;       // into the names, sorted by length and inode
+        std::uint32_t otherNames; // how many of the names after it are hard links to it
+    };
+    struct Group {
+        Sha256 digest;
+        std::int64_t length = 0;
+        std::int64_t wasted = 0;
+        std::size_t first = 0; // into members
+        std::uint32_t count = 0;
+    };
+
+    std::size_t size() const { return groups_.size(); }
+    bool empty() const { return groups_.empty(); }
+    const Group& at(std::size_t i) const { return groups_[i]; }
+    DuplicateGroup group(std::size_t i) const;
+    std::int64_t wastedBytes() const;
+
+private:
+    friend class DuplicateFinder;
+    struct Storage;
+    std::shared_ptr<const Storage> storage_;       // the walk's text and candidates
+    std::vector<const DuplicateCandidate*> names_; // a file's hard-linked names follow it
+    std::vector<Member> members_;
+    std::vector<Group> groups_;
+};
+
 // Finds groups of identical files in three stages: same logical length, same first 64 KiB, same
 // SHA-256 of the whole file. Two names of one file (hard links) are one file, never a pair of
-// copies. Largest waste first.
+// copies. Files in `options.excluded` are left out before comparing.
 class DuplicateFinder {
 public:
     using Options = FileSearchOptions;
@@ -41,11 +88,15 @@ public:
     using Progress = std::function<void(const QString& phase, std::int64_t count)>;
 
     explicit DuplicateFinder(QString home) : home_(std::move(home)) {}
+    // Every group, largest waste first.
     std::vector<DuplicateGroup> scan(const Options& options, const Progress& onProgress = {},
                                      const std::atomic<bool>* cancel = nullptr) const;
+    // The same groups, compact; empty when cancelled.
+    DuplicateSet find(const Options& options, const Progress& onProgress = {},
+                      const std::atomic<bool>* cancel = nullptr) const;
 
     // Lower-case hex SHA-256 of the first `limit` bytes (the whole file without a limit); none
-    // when the file can't be opened or read, or is shorter than `expectedLength` says.
+    // when the file can't be opened or read, or is not as long as `expectedLength` says.
     static std::optional<QString> hash(const std::string& path,
                                        std::optional<std::int64_t> limit = std::nullopt,
                                        std::optional<std::int64_t> expectedLength = std::nullopt);

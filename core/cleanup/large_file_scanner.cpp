@@ -32,13 +32,50 @@ QStringList FileSearchOptions::skippedFolders(const QString& home) const {
     return out;
 }
 
+namespace {
+
+std::string encoded(const QString& path) {
+    return std::string(QFile::encodeName(QDir::cleanPath(path)).constData());
+}
+
+} // namespace
+
+SearchScope::SearchScope(const FileSearchOptions& options, const QString& home)
+    : root_(encoded(options.root)) {
+    for (const QString& s : options.skippedFolders(QDir::cleanPath(home))) {
+        skipped_.push_back(encoded(s));
+    }
+    for (const QString& e : options.excluded) {
+        excluded_.push_back(encoded(e));
+        skipped_.push_back(excluded_.back());
+    }
+}
+
+bool SearchScope::rootExcluded() const {
+    return std::any_of(excluded_.begin(), excluded_.end(), [this](const std::string& e) {
+        return root_ == e || (root_.starts_with(e) && (e.ends_with('/') || root_[e.size()] == '/'));
+    });
+}
+
+bool SearchScope::enters(const std::string& parent, const char* name) const {
+    if (isPackageName(name)) {
+        return false;
+    }
+    const std::string path = childPath(parent, name);
+    return std::find(skipped_.begin(), skipped_.end(), path) == skipped_.end();
+}
+
+bool SearchScope::offers(const std::string& folder, const char* name) const {
+    return excluded_.empty() || std::find(excluded_.begin(), excluded_.end(),
+                                          childPath(folder, name)) == excluded_.end();
+}
+
 std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
                                               const std::function<void(std::int64_t)>& onProgress,
                                               const std::atomic<bool>* cancel) const {
-    const QStringList skipped = options.skippedFolders(QDir::cleanPath(home_));
-    std::vector<std::string> skip;
-    for (const QString& s : skipped) {
-        skip.emplace_back(QFile::encodeName(s).constData());
+    const SearchScope scope(options, home_);
+    if (scope.rootExcluded()) {
+        return {};
     }
     const auto cutoff = options.olderThanDays
                             ? std::optional(QDateTime::currentDateTimeUtc().addSecs(
@@ -51,12 +88,8 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
     walk.includeHidden = options.includeHidden;
     walk.statxMask = STATX_TYPE | STATX_BLOCKS | STATX_SIZE | STATX_MTIME;
     walk.progress = onProgress;
-    walk.enter = [&skip](const std::string& parent, const char* name) {
-        if (isPackageName(name)) {
-            return false;
-        }
-        const std::string path = childPath(parent, name);
-        return std::find(skip.begin(), skip.end(), path) == skip.end();
+    walk.enter = [&scope](const std::string& parent, const char* name) {
+        return scope.enters(parent, name);
     };
     std::vector<std::vector<FoundFile>> found(
         static_cast<std::size_t>(FileWalk::maximumThreads(walk)));
@@ -64,7 +97,7 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
     walk.file = [&](int thread, const std::string& folder, const char* name,
                     const struct statx& sx) {
         const auto size = static_cast<std::int64_t>(sx.stx_blocks) * 512;
-        if (size < minimum) {
+        if (size < minimum || !scope.offers(folder, name)) {
             return;
         }
         const bool dated = (sx.stx_mask & STATX_MTIME) != 0;
@@ -80,7 +113,7 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
         f.kind = fileKind(name);
         found[static_cast<std::size_t>(thread)].push_back(std::move(f));
     };
-    FileWalk::run(std::string(QFile::encodeName(QDir::cleanPath(options.root)).constData()), walk);
+    FileWalk::run(scope.root(), walk);
     std::vector<FoundFile> out;
     for (auto& part : found) {
         std::move(part.begin(), part.end(), std::back_inserter(out));

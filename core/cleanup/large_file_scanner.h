@@ -23,9 +23,28 @@ struct FileSearchOptions {
     std::int64_t minimumSize = 0; // bytes
     bool includeLibrary = false;  // the apps' own data: ~/Library, ~/.local, ~/.cache, …
     bool includeHidden = false;   // names starting with "."
+    QStringList excluded;         // the user's exclusion list: never offered, never entered
     // Folders never entered: the Trash, the system's own trees, and unless `includeLibrary`
     // the apps' data folders; absolute and standardised.
     QStringList skippedFolders(const QString& home) const;
+};
+
+// What a search walks: its root, the folders it never enters (bundles, the skipped folders and
+// excluded ones) and the files it never offers (excluded ones). Paths as the file system
+// spells them.
+class SearchScope {
+public:
+    SearchScope(const FileSearchOptions& options, const QString& home);
+    const std::string& root() const { return root_; }
+    // The root is excluded itself, or lies in an excluded folder: nothing to offer.
+    bool rootExcluded() const;
+    bool enters(const std::string& parent, const char* name) const;
+    bool offers(const std::string& folder, const char* name) const;
+
+private:
+    std::string root_;
+    std::vector<std::string> skipped_;
+    std::vector<std::string> excluded_;
 };
 
 // Whether a folder name is that of a bundle whose insides are one document or application

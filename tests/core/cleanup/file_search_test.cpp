@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace tarvik;
@@ -201,4 +202,130 @@ TEST(DuplicateFinder, HashesInChunksAndRefusesWhatItCannotRead) {
     // A symbolic link is never followed.
     fs::create_symlink(path.toStdString(), (home.path() + "/link").toStdString());
     EXPECT_FALSE(DuplicateFinder::hash((home.path() + "/link").toStdString()));
+}
+
+TEST(DuplicateFinder, OddNamesUnreadableFilesLinkLoopsAndExclusions) {
+    test::TempHome home;
+    const QString h = home.path();
+    // Copies under names with a newline, quotes, multi-byte letters and a leading dash.
+    const QString odd = h + QString::fromUtf8("/Fotos/été \"2024\"\nzweite-Zeile.jpg");
+    makeFile(odd, 5000, 'p', 40);
+    makeFile(h + QString::fromUtf8("/Fotos/-日本.jpg"), 5000, 'p', 30);
+    makeFile(h + "/Fotos/copy.jpg", 5000, 'p', 20);
+    // The same age: the path decides which one is the original.
+    makeFile(h + "/same/b.txt", 300, 's', 5);
+    makeFile(h + "/same/a.txt", 300, 's', 5);
+    // An unreadable copy is never part of a group (the walk runs as root in CI only when the
+    // permission bits are ignored, so only check when they are not).
+    makeFile(h + "/locked/secret.bin", 7000, 'u');
+    makeFile(h + "/open/secret.bin", 7000, 'u');
+    ::chmod((h + "/locked/secret.bin").toLocal8Bit().constData(), 0);
+    const bool bitsHold = ::access((h + "/locked/secret.bin").toLocal8Bit().constData(), R_OK) != 0;
+    // Link loops and a link to a copy are never followed.
+    fs::create_directories((h + "/loop").toStdString());
+    fs::create_directory_symlink("..", (h + "/loop/up").toStdString());
+    fs::create_symlink((h + "/loop/self").toStdString(), (h + "/loop/self").toStdString());
+    fs::create_symlink((h + "/Fotos/copy.jpg").toStdString(),
+                       (h + "/loop/copy-link.jpg").toStdString());
+    // Excluded: a folder holding a copy, and a single file.
+    makeFile(h + "/Archive/old/copy.jpg", 5000, 'p', 50);
+    makeFile(h + "/same/excluded.txt", 300, 's', 1);
+
+    DuplicateFinder finder(h);
+    DuplicateFinder::Options o;
+    o.root = h;
+    o.minimumSize = 1;
+    o.excluded = {h + "/Archive", h + "/same/excluded.txt"};
+    auto groups = finder.scan(o);
+    if (!bitsHold) {
+        std::erase_if(groups, [](const DuplicateGroup& g) { return g.fileSize == 7000; });
+    }
+    ASSERT_EQ(groups.size(), 2u);
+    const DuplicateGroup& photos = groups[0];
+    ASSERT_EQ(photos.files.size(), 3u); // the excluded, older copy is neither kept nor offered
+    EXPECT_EQ(photos.original()->path, odd);
+    EXPECT_TRUE(photos.files[1].path.endsWith(QString::fromUtf8("/-日本.jpg")));
+    const DuplicateGroup& same = groups[1];
+    ASSERT_EQ(same.files.size(), 2u);
+    EXPECT_TRUE(same.original()->path.endsWith("/same/a.txt"));
+
+    // The root inside an excluded folder: nothing is offered.
+    o.excluded = {h + "/Fotos"};
+    o.root = h + "/Fotos";
+    EXPECT_TRUE(finder.scan(o).empty());
+    // A sibling whose name only starts like the excluded folder is still searched.
+    o.excluded = {h + "/Foto"};
+    EXPECT_EQ(finder.scan(o).size(), 1u);
+}
+
+TEST(DuplicateFinder, AWideTreeListedByEveryThreadGivesOneGroupPerContents) {
+    test::TempHome home;
+    const QString h = home.path();
+    // Enough folders for the walk to list them on several threads; each of 40 contents has a
+    // copy in every tenth folder, and one file of each has two more names (hard links) in
+    // other folders.
+    for (int folder = 0; folder < 200; ++folder) {
+        for (int file = 0; file < 4; ++file) {
+            const int contents = (folder * 4 + file) % 40;
+            const QString path = h + QStringLiteral("/d%1/f%2.dat").arg(folder).arg(file);
+            makeFile(path, 1000 + contents, static_cast<char>('A' + contents % 26), contents);
+        }
+    }
+    for (int contents = 0; contents < 40; ++contents) {
+        const QString first =
+            h + QStringLiteral("/d%1/f%2.dat").arg(contents / 4).arg(contents % 4);
+        for (int n = 0; n < 2; ++n) {
+            fs::create_hard_link(
+                first.toStdString(),
+                (h + QStringLiteral("/d%1/link%2-%3.dat").arg(199 - contents).arg(contents).arg(n))
+                    .toStdString());
+        }
+    }
+    DuplicateFinder::Options o;
+    o.root = h;
+    o.minimumSize = 1;
+    const DuplicateSet set = DuplicateFinder(h).find(o);
+    ASSERT_EQ(set.size(), 40u);
+    std::int64_t waste = 0;
+    for (std::size_t i = 0; i < set.size(); ++i) {
+        const DuplicateGroup g = set.group(i);
+        EXPECT_EQ(g.files.size(), 20u) << g.fileSize; // 800 files / 40 contents, links aside
+        int linked = 0;
+        for (std::size_t k = 0; k < g.files.size(); ++k) {
+            if (g.files[k].detail) {
+                ++linked;
+                EXPECT_EQ(g.freed[k], 0);
+                EXPECT_EQ(g.files[k].detail->count(".dat"), 2); // both other names listed
+            }
+        }
+        EXPECT_EQ(linked, 1);
+        EXPECT_EQ(g.wastedBytes(), set.at(i).wasted);
+        waste += g.wastedBytes();
+        if (i > 0) {
+            EXPECT_GE(set.at(i - 1).wasted, set.at(i).wasted);
+        }
+    }
+    EXPECT_EQ(set.wastedBytes(), waste);
+}
+
+TEST(FileDigest, LimitedAndWholeHashesNoticeFilesThatChangedLength) {
+    test::TempHome home;
+    const QString path = home.path() + "/f.bin";
+    makeFile(path, 100'000, 'k');
+    const std::string p = path.toStdString();
+    const auto head = sha256OfFile(p.c_str(), 65'536, 100'000);
+    ASSERT_TRUE(head);
+    EXPECT_EQ(head, sha256OfFile(p.c_str(), 65'536));
+    EXPECT_EQ(hexDigest(*head).size(), 64);
+    // A file shorter than its first 64 KiB is hashed whole either way.
+    makeFile(home.path() + "/short.bin", 1000, 'k');
+    const std::string s = (home.path() + "/short.bin").toStdString();
+    EXPECT_EQ(sha256OfFile(s.c_str(), 65'536, 1000), sha256OfFile(s.c_str()));
+    // Shrunk or grown since the walk measured it: not compared.
+    EXPECT_FALSE(sha256OfFile(s.c_str(), 65'536, 2000));
+    EXPECT_FALSE(sha256OfFile(p.c_str(), -1, 99'999));
+    EXPECT_FALSE(sha256OfFile(p.c_str(), -1, 100'001));
+    EXPECT_TRUE(sha256OfFile(p.c_str(), -1, 100'000));
+    // Vanished.
+    EXPECT_FALSE(sha256OfFile((home.path() + "/gone").toStdString().c_str(), 65'536, 10));
 }

@@ -50,7 +50,7 @@ protected:
         if (input_.isEmpty()) {
             p.setStandardInputFile(QProcess::nullDevice());
         }
-        p.start(TARVIK_BINARY, args);
+        p.start(program_, args);
         if (!input_.isEmpty()) {
             p.write(input_);
             p.closeWriteChannel();
@@ -69,6 +69,7 @@ protected:
         return home_.path() + "/.local/share/Tarvik/DockFolders/folders.json";
     }
     QTemporaryDir home_;
+    QString program_ = TARVIK_BINARY;
     std::map<QString, QString> env_; // added to the child's environment
     QByteArray input_;               // the child's standard input, when not empty
 };
@@ -177,6 +178,29 @@ TEST_F(TarvikCommand, WithoutADisplayTheProgramPrintsTheMachineSummary) {
     EXPECT_GT(o["homeDiskTotal"].toDouble(), 0);
 
     EXPECT_EQ(tarvik({"gui"}).exitCode, 1); // asked for the window where none can open
+}
+
+TEST_F(TarvikCommand, CommandsNeverLoadTheWindowAndAMissingWindowIsExplained) {
+    env_["LD_DEBUG"] = "files"; // the dynamic loader names every library it opens
+    const Outcome settings = tarvik({"settings", "list"});
+    ASSERT_EQ(settings.exitCode, 0);
+    ASSERT_TRUE(settings.err.contains("libQt6Core")) << "the loader said nothing";
+    for (const char* window : {"libQt6Widgets", "libQt6Gui", "libQt6Charts", "tarvik-window"}) {
+        EXPECT_FALSE(settings.err.contains(window)) << window;
+    }
+    env_.erase("LD_DEBUG");
+
+    // A tarvik without its window beside it or in its library folder.
+    QTemporaryDir alone;
+    program_ = alone.filePath("tarvik");
+    ASSERT_TRUE(QFile::copy(TARVIK_BINARY, program_));
+    QFile::setPermissions(program_, QFile::permissions(TARVIK_BINARY));
+    env_["DISPLAY"] = ":97";
+    const Outcome gui = tarvik({"gui"});
+    EXPECT_EQ(gui.exitCode, 1);
+    EXPECT_TRUE(gui.err.contains("Couldn't open the window")) << gui.err.toStdString();
+    EXPECT_TRUE(gui.err.contains("tarvik-window.so")) << gui.err.toStdString();
+    EXPECT_EQ(tarvik({"--version"}).exitCode, 0); // the commands still work
 }
 
 TEST_F(TarvikCommand, UnknownCommandsAndOptionsAreUsageErrors) {
@@ -624,6 +648,28 @@ TEST_F(TarvikCommand, LargeAndDupesFindAndDupesDeleteKeepsTheOriginal) {
     ASSERT_EQ(groups.size(), 1);
     EXPECT_TRUE(groups[0].toObject()["files"].toArray()[0].toObject()["path"].toString().endsWith(
         "first.iso")); // the oldest is the original
+
+    // Names that need escaping in JSON come back as they are.
+    const QString odd = QString::fromUtf8("/Music/\"tab\there\"\nsecond line \x01 ünï.flac");
+    writeFile(home_.path() + odd, QByteArray(2'000, 'm'));
+    writeFile(home_.path() + "/Music/plain.flac", QByteArray(2'000, 'm'));
+    const Outcome small = tarvik({"dupes", "--min", "1000", "--json"});
+    QJsonParseError error{};
+    const QJsonArray both = QJsonDocument::fromJson(small.out.toUtf8(), &error).array();
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << small.out.toStdString();
+    ASSERT_EQ(both.size(), 2);
+    const QJsonObject music = both[1].toObject();
+    EXPECT_EQ(music["fileSize"].toInteger(), 2'000);
+    EXPECT_EQ(music["wastedBytes"].toInteger(), music["files"][1]["freed"].toInteger());
+    QStringList paths;
+    for (const auto& f : music["files"].toArray()) {
+        paths << f.toObject()["path"].toString();
+        EXPECT_TRUE(
+            QDateTime::fromString(f.toObject()["modified"].toString(), Qt::ISODate).isValid());
+    }
+    EXPECT_TRUE(paths.contains(home_.path() + odd)) << paths.join('|').toStdString();
+    QFile::remove(home_.path() + odd);
+    QFile::remove(home_.path() + "/Music/plain.flac");
 
     // Without a terminal and without --yes nothing is removed.
     EXPECT_EQ(tarvik({"dupes", "--delete"}).exitCode, 2);

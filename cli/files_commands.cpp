@@ -103,6 +103,9 @@ int runLarge(const SearchOptions& o) {
         for (const auto& f : found) {
             QJsonObject j = itemJson(f.item);
             j[QStringLiteral("kind")] = rawValue(f.kind);
+            if (f.item.detail) {
+                j[QStringLiteral("note")] = *f.item.detail;
+            }
             rows.append(j);
         }
         printJson(QJsonDocument(rows));
@@ -115,6 +118,9 @@ int runLarge(const SearchOptions& o) {
                       .arg(PathDisplay::bytes(f.item.size), 9)
                       .arg(title(f.kind), -24)
                       .arg(PathDisplay::abbreviate(f.item.path, home)));
+        if (f.item.detail) {
+            printLine(QStringLiteral("           ") + *f.item.detail);
+        }
     }
     printLine(
         found.empty()

@@ -76,7 +76,7 @@ QVariant LargeFilesTable::data(const QModelIndex& index, int role) const {
         break;
     case Qt::ToolTipRole:
         return QStringLiteral("%1\n%2").arg(PathDisplay::abbreviate(f.item.path, model_.home()),
-                                            title(f.kind));
+                                            f.item.detail.value_or(title(f.kind)));
     case Qt::AccessibleTextRole:
         if (index.column() == Name) {
             return QStringLiteral("%1, %2").arg(info.fileName(), title(f.kind));

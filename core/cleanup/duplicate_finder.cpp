@@ -1,6 +1,7 @@
 #include "core/cleanup/duplicate_finder.h"
 
 #include "core/cleanup/file_walk.h"
+#include "core/cleanup/hard_link_note.h"
 
 #include <QFile>
 #include <algorithm>
@@ -207,22 +208,13 @@ DuplicateGroup DuplicateSet::group(std::size_t i) const {
         if (c.dated) {
             item.modified = QDateTime::fromSecsSinceEpoch(c.mtime, Qt::UTC);
         }
-        const std::uint32_t elsewhere = c.links - 1;
-        if (m.otherNames > 0) {
-            QStringList names;
-            for (std::uint32_t n = 1; n <= m.otherNames; ++n) {
-                names << QFile::decodeName(names_[m.name + n]->path().c_str());
-            }
-            item.detail = QStringLiteral("Also named %1 (hard links to the same file); removing "
-                                         "one name frees nothing.")
-                              .arg(names.join(QStringLiteral(", ")));
-        } else if (elsewhere > 0) {
-            item.detail = QStringLiteral("This file has %1 other name(s) (hard links) outside the "
-                                         "search; removing this name frees nothing.")
-                              .arg(elsewhere);
+        QStringList otherNames;
+        for (std::uint32_t n = 1; n <= m.otherNames; ++n) {
+            otherNames << QFile::decodeName(names_[m.name + n]->path().c_str());
         }
+        item.detail = hardLinkNote(otherNames, c.links);
         g.files.push_back(std::move(item));
-        g.freed.push_back(elsewhere > 0 ? 0 : c.allocated);
+        g.freed.push_back(c.links > 1 ? 0 : c.allocated);
     }
     return g;
 }

@@ -1,6 +1,7 @@
 #include "core/cleanup/large_file_scanner.h"
 
 #include "core/cleanup/file_walk.h"
+#include "core/cleanup/hard_link_note.h"
 
 #include <QDir>
 #include <QFile>
@@ -33,6 +34,39 @@ QStringList FileSearchOptions::skippedFolders(const QString& home) const {
 }
 
 namespace {
+
+// A file found, with what tells its hard-linked names apart.
+struct Hit {
+    FoundFile file;
+    std::uint64_t inode = 0;
+    std::uint32_t links = 1;
+};
+
+// One row per file: a file's other names go into its note instead of rows of their own, which
+// would count its space once per name. The walk stays on one file system, so an inode number
+// is a file.
+std::vector<FoundFile> oneRowPerFile(std::vector<Hit> hits) {
+    const auto linked =
+        std::partition(hits.begin(), hits.end(), [](const Hit& h) { return h.links == 1; });
+    std::sort(linked, hits.end(), [](const Hit& a, const Hit& b) {
+        return a.inode != b.inode ? a.inode < b.inode : a.file.item.path < b.file.item.path;
+    });
+    std::vector<FoundFile> out;
+    out.reserve(hits.size());
+    for (auto h = hits.begin(); h != hits.end();) {
+        auto next = std::next(h);
+        QStringList others;
+        if (h->links > 1) {
+            for (; next != hits.end() && next->inode == h->inode; ++next) {
+                others << next->file.item.path;
+            }
+        }
+        h->file.item.detail = hardLinkNote(others, h->links);
+        out.push_back(std::move(h->file));
+        h = next;
+    }
+    return out;
+}
 
 std::string encoded(const QString& path) {
     return std::string(QFile::encodeName(QDir::cleanPath(path)).constData());
@@ -86,13 +120,12 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
     FileWalk::Options walk;
     walk.cancel = cancel;
     walk.includeHidden = options.includeHidden;
-    walk.statxMask = STATX_TYPE | STATX_BLOCKS | STATX_SIZE | STATX_MTIME;
+    walk.statxMask = STATX_TYPE | STATX_BLOCKS | STATX_SIZE | STATX_MTIME | STATX_INO | STATX_NLINK;
     walk.progress = onProgress;
     walk.enter = [&scope](const std::string& parent, const char* name) {
         return scope.enters(parent, name);
     };
-    std::vector<std::vector<FoundFile>> found(
-        static_cast<std::size_t>(FileWalk::maximumThreads(walk)));
+    std::vector<std::vector<Hit>> found(static_cast<std::size_t>(FileWalk::maximumThreads(walk)));
     const std::int64_t minimum = options.minimumSize;
     walk.file = [&](int thread, const std::string& folder, const char* name,
                     const struct statx& sx) {
@@ -104,20 +137,22 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
         if (cutoff && dated && sx.stx_mtime.tv_sec > cutoffSeconds) {
             return; // changed after the cut-off: not old enough
         }
-        FoundFile f;
-        f.item.path = QFile::decodeName(childPath(folder, name).c_str());
-        f.item.size = size;
+        Hit& h = found[static_cast<std::size_t>(thread)].emplace_back();
+        h.file.item.path = QFile::decodeName(childPath(folder, name).c_str());
+        h.file.item.size = size;
         if (dated) {
-            f.item.modified = QDateTime::fromSecsSinceEpoch(sx.stx_mtime.tv_sec, Qt::UTC);
+            h.file.item.modified = QDateTime::fromSecsSinceEpoch(sx.stx_mtime.tv_sec, Qt::UTC);
         }
-        f.kind = fileKind(name);
-        found[static_cast<std::size_t>(thread)].push_back(std::move(f));
+        h.file.kind = fileKind(name);
+        h.inode = sx.stx_ino;
+        h.links = sx.stx_nlink;
     };
     FileWalk::run(scope.root(), walk);
-    std::vector<FoundFile> out;
+    std::vector<Hit> hits;
     for (auto& part : found) {
-        std::move(part.begin(), part.end(), std::back_inserter(out));
+        std::move(part.begin(), part.end(), std::back_inserter(hits));
     }
+    std::vector<FoundFile> out = oneRowPerFile(std::move(hits));
     std::sort(out.begin(), out.end(), [](const FoundFile& a, const FoundFile& b) {
         return a.item.size != b.item.size ? a.item.size > b.item.size : a.item.path < b.item.path;
     });

@@ -110,6 +110,39 @@ TEST(LargeFileScanner, ThresholdAgeAndWhatTheWalkLeavesOut) {
     EXPECT_TRUE(scanner.scan(o, {}, &cancel).empty());
 }
 
+TEST(LargeFileScanner, AFileWithSeveralNamesIsOneRowAndExcludedFilesAreNeverListed) {
+    test::TempHome home;
+    const QString h = home.path();
+    makeFile(h + "/Videos/film.mkv", 3'000'000);
+    fs::create_directories((h + "/Backup/deep").toStdString());
+    fs::create_hard_link((h + "/Videos/film.mkv").toStdString(),
+                         (h + "/Backup/film-again.mkv").toStdString());
+    fs::create_hard_link((h + "/Videos/film.mkv").toStdString(),
+                         (h + "/Backup/deep/third.mkv").toStdString());
+    makeFile(h + "/Shared/clip.mp4", 2'500'000);
+    fs::create_directories((h + "/.hidden").toStdString());
+    fs::create_hard_link((h + "/Shared/clip.mp4").toStdString(),
+                         (h + "/.hidden/clip.mp4").toStdString()); // a name the search skips
+    makeFile(h + "/Excluded/huge.iso", 4'000'000);
+    makeFile(h + "/Videos/excluded.iso", 4'000'000);
+
+    LargeFileScanner scanner(h);
+    LargeFileScanner::Options o;
+    o.root = h;
+    o.minimumSize = 1'000'000;
+    o.excluded = {h + "/Excluded", h + "/Videos/excluded.iso"};
+    const auto found = scanner.scan(o);
+    ASSERT_EQ(found.size(), 2u);
+    EXPECT_TRUE(found[0].item.path.endsWith("/Backup/deep/third.mkv")); // the first name by path
+    ASSERT_TRUE(found[0].item.detail);
+    EXPECT_TRUE(found[0].item.detail->contains(h + "/Backup/film-again.mkv"));
+    EXPECT_TRUE(found[0].item.detail->contains(h + "/Videos/film.mkv"));
+    EXPECT_TRUE(found[0].item.detail->contains("frees nothing"));
+    ASSERT_TRUE(found[1].item.detail);
+    EXPECT_TRUE(found[1].item.detail->contains("1 other name(s)"))
+        << found[1].item.detail->toStdString();
+}
+
 TEST(DuplicateFinder, ThreeStagesHardLinksSparseFilesAndTheOldestKept) {
     test::TempHome home;
     const QString h = home.path();

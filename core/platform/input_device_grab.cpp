@@ -100,10 +100,25 @@ int InputDeviceGrab::grabAll() {
 }
 
 void InputDeviceGrab::releaseAll() {
+    if (draining_) {
+        // A keyPressed handler let go while drain() is still reading one of these devices: they
+        // leave the list now and are freed once drain() has returned.
+        for (auto& d : devices_) {
+            d->notifier->setEnabled(false);
+            released_.push_back(std::move(d));
+        }
+    }
     devices_.clear();
 }
 
 void InputDeviceGrab::drain(Device& device) {
+    draining_ = true;
+    readKeys(device);
+    draining_ = false;
+    released_.clear();
+}
+
+void InputDeviceGrab::readKeys(Device& device) {
     input_event ev{};
     unsigned flags = LIBEVDEV_READ_FLAG_NORMAL;
     for (;;) {
@@ -122,6 +137,9 @@ void InputDeviceGrab::drain(Device& device) {
         // Mouse buttons are keys too, from BTN_MISC on; only keyboard keys count.
         if (ev.type == EV_KEY && ev.code < BTN_MISC && ev.value != 0) {
             emit keyPressed(ev.code, ev.value == 2);
+            if (!released_.empty()) {
+                return; // the handler released the devices: this one is no longer ours to read
+            }
         }
     }
 }

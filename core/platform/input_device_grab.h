@@ -32,9 +32,13 @@ signals:
 private:
     struct Device;
     void drain(Device& device);
+    void readKeys(Device& device);
 
     QString inputDir_;
     std::vector<std::unique_ptr<Device>> devices_;
+    // Devices released from a keyPressed handler while drain() was reading them.
+    std::vector<std::unique_ptr<Device>> released_;
+    bool draining_ = false;
 };
 
 } // namespace tarvik

@@ -209,7 +209,9 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
         }
     });
     connect(&controller_, &KeepAwakeController::changed, this, [this] {
-        refreshSchedules();
+        // Queued: a change can come from a check box in the list, inside its own itemChanged,
+        // and rebuilding the list then would delete the item Qt is still notifying about.
+        QMetaObject::invokeMethod(this, &KeepAwakeScreen::refreshSchedules, Qt::QueuedConnection);
         refresh();
     });
     refreshSchedules();

@@ -120,6 +120,7 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
     editor->findChild<QCheckBox*>("day1")->setChecked(true);
     ASSERT_TRUE(ok->isEnabled());
     QTest::mouseClick(ok, Qt::LeftButton);
+    QCoreApplication::processEvents(); // the list is rebuilt after the change
 
     ASSERT_EQ(list->topLevelItemCount(), 1);
     EXPECT_EQ(list->topLevelItem(0)->text(0), "Late render");
@@ -128,6 +129,9 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
 
     // Switching it off from its check box is stored, and another process reads it back.
     list->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    QCoreApplication::processEvents();
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(list->topLevelItem(0)->checkState(0), Qt::Unchecked);
     Preferences reread(home.config() + "/Tarvik/Tarvik.conf");
     const auto stored =
         KeepAwakeScheduleStore::decode(reread.value(pref::kKeepAwakeSchedules).toString().toUtf8());
@@ -142,11 +146,13 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
     editor->findChild<QLineEdit*>()->setText("Renders");
     QTest::mouseClick(editor->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
                       Qt::LeftButton);
+    QCoreApplication::processEvents();
     ASSERT_EQ(models.keepAwake().schedules().size(), 1u);
     EXPECT_EQ(models.keepAwake().schedules()[0].name, "Renders");
     EXPECT_EQ(models.keepAwake().schedules()[0].id, stored.schedules[0].id);
     list->setCurrentItem(list->topLevelItem(0));
     QTest::mouseClick(child<QPushButton>(screen, "removeSchedule"), Qt::LeftButton);
+    QCoreApplication::processEvents();
     EXPECT_EQ(list->topLevelItemCount(), 0);
     EXPECT_TRUE(models.keepAwake().schedules().empty());
 }

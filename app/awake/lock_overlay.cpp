@@ -97,10 +97,38 @@ void LockOverlay::releaseAndClose() {
     hide();
 }
 
+namespace {
+
+// Modifiers and lock keys are held or toggled while typing, not typed: they leave the Escape
+// count alone.
+bool isModifier(int key) {
+    switch (key) {
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_Meta:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R:
+    case Qt::Key_Hyper_L:
+    case Qt::Key_Hyper_R:
+    case Qt::Key_CapsLock:
+    case Qt::Key_Mode_switch:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
 bool LockOverlay::event(QEvent* e) {
     switch (e->type()) {
     case QEvent::KeyPress: {
         auto* k = static_cast<QKeyEvent*>(e);
+        if (isModifier(k->key())) {
+            return true; // swallowed, and not a key in between the Escapes
+        }
         lock_.keyPressed(k->key() == Qt::Key_Escape, k->isAutoRepeat(),
                          KeyboardLock::uptimeSeconds());
         return true;

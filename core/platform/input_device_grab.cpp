@@ -54,6 +54,25 @@ libevdev* openDevice(const QString& path, int& fd, bool keyboardsOnly) {
     return nullptr;
 }
 
+// Modifiers and lock keys are held or toggled while typing, not typed: they are not reported.
+bool isModifier(unsigned code) {
+    switch (code) {
+    case KEY_LEFTSHIFT:
+    case KEY_RIGHTSHIFT:
+    case KEY_LEFTCTRL:
+    case KEY_RIGHTCTRL:
+    case KEY_LEFTALT:
+    case KEY_RIGHTALT: // AltGr
+    case KEY_LEFTMETA:
+    case KEY_RIGHTMETA:
+    case KEY_CAPSLOCK:
+    case KEY_FN:
+        return true;
+    default:
+        return false;
+    }
+}
+
 QStringList eventDevices(const QString& dir) {
     QStringList out;
     for (const QString& name : QDir(dir).entryList({QStringLiteral("event*")}, QDir::System)) {
@@ -135,7 +154,7 @@ void InputDeviceGrab::readKeys(Device& device) {
         }
         flags = LIBEVDEV_READ_FLAG_NORMAL;
         // Mouse buttons are keys too, from BTN_MISC on; only keyboard keys count.
-        if (ev.type == EV_KEY && ev.code < BTN_MISC && ev.value != 0) {
+        if (ev.type == EV_KEY && ev.code < BTN_MISC && ev.value != 0 && !isModifier(ev.code)) {
             emit keyPressed(ev.code, ev.value == 2);
             if (!released_.empty()) {
                 return; // the handler released the devices: this one is no longer ours to read

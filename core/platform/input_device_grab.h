@@ -27,6 +27,7 @@ public:
 
 signals:
     // A key went down (Linux key code, KEY_ESC is 1); `repeat` for the keyboard's auto-repeat.
+    // Modifier and lock keys (Shift, Ctrl, Alt, AltGr, Super, Caps Lock, Fn) are not reported.
     void keyPressed(int code, bool repeat);
 
 private:

@@ -19,8 +19,7 @@ QString status(const KeepAwakeState& state, const QDateTime& now) {
     if (!state.until) {
         return QStringLiteral("Until you turn it off");
     }
-    return QStringLiteral("Until %1, then your sleep settings apply")
-        .arg(endTime(*state.until, now));
+    return QStringLiteral("%1, then your sleep settings apply").arg(endTime(*state.until, now));
 }
 
 QString reason(const KeepAwakeState& state) {
@@ -42,9 +41,9 @@ QString sleepSettingsApply() {
 }
 
 QString worksWhileRunning() {
-    return QStringLiteral("Works while Tarvik is in the tray. Closing a %1 still sleeps it "
-                          "unless the lid option above is on.")
-        .arg(words::laptopLid());
+    return QStringLiteral("Works while Tarvik is in %1. Closing a %2 still sleeps it unless the "
+                          "lid option above is on.")
+        .arg(words::theMenuBar(), words::laptopLid());
 }
 
 QString lidOption() {

@@ -7,8 +7,8 @@
 
 namespace tarvik::awake_text {
 
-// The status line: "Sleeping normally", "Until you turn it off", or "Until 17:30, then your
-// sleep settings apply" (with the weekday when the end is not today).
+// The status line: "Sleeping normally", "Until you turn it off", or "17:30, then your sleep
+// settings apply" (with the weekday when the end is not today).
 QString status(const KeepAwakeState& state, const QDateTime& now);
 // Why it is kept awake: "Kept awake by hand" or "Kept awake by the schedule “Work”".
 QString reason(const KeepAwakeState& state);

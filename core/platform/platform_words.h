@@ -3,7 +3,8 @@
 // Tarvik's texts were first written for another desktop and named it. This edition says these
 // words in their place, and only here, so every such text reads the same way:
 // the platform's name -> "the system" ("The system" opening a sentence), its machines ->
-// "computer", their lid -> "laptop lid", its terminal application -> "a terminal".
+// "computer", their lid -> "laptop lid", its terminal application -> "a terminal", its menu
+// bar (where Tarvik's icon lives) -> "the tray".
 #include <QString>
 
 namespace tarvik::words {
@@ -22,6 +23,9 @@ inline QString laptopLid() {
 }
 inline QString aTerminal() {
     return QStringLiteral("a terminal");
+}
+inline QString theMenuBar() {
+    return QStringLiteral("the tray");
 }
 
 } // namespace tarvik::words

@@ -13,7 +13,7 @@ class LockOverlay;
 
 // The keyboard lock for wiping the keys: a full-screen overlay that takes the keyboard and
 // pointer from the desktop, plus the kernel's exclusive grab of the input devices when Tarvik
-// may open them, which also stops the desktop's own shortcuts. Five quick Escapes unlock.
+// may open them, which also stops the desktop's own shortcuts. Only five quick Escapes unlock.
 class KeyboardLock : public QObject {
     Q_OBJECT
 public:
@@ -50,7 +50,6 @@ private:
     InputDeviceGrab devices_;
     QPointer<LockOverlay> overlay_;
     QTimer staleCount_;
-    QTimer giveUp_;
     bool locked_ = false;
     int escapeCount_ = 0;
     QString failureDetail_;

@@ -40,15 +40,16 @@ bool KeyboardLock::begin() {
     failureDetail_.clear();
     tracker_ = EscapeUnlockTracker(kEscapesToUnlock, kEscapeWindowSeconds);
     overlay_ = new LockOverlay(*this);
-    if (!overlay_->showAndGrab()) {
+    const bool windowGrab = overlay_->showAndGrab();
+    devices_.grabAll();
+    // Either one takes every key: the window system's grab on X11, the devices' exclusive grab
+    // anywhere (also on Wayland, where windows can't take the keyboard).
+    if (!windowGrab && !holdsDevices()) {
         delete overlay_;
-        failureDetail_ = tr("Tarvik couldn't take the keyboard from the desktop: another program "
-                            "is holding it, or this desktop doesn't let windows take it. Close "
-                            "open menus and try again.");
+        failureDetail_ = awake_text::keyboardLockFailedDetail();
         emit failed(awake_text::keyboardLockFailed(), failureDetail_);
         return false;
     }
-    devices_.grabAll();
     overlay_->setDevicesHeld(holdsDevices());
     locked_ = true;
     setEscapeCount(0);

@@ -27,7 +27,7 @@ public:
     bool holdsDevices() const { return devices_.grabbedCount() > 0; }
     // Whether locking would hold the input devices too (Tarvik may open them).
     bool mayHoldDevices() const { return devices_.mayOpenDevices(); }
-    // What went wrong the last time locking failed: a title and what to do.
+    // What to do after locking failed, the detail under keyboardLockFailed().
     const QString& failureDetail() const { return failureDetail_; }
 
     // Locks; false when the keyboard could not be taken (failureDetail() says why).

@@ -86,6 +86,16 @@ QString keyboardLockFailed() {
     return QStringLiteral("Couldn't lock the keyboard");
 }
 
+QString keyboardLockFailedDetail() {
+    return QStringLiteral("Tarvik needs Accessibility access to block key presses. Turn it on %1, "
+                          "then try again.")
+        .arg(words::whereToTurnOnAccessibility());
+}
+
+QString openAccessibilitySettings() {
+    return QStringLiteral("Open Accessibility Settings");
+}
+
 QString shortcutsMayStillWork() {
     return QStringLiteral("Some desktop shortcuts may still work while locked. To block them too, "
                           "let Tarvik read the input devices (on most systems: add yourself to "

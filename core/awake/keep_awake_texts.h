@@ -29,6 +29,8 @@ QString keyboardCleaningDetail();
 QString keyboardMenuText(int required);
 QString keyboardLockedText();
 QString keyboardLockFailed();
+QString keyboardLockFailedDetail();
+QString openAccessibilitySettings(); // the failure's button
 // Shown when the input devices can't be opened, so only the window system's grab holds.
 QString shortcutsMayStillWork();
 

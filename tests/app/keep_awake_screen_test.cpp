@@ -98,10 +98,21 @@ TEST(KeepAwakeScreen, WithoutLogindItSaysWhyAndTheLockFailureIsExplained) {
     EXPECT_TRUE(labelText(screen, "awakeError").startsWith("Couldn't keep the computer awake"));
 
     // Offscreen there is no keyboard to take: the lock fails and says so, leaving nothing held.
+    auto* open = child<QPushButton>(screen, "openAccessibilitySettings");
+    EXPECT_FALSE(open->isVisibleTo(&screen));
     QTest::mouseClick(child<QPushButton>(screen, "lockKeyboard"), Qt::LeftButton);
     EXPECT_FALSE(models.keyboardLock().isLocked());
-    EXPECT_TRUE(labelText(screen, "lockFailure").contains("Couldn't lock the keyboard"));
+    EXPECT_EQ(labelText(screen, "lockFailure"),
+              "<b>Couldn't lock the keyboard</b><br>Tarvik needs Accessibility access to block key "
+              "presses. Turn it on by adding yourself to the “input” group (sudo usermod -aG "
+              "input $USER) and signing in again, then try again.");
     EXPECT_EQ(child<QPushButton>(screen, "lockKeyboard")->text(), "Try &Again");
+    ASSERT_TRUE(open->isVisibleTo(&screen));
+    EXPECT_EQ(open->text(), "Open Accessibility Settings");
+    EXPECT_EQ(labelText(screen, "accessibilityHelp"), "");
+    QTest::mouseClick(open, Qt::LeftButton);
+    EXPECT_TRUE(labelText(screen, "accessibilityHelp").contains("\"input\" group"))
+        << labelText(screen, "accessibilityHelp").toStdString();
     // Without input devices to hold, the screen says what the lock can't block.
     EXPECT_TRUE(labelText(screen, "keyboardAccess").startsWith("Some desktop shortcuts"));
 }

@@ -76,16 +76,19 @@ bool LockOverlay::showAndGrab() {
     if (w == nullptr) {
         return false;
     }
-    // The window system grants a grab only once the window is on screen.
+    // The window system grants a grab only once the window is on screen, and a menu that is
+    // just closing (the tray's) may hold the pointer a moment longer.
     const QDeadlineTimer deadline(1500);
     while (!deadline.hasExpired()) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        if (w->isExposed() && w->setKeyboardGrabEnabled(true)) {
-            w->setMouseGrabEnabled(true);
+        if (!w->isExposed() || !w->setKeyboardGrabEnabled(true)) {
+            continue;
+        }
+        if (w->setMouseGrabEnabled(true)) {
             return true;
         }
+        w->setKeyboardGrabEnabled(false); // half a grab would let clicks through
     }
-    hide();
     return false;
 }
 

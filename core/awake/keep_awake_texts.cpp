@@ -64,6 +64,11 @@ QString lidRefused() {
     return QStringLiteral("Needs your administrator password, which wasn't given");
 }
 
+QString lidFailed(const QString& why) {
+    return QStringLiteral("Couldn't keep the %1 running with the lid closed: %2")
+        .arg(words::computer(), why);
+}
+
 QString keyboardCleaning() {
     return QStringLiteral("Keyboard cleaning");
 }

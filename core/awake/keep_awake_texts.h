@@ -22,7 +22,9 @@ QString worksWhileRunning();
 QString lidOption();
 QString lidDescription();
 QString lidOnDescription();
-QString lidRefused();
+QString lidRefused(); // logind or polkit said no
+// Any other reason the lid could not be held, such as logind not running.
+QString lidFailed(const QString& why);
 
 QString keyboardCleaning();
 QString keyboardCleaningDetail();

@@ -155,3 +155,23 @@ TEST(KeepAwakeScheduleStore, RoundTripsAndReportsDamage) {
         EXPECT_TRUE(d.error.contains("couldn't be read")) << damaged;
     }
 }
+
+TEST(KeepAwakeScheduleStore, NumbersBeyondAnIntAreKeptOutOfRangeNotWrapped) {
+    // 4294967836 is 2^32 + 540 and 4294967297 is 2^32 + 1: wrapped, they would read as 09:00
+    // and Sunday, and the schedule would open.
+    const auto decoded = KeepAwakeScheduleStore::decode(
+        R"([{"id":"8f4c8d52-4a2f-4d59-9a0b-0c9a4f1f2a11","name":"Odd","isEnabled":true,)"
+        R"("weekdays":[2],"startMinutes":4294967836,"endMinutes":600},)"
+        R"({"id":"0b7f5f0e-2a61-4f7e-8a8a-3c3f0a8d9e21","name":"Odd day","isEnabled":true,)"
+        R"("weekdays":[4294967297],"startMinutes":540,"endMinutes":600},)"
+        R"({"id":"5d1e6f2a-7b3c-4e8d-9f0a-1b2c3d4e5f60","name":"Below","isEnabled":true,)"
+        R"("weekdays":[2],"startMinutes":-4294966756,"endMinutes":600}])");
+    EXPECT_TRUE(decoded.error.isEmpty()) << decoded.error.toStdString();
+    ASSERT_EQ(decoded.schedules.size(), 3u);
+    EXPECT_NE(decoded.schedules[0].startMinutes, 540);
+    EXPECT_FALSE(decoded.schedules[0].isValid());
+    EXPECT_FALSE(decoded.schedules[1].weekdays.contains(1));
+    EXPECT_FALSE(decoded.schedules[1].isValid());
+    EXPECT_NE(decoded.schedules[2].startMinutes, 540);
+    EXPECT_FALSE(decoded.schedules[2].isValid());
+}

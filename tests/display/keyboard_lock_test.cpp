@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QTest>
@@ -32,6 +33,16 @@ void keys(const QStringList& names) {
     xdotool(QStringList{"key", "--delay", "60"} + names);
 }
 
+// The count of Escapes on the lock's cover.
+QLabel* overlayCount() {
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w->objectName() == QLatin1String("keyboardLockOverlay") && w->isVisible()) {
+            return w->findChild<QLabel*>("escapeCount");
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
 TEST(KeyboardLockOnX, SwallowsKeysUntilFiveQuickEscapes) {
@@ -54,6 +65,14 @@ TEST(KeyboardLockOnX, SwallowsKeysUntilFiveQuickEscapes) {
     EXPECT_EQ(field.text(), "ab");
     EXPECT_TRUE(lock.isLocked());
 
+    keys({"Escape", "Escape"});
+    EXPECT_EQ(lock.escapeCount(), 2);
+    auto* dots = overlayCount();
+    ASSERT_NE(dots, nullptr);
+    EXPECT_TRUE(dots->text().endsWith("● ● ○ ○ ○")) << dots->text().toStdString();
+    // After a pause the next press starts afresh, and the dots say so without one.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return lock.escapeCount() == 0; }, 20000));
+    EXPECT_TRUE(dots->text().endsWith("○ ○ ○ ○ ○")) << dots->text().toStdString();
     keys({"Escape", "Escape"});
     EXPECT_EQ(lock.escapeCount(), 2);
     keys({"z"});

@@ -10,6 +10,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTimer>
 #include <atomic>
 #include <csignal>
@@ -138,6 +139,15 @@ int hold(const HoldOptions& o) {
         session = ManualSession::endingAt(end);
     }
 
+    // Caught from before the first line: a script may interrupt as soon as it reads it.
+    stopRequested = false;
+    std::signal(SIGINT, onStop);
+    std::signal(SIGTERM, onStop);
+    const auto defaultSignals = qScopeGuard([] {
+        std::signal(SIGINT, SIG_DFL);
+        std::signal(SIGTERM, SIG_DFL);
+    });
+
     Preferences prefs;
     KeepAwakeController controller(prefs);
     controller.startManual(session);
@@ -152,9 +162,6 @@ int hold(const HoldOptions& o) {
     }
     std::fflush(stdout); // a script waiting for this line sees it now
 
-    stopRequested = false;
-    std::signal(SIGINT, onStop);
-    std::signal(SIGTERM, onStop);
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, [&] {
         if (stopRequested || !controller.manual()) {
@@ -163,8 +170,6 @@ int hold(const HoldOptions& o) {
     });
     poll.start(100);
     QCoreApplication::exec();
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
     controller.turnOff();
     printLine(QStringLiteral("Stopped keeping awake; sleep settings apply again."));
     return kExitOk;

@@ -3,10 +3,45 @@
 #include "app/awake/keyboard_lock.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
+#include "core/shell/app_permission.h"
 
 #include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
 
 namespace tarvik {
+
+namespace {
+
+QMessageBox* messageBox(QMessageBox::Icon icon, const QString& title, const QString& text) {
+    auto* box = new QMessageBox(icon, title, text);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    return box;
+}
+
+// Started from the tray, locking may fail with no window open to say so: it gets its own box.
+void showLockFailure(const KeyboardLock& lock) {
+    QMessageBox* box = messageBox(QMessageBox::Warning, awake_text::keyboardLockFailed(),
+                                  awake_text::keyboardLockFailed());
+    box->setObjectName(QStringLiteral("keyboardLockFailure"));
+    box->setInformativeText(lock.failureDetail());
+    QPushButton* open =
+        box->addButton(awake_text::openAccessibilitySettings(), QMessageBox::ActionRole);
+    box->addButton(QMessageBox::Close);
+    QObject::connect(open, &QPushButton::clicked, [] {
+        // Where no settings panel can grant it, this is what to do instead.
+        const QString help = PermissionProbe().openSettings(AppPermission::Accessibility);
+        if (!help.isEmpty()) {
+            QMessageBox* helpBox =
+                messageBox(QMessageBox::Information, awake_text::openAccessibilitySettings(), help);
+            helpBox->setObjectName(QStringLiteral("accessibilityHelp"));
+            helpBox->show();
+        }
+    });
+    box->show();
+}
+
+} // namespace
 
 QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu* parent) {
     auto* menu = parent->addMenu(QObject::tr("Keep Awake"));
@@ -28,7 +63,11 @@ QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu*
     auto* keyboard = menu->addAction(awake_text::keyboardCleaning() + QStringLiteral("…"));
     keyboard->setToolTip(awake_text::keyboardMenuText(kEscapesToUnlock));
     keyboard->setStatusTip(keyboard->toolTip());
-    QObject::connect(keyboard, &QAction::triggered, &lock, [&lock] { lock.begin(); });
+    QObject::connect(keyboard, &QAction::triggered, &lock, [&lock] {
+        if (!lock.begin()) {
+            showLockFailure(lock);
+        }
+    });
     menu->setToolTipsVisible(true);
 
     auto refresh = [menu, status, off, &controller] {

@@ -6,6 +6,7 @@
 #include "app/shell/section_subtitles.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
+#include "core/shell/app_permission.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -146,6 +147,16 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     }
     lockFailure_ = warning(keyboardBox, QStringLiteral("lockFailure"));
     keyboardLayout->addWidget(lockFailure_);
+    openAccessibility_ = new QPushButton(awake_text::openAccessibilitySettings(), keyboardBox);
+    openAccessibility_->setObjectName(QStringLiteral("openAccessibilitySettings"));
+    openAccessibility_->hide();
+    auto* accessibilityRow = new QHBoxLayout();
+    accessibilityRow->addWidget(openAccessibility_);
+    accessibilityRow->addStretch(1);
+    keyboardLayout->addLayout(accessibilityRow);
+    accessibilityHelp_ = note(keyboardBox, QStringLiteral("accessibilityHelp"));
+    accessibilityHelp_->hide();
+    keyboardLayout->addWidget(accessibilityHelp_);
     layout->addWidget(keyboardBox);
 
     auto* footer = note(this);
@@ -195,13 +206,21 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     connect(schedules_, &QTreeWidget::currentItemChanged, this, &KeepAwakeScreen::refresh);
     connect(lockButton_, &QPushButton::clicked, this, [this] {
         showMessage(lockFailure_, {});
+        showMessage(accessibilityHelp_, {});
+        openAccessibility_->hide();
         lock_.begin();
     });
     connect(&lock_, &KeyboardLock::failed, this, [this](const QString& title, const QString& why) {
         showMessage(
             lockFailure_,
             QStringLiteral("<b>%1</b><br>%2").arg(title.toHtmlEscaped(), why.toHtmlEscaped()));
+        openAccessibility_->show();
         lockButton_->setText(tr("Try &Again"));
+    });
+    connect(openAccessibility_, &QPushButton::clicked, this, [this] {
+        // Where no settings panel can grant it, this is what to do instead.
+        showMessage(accessibilityHelp_,
+                    PermissionProbe().openSettings(AppPermission::Accessibility));
     });
     connect(&lock_, &KeyboardLock::lockedChanged, this, [this](bool locked) {
         if (!locked) {
@@ -209,7 +228,9 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
         }
     });
     connect(&controller_, &KeepAwakeController::changed, this, [this] {
-        refreshSchedules();
+        // Queued: a change can come from a check box in the list, inside its own itemChanged,
+        // and rebuilding the list then would delete the item Qt is still notifying about.
+        QMetaObject::invokeMethod(this, &KeepAwakeScreen::refreshSchedules, Qt::QueuedConnection);
         refresh();
     });
     refreshSchedules();

@@ -41,6 +41,8 @@ private:
     QPushButton* remove_;
     QPushButton* lockButton_;
     QLabel* lockFailure_;
+    QPushButton* openAccessibility_;
+    QLabel* accessibilityHelp_;
     bool filling_ = false;
 };
 

@@ -11,9 +11,6 @@ namespace tarvik {
 namespace {
 // The dots go back to zero after a pause long enough that the next press starts afresh anyway.
 constexpr int kStaleCountMs = static_cast<int>(kEscapeWindowSeconds * 1000) + 500;
-// A lock nobody can undo would take the whole machine away: after this long it lets go by
-// itself, whatever happened to the keyboard.
-constexpr int kLongestLockMs = 10 * 60 * 1000;
 } // namespace
 
 KeyboardLock::KeyboardLock(QString inputDir, QObject* parent)
@@ -21,9 +18,6 @@ KeyboardLock::KeyboardLock(QString inputDir, QObject* parent)
     staleCount_.setSingleShot(true);
     staleCount_.setInterval(kStaleCountMs);
     connect(&staleCount_, &QTimer::timeout, this, [this] { setEscapeCount(0); });
-    giveUp_.setSingleShot(true);
-    giveUp_.setInterval(kLongestLockMs);
-    connect(&giveUp_, &QTimer::timeout, this, &KeyboardLock::unlock);
     connect(&devices_, &InputDeviceGrab::keyPressed, this, [this](int code, bool repeat) {
         keyPressed(code == KEY_ESC, repeat, uptimeSeconds());
     });
@@ -46,18 +40,18 @@ bool KeyboardLock::begin() {
     failureDetail_.clear();
     tracker_ = EscapeUnlockTracker(kEscapesToUnlock, kEscapeWindowSeconds);
     overlay_ = new LockOverlay(*this);
-    if (!overlay_->showAndGrab()) {
+    const bool windowGrab = overlay_->showAndGrab();
+    devices_.grabAll();
+    // Either one takes every key: the window system's grab on X11, the devices' exclusive grab
+    // anywhere (also on Wayland, where windows can't take the keyboard).
+    if (!windowGrab && !holdsDevices()) {
         delete overlay_;
-        failureDetail_ = tr("Tarvik couldn't take the keyboard from the desktop: another program "
-                            "is holding it, or this desktop doesn't let windows take it. Close "
-                            "open menus and try again.");
+        failureDetail_ = awake_text::keyboardLockFailedDetail();
         emit failed(awake_text::keyboardLockFailed(), failureDetail_);
         return false;
     }
-    devices_.grabAll();
     overlay_->setDevicesHeld(holdsDevices());
     locked_ = true;
-    giveUp_.start();
     setEscapeCount(0);
     emit lockedChanged(true);
     return true;
@@ -74,7 +68,6 @@ void KeyboardLock::unlock() {
     }
     locked_ = false;
     staleCount_.stop();
-    giveUp_.stop();
     setEscapeCount(0);
     emit lockedChanged(false);
 }

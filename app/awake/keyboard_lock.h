@@ -13,7 +13,7 @@ class LockOverlay;
 
 // The keyboard lock for wiping the keys: a full-screen overlay that takes the keyboard and
 // pointer from the desktop, plus the kernel's exclusive grab of the input devices when Tarvik
-// may open them, which also stops the desktop's own shortcuts. Five quick Escapes unlock.
+// may open them, which also stops the desktop's own shortcuts. Only five quick Escapes unlock.
 class KeyboardLock : public QObject {
     Q_OBJECT
 public:
@@ -27,7 +27,7 @@ public:
     bool holdsDevices() const { return devices_.grabbedCount() > 0; }
     // Whether locking would hold the input devices too (Tarvik may open them).
     bool mayHoldDevices() const { return devices_.mayOpenDevices(); }
-    // What went wrong the last time locking failed: a title and what to do.
+    // What to do after locking failed, the detail under keyboardLockFailed().
     const QString& failureDetail() const { return failureDetail_; }
 
     // Locks; false when the keyboard could not be taken (failureDetail() says why).
@@ -50,7 +50,6 @@ private:
     InputDeviceGrab devices_;
     QPointer<LockOverlay> overlay_;
     QTimer staleCount_;
-    QTimer giveUp_;
     bool locked_ = false;
     int escapeCount_ = 0;
     QString failureDetail_;

@@ -76,16 +76,19 @@ bool LockOverlay::showAndGrab() {
     if (w == nullptr) {
         return false;
     }
-    // The window system grants a grab only once the window is on screen.
+    // The window system grants a grab only once the window is on screen, and a menu that is
+    // just closing (the tray's) may hold the pointer a moment longer.
     const QDeadlineTimer deadline(1500);
     while (!deadline.hasExpired()) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        if (w->isExposed() && w->setKeyboardGrabEnabled(true)) {
-            w->setMouseGrabEnabled(true);
+        if (!w->isExposed() || !w->setKeyboardGrabEnabled(true)) {
+            continue;
+        }
+        if (w->setMouseGrabEnabled(true)) {
             return true;
         }
+        w->setKeyboardGrabEnabled(false); // half a grab would let clicks through
     }
-    hide();
     return false;
 }
 
@@ -97,10 +100,38 @@ void LockOverlay::releaseAndClose() {
     hide();
 }
 
+namespace {
+
+// Modifiers and lock keys are held or toggled while typing, not typed: they leave the Escape
+// count alone.
+bool isModifier(int key) {
+    switch (key) {
+    case Qt::Key_Shift:
+    case Qt::Key_Control:
+    case Qt::Key_Alt:
+    case Qt::Key_AltGr:
+    case Qt::Key_Meta:
+    case Qt::Key_Super_L:
+    case Qt::Key_Super_R:
+    case Qt::Key_Hyper_L:
+    case Qt::Key_Hyper_R:
+    case Qt::Key_CapsLock:
+    case Qt::Key_Mode_switch:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
 bool LockOverlay::event(QEvent* e) {
     switch (e->type()) {
     case QEvent::KeyPress: {
         auto* k = static_cast<QKeyEvent*>(e);
+        if (isModifier(k->key())) {
+            return true; // swallowed, and not a key in between the Escapes
+        }
         lock_.keyPressed(k->key() == Qt::Key_Escape, k->isAutoRepeat(),
                          KeyboardLock::uptimeSeconds());
         return true;

@@ -15,8 +15,8 @@ class LockOverlay : public QWidget {
 public:
     explicit LockOverlay(KeyboardLock& lock);
 
-    // Shows over every screen and takes keyboard and pointer; false when the window system
-    // refused.
+    // Shows over every screen and takes keyboard and pointer; false, still showing and holding
+    // neither, when the window system refused either of them.
     bool showAndGrab();
     void releaseAndClose();
     void setDevicesHeld(bool held);

@@ -136,13 +136,9 @@ void KeepAwakeController::armTimer() {
 
 void KeepAwakeController::apply() {
     if (!state_.isActive) {
-        const bool heldLid = lidLock_.isHeld();
         releaseAll();
-        if (heldLid && logind_.lidClosed().value_or(false)) {
-            // The lid was shut while we held its switch: sleep now, as closing it would have.
-            logind_.suspend();
-        }
         error_.clear();
+        lidError_.clear();
         return;
     }
     if (!sleepLock_.isHeld()) {
@@ -166,23 +162,32 @@ void KeepAwakeController::applyLid(bool target) {
         return;
     }
     if (declinedLidTarget_ == target) {
-        return; // refused before: asking again would only repeat the refusal
+        // Refused before: asking again would only repeat the refusal, which still holds.
+        lidError_ = awake_text::lidRefused();
+        return;
     }
     lidLock_ =
         logind_.inhibit(QStringLiteral("handle-lid-switch"), kWho, kWhy, QStringLiteral("block"));
     if (lidLock_.isHeld()) {
         lidError_.clear();
         declinedLidTarget_.reset();
-    } else {
+    } else if (lidLock_.refused) {
         declinedLidTarget_ = target;
         lidError_ = awake_text::lidRefused();
+    } else {
+        lidError_ = awake_text::lidFailed(lidLock_.error); // tried again on the next tick
     }
 }
 
 void KeepAwakeController::releaseAll() {
+    const bool heldLid = lidLock_.isHeld();
     sleepLock_ = {};
     lidLock_ = {};
     screenSaver_.release();
+    if (heldLid && logind_.lidClosed().value_or(false)) {
+        // The lid was shut while we held its switch: sleep now, as closing it would have.
+        logind_.suspend();
+    }
 }
 
 } // namespace tarvik

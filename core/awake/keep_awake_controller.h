@@ -21,8 +21,8 @@ struct KeepAwakeBuses {
 // Keeps the computer awake while the evaluator says so: one logind "idle:sleep" inhibitor plus
 // the desktop's idle inhibit, taken when keeping awake starts and dropped when it stops or the
 // controller goes away. With the lid option on it also holds a "handle-lid-switch" inhibitor;
-// when that ends with the lid already shut, it asks logind to suspend, so a closed laptop is
-// not left running in a bag.
+// when that ends with the lid already shut (keeping awake stops, or Tarvik exits), it asks
+// logind to suspend, so a closed laptop is not left running in a bag.
 class KeepAwakeController : public QObject {
     Q_OBJECT
 public:

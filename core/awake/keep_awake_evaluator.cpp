@@ -9,7 +9,16 @@ int scheduleWeekday(const QDate& date) {
 namespace {
 
 QDateTime wallClock(const QDate& day, int minutes, const QTimeZone& zone) {
-    return QDateTime(day, QTime(minutes / 60, minutes % 60), zone);
+    const QTime time(minutes / 60, minutes % 60);
+    const QDateTime t(day, time, zone);
+    if (t.isValid()) {
+        return t;
+    }
+    // The clocks skipped this time going forward, and Qt calls it invalid, which compares
+    // before every instant. Read with the offset in force a day earlier, it lands as far past
+    // the jump as it was into the gap (02:30 becomes 03:30).
+    const int before = zone.offsetFromUtc(QDateTime(day.addDays(-1), time, zone));
+    return QDateTime(day, time, Qt::OffsetFromUTC, before).toTimeZone(zone);
 }
 
 struct Window {

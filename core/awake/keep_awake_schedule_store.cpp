@@ -3,6 +3,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <algorithm>
+#include <limits>
 
 namespace tarvik::KeepAwakeScheduleStore {
 
@@ -36,6 +38,13 @@ bool isInteger(const QJsonValue& v) {
     return v.isDouble() && v.toDouble() == static_cast<double>(v.toInteger());
 }
 
+// A number too large for an int stays out of range rather than wrapping into it: 4294967836
+// would otherwise read as 540, a valid 09:00.
+int toInt(const QJsonValue& v) {
+    return static_cast<int>(std::clamp<qint64>(v.toInteger(), std::numeric_limits<int>::min(),
+                                               std::numeric_limits<int>::max()));
+}
+
 } // namespace
 
 Decoded decode(const QByteArray& data) {
@@ -66,11 +75,11 @@ Decoded decode(const QByteArray& data) {
             if (!isInteger(d)) {
                 return damaged(QStringLiteral("a day is not a number"));
             }
-            s.weekdays.insert(static_cast<int>(d.toInteger()));
+            s.weekdays.insert(toInt(d));
         }
         // Out-of-range values are kept as they are: such a schedule is listed but never opens.
-        s.startMinutes = static_cast<int>(o.value("startMinutes").toInteger());
-        s.endMinutes = static_cast<int>(o.value("endMinutes").toInteger());
+        s.startMinutes = toInt(o.value("startMinutes"));
+        s.endMinutes = toInt(o.value("endMinutes"));
         out.schedules.push_back(std::move(s));
     }
     return out;

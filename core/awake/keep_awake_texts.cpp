@@ -19,8 +19,7 @@ QString status(const KeepAwakeState& state, const QDateTime& now) {
     if (!state.until) {
         return QStringLiteral("Until you turn it off");
     }
-    return QStringLiteral("Until %1, then your sleep settings apply")
-        .arg(endTime(*state.until, now));
+    return QStringLiteral("%1, then your sleep settings apply").arg(endTime(*state.until, now));
 }
 
 QString reason(const KeepAwakeState& state) {
@@ -42,9 +41,9 @@ QString sleepSettingsApply() {
 }
 
 QString worksWhileRunning() {
-    return QStringLiteral("Works while Tarvik is in the tray. Closing a %1 still sleeps it "
-                          "unless the lid option above is on.")
-        .arg(words::laptopLid());
+    return QStringLiteral("Works while Tarvik is in %1. Closing a %2 still sleeps it unless the "
+                          "lid option above is on.")
+        .arg(words::theMenuBar(), words::laptopLid());
 }
 
 QString lidOption() {
@@ -63,6 +62,11 @@ QString lidOnDescription() {
 
 QString lidRefused() {
     return QStringLiteral("Needs your administrator password, which wasn't given");
+}
+
+QString lidFailed(const QString& why) {
+    return QStringLiteral("Couldn't keep the %1 running with the lid closed: %2")
+        .arg(words::computer(), why);
 }
 
 QString keyboardCleaning() {
@@ -85,6 +89,16 @@ QString keyboardLockedText() {
 
 QString keyboardLockFailed() {
     return QStringLiteral("Couldn't lock the keyboard");
+}
+
+QString keyboardLockFailedDetail() {
+    return QStringLiteral("Tarvik needs Accessibility access to block key presses. Turn it on %1, "
+                          "then try again.")
+        .arg(words::whereToTurnOnAccessibility());
+}
+
+QString openAccessibilitySettings() {
+    return QStringLiteral("Open Accessibility Settings");
 }
 
 QString shortcutsMayStillWork() {

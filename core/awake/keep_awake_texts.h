@@ -7,8 +7,8 @@
 
 namespace tarvik::awake_text {
 
-// The status line: "Sleeping normally", "Until you turn it off", or "Until 17:30, then your
-// sleep settings apply" (with the weekday when the end is not today).
+// The status line: "Sleeping normally", "Until you turn it off", or "17:30, then your sleep
+// settings apply" (with the weekday when the end is not today).
 QString status(const KeepAwakeState& state, const QDateTime& now);
 // Why it is kept awake: "Kept awake by hand" or "Kept awake by the schedule “Work”".
 QString reason(const KeepAwakeState& state);
@@ -22,13 +22,17 @@ QString worksWhileRunning();
 QString lidOption();
 QString lidDescription();
 QString lidOnDescription();
-QString lidRefused();
+QString lidRefused(); // logind or polkit said no
+// Any other reason the lid could not be held, such as logind not running.
+QString lidFailed(const QString& why);
 
 QString keyboardCleaning();
 QString keyboardCleaningDetail();
 QString keyboardMenuText(int required);
 QString keyboardLockedText();
 QString keyboardLockFailed();
+QString keyboardLockFailedDetail();
+QString openAccessibilitySettings(); // the failure's button
 // Shown when the input devices can't be opened, so only the window system's grab holds.
 QString shortcutsMayStillWork();
 

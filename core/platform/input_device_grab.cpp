@@ -54,6 +54,25 @@ libevdev* openDevice(const QString& path, int& fd, bool keyboardsOnly) {
     return nullptr;
 }
 
+// Modifiers and lock keys are held or toggled while typing, not typed: they are not reported.
+bool isModifier(unsigned code) {
+    switch (code) {
+    case KEY_LEFTSHIFT:
+    case KEY_RIGHTSHIFT:
+    case KEY_LEFTCTRL:
+    case KEY_RIGHTCTRL:
+    case KEY_LEFTALT:
+    case KEY_RIGHTALT: // AltGr
+    case KEY_LEFTMETA:
+    case KEY_RIGHTMETA:
+    case KEY_CAPSLOCK:
+    case KEY_FN:
+        return true;
+    default:
+        return false;
+    }
+}
+
 QStringList eventDevices(const QString& dir) {
     QStringList out;
     for (const QString& name : QDir(dir).entryList({QStringLiteral("event*")}, QDir::System)) {
@@ -100,10 +119,25 @@ int InputDeviceGrab::grabAll() {
 }
 
 void InputDeviceGrab::releaseAll() {
+    if (draining_) {
+        // A keyPressed handler let go while drain() is still reading one of these devices: they
+        // leave the list now and are freed once drain() has returned.
+        for (auto& d : devices_) {
+            d->notifier->setEnabled(false);
+            released_.push_back(std::move(d));
+        }
+    }
     devices_.clear();
 }
 
 void InputDeviceGrab::drain(Device& device) {
+    draining_ = true;
+    readKeys(device);
+    draining_ = false;
+    released_.clear();
+}
+
+void InputDeviceGrab::readKeys(Device& device) {
     input_event ev{};
     unsigned flags = LIBEVDEV_READ_FLAG_NORMAL;
     for (;;) {
@@ -120,8 +154,11 @@ void InputDeviceGrab::drain(Device& device) {
         }
         flags = LIBEVDEV_READ_FLAG_NORMAL;
         // Mouse buttons are keys too, from BTN_MISC on; only keyboard keys count.
-        if (ev.type == EV_KEY && ev.code < BTN_MISC && ev.value != 0) {
+        if (ev.type == EV_KEY && ev.code < BTN_MISC && ev.value != 0 && !isModifier(ev.code)) {
             emit keyPressed(ev.code, ev.value == 2);
+            if (!released_.empty()) {
+                return; // the handler released the devices: this one is no longer ours to read
+            }
         }
     }
 }

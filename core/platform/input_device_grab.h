@@ -27,14 +27,19 @@ public:
 
 signals:
     // A key went down (Linux key code, KEY_ESC is 1); `repeat` for the keyboard's auto-repeat.
+    // Modifier and lock keys (Shift, Ctrl, Alt, AltGr, Super, Caps Lock, Fn) are not reported.
     void keyPressed(int code, bool repeat);
 
 private:
     struct Device;
     void drain(Device& device);
+    void readKeys(Device& device);
 
     QString inputDir_;
     std::vector<std::unique_ptr<Device>> devices_;
+    // Devices released from a keyPressed handler while drain() was reading them.
+    std::vector<std::unique_ptr<Device>> released_;
+    bool draining_ = false;
 };
 
 } // namespace tarvik

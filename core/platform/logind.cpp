@@ -13,9 +13,25 @@ const QString kService = QStringLiteral("org.freedesktop.login1");
 const QString kPath = QStringLiteral("/org/freedesktop/login1");
 const QString kManager = QStringLiteral("org.freedesktop.login1.Manager");
 
+// logind answers at once; a hung service must not freeze the window for D-Bus's 25 s.
+constexpr int kCallTimeoutMs = 5000;
+
 QString unreachable(const QDBusConnection& bus) {
     return bus.isConnected() ? QStringLiteral("systemd-logind is not running")
                              : QStringLiteral("the system bus is not available");
+}
+
+// Whether logind (or polkit, which it asks) said no, rather than failing to answer.
+bool isRefusal(const QString& errorName) {
+    return errorName == QLatin1String("org.freedesktop.DBus.Error.AccessDenied") ||
+           errorName ==
+               QLatin1String("org.freedesktop.DBus.Error.InteractiveAuthorizationRequired") ||
+           errorName.startsWith(QLatin1String("org.freedesktop.PolicyKit1.Error."));
+}
+
+bool isAbsent(const QString& errorName) {
+    return errorName == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown") ||
+           errorName == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner");
 }
 
 } // namespace
@@ -34,9 +50,10 @@ Logind::Lock Logind::inhibit(const QString& what, const QString& who, const QStr
     }
     auto call = QDBusMessage::createMethodCall(kService, kPath, kManager, "Inhibit");
     call << what << who << why << mode;
-    const QDBusMessage reply = bus_.call(call);
+    const QDBusMessage reply = bus_.call(call, QDBus::Block, kCallTimeoutMs);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
-        return {{}, reply.errorMessage().isEmpty() ? unreachable(bus_) : reply.errorMessage()};
+        const bool plain = reply.errorMessage().isEmpty() || isAbsent(reply.errorName());
+        return {{}, plain ? unreachable(bus_) : reply.errorMessage(), isRefusal(reply.errorName())};
     }
     auto fd = qdbus_cast<QDBusUnixFileDescriptor>(reply.arguments().constFirst());
     if (!fd.isValid()) {
@@ -50,7 +67,7 @@ std::optional<std::vector<Logind::Inhibitor>> Logind::inhibitors() const {
         return std::nullopt;
     }
     auto call = QDBusMessage::createMethodCall(kService, kPath, kManager, "ListInhibitors");
-    const QDBusMessage reply = bus_.call(call);
+    const QDBusMessage reply = bus_.call(call, QDBus::Block, kCallTimeoutMs);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
         return std::nullopt;
     }
@@ -75,7 +92,7 @@ std::optional<bool> Logind::lidClosed() const {
     auto call =
         QDBusMessage::createMethodCall(kService, kPath, "org.freedesktop.DBus.Properties", "Get");
     call << kManager << QStringLiteral("LidClosed");
-    const QDBusMessage reply = bus_.call(call);
+    const QDBusMessage reply = bus_.call(call, QDBus::Block, kCallTimeoutMs);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
         return std::nullopt;
     }
@@ -89,7 +106,7 @@ QString Logind::suspend() const {
     }
     auto call = QDBusMessage::createMethodCall(kService, kPath, kManager, "Suspend");
     call << false; // not interactive: no password prompt from a background decision
-    const QDBusMessage reply = bus_.call(call);
+    const QDBusMessage reply = bus_.call(call, QDBus::Block, kCallTimeoutMs);
     return reply.type() == QDBusMessage::ReplyMessage ? QString() : reply.errorMessage();
 }
 

@@ -17,7 +17,8 @@ public:
     // of `fd` (or the process ending) releases it.
     struct Lock {
         QDBusUnixFileDescriptor fd;
-        QString error; // the service's words when the lock was not given
+        QString error;        // the service's words when the lock was not given
+        bool refused = false; // logind or polkit said no (rather than not answering)
         bool isHeld() const { return fd.isValid(); }
     };
     Lock inhibit(const QString& what, const QString& who, const QString& why,

@@ -3,7 +3,9 @@
 // Tarvik's texts were first written for another desktop and named it. This edition says these
 // words in their place, and only here, so every such text reads the same way:
 // the platform's name -> "the system" ("The system" opening a sentence), its machines ->
-// "computer", their lid -> "laptop lid", its terminal application -> "a terminal".
+// "computer", their lid -> "laptop lid", its terminal application -> "a terminal", its menu
+// bar (where Tarvik's icon lives) -> "the tray", a path through its settings -> what to do
+// on Linux.
 #include <QString>
 
 namespace tarvik::words {
@@ -22,6 +24,15 @@ inline QString laptopLid() {
 }
 inline QString aTerminal() {
     return QStringLiteral("a terminal");
+}
+inline QString theMenuBar() {
+    return QStringLiteral("the tray");
+}
+// Where the Accessibility permission is turned on, said after "Turn it on ". Desktops keep no
+// switch for it: reading the input devices is what it grants, and their group gives that.
+inline QString whereToTurnOnAccessibility() {
+    return QStringLiteral("by adding yourself to the “input” group (sudo usermod -aG input $USER) "
+                          "and signing in again");
 }
 
 } // namespace tarvik::words

@@ -10,9 +10,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTimeEdit>
 #include <QTreeWidget>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -63,6 +65,11 @@ TEST(KeepAwakeScreen, TheSwitchKeepsAwakeThroughLogindAndSaysUntilWhen) {
     KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
     EXPECT_EQ(labelText(screen, "awakeStatus"), "Sleeping normally");
     EXPECT_EQ(labelText(screen, "awakeReason"), "Your computer follows its own sleep settings");
+    const auto labels = screen.findChildren<QLabel*>();
+    EXPECT_TRUE(std::ranges::any_of(labels, [](QLabel* l) {
+        return l->text() == "Works while Tarvik is in the tray. Closing a laptop lid still sleeps "
+                            "it unless the lid option above is on.";
+    }));
 
     auto* toggle = child<QPushButton>(screen, "awakeToggle");
     QTest::mouseClick(toggle, Qt::LeftButton); // an hour, the default
@@ -70,7 +77,10 @@ TEST(KeepAwakeScreen, TheSwitchKeepsAwakeThroughLogindAndSaysUntilWhen) {
     EXPECT_TRUE(toggle->isChecked());
     const QDateTime end = *models.keepAwake().state().until;
     EXPECT_NEAR(QDateTime::currentDateTime().secsTo(end), 3600, 5);
-    EXPECT_TRUE(labelText(screen, "awakeStatus").endsWith(", then your sleep settings apply"));
+    EXPECT_TRUE(QRegularExpression("^(\\w+ )?\\d\\d:\\d\\d, then your sleep settings apply$")
+                    .match(labelText(screen, "awakeStatus"))
+                    .hasMatch())
+        << labelText(screen, "awakeStatus").toStdString();
     EXPECT_EQ(labelText(screen, "awakeReason"), "Kept awake by hand");
     EXPECT_EQ(labelText(screen, "awakeError"), "");
 
@@ -88,10 +98,21 @@ TEST(KeepAwakeScreen, WithoutLogindItSaysWhyAndTheLockFailureIsExplained) {
     EXPECT_TRUE(labelText(screen, "awakeError").startsWith("Couldn't keep the computer awake"));
 
     // Offscreen there is no keyboard to take: the lock fails and says so, leaving nothing held.
+    auto* open = child<QPushButton>(screen, "openAccessibilitySettings");
+    EXPECT_FALSE(open->isVisibleTo(&screen));
     QTest::mouseClick(child<QPushButton>(screen, "lockKeyboard"), Qt::LeftButton);
     EXPECT_FALSE(models.keyboardLock().isLocked());
-    EXPECT_TRUE(labelText(screen, "lockFailure").contains("Couldn't lock the keyboard"));
+    EXPECT_EQ(labelText(screen, "lockFailure"),
+              "<b>Couldn't lock the keyboard</b><br>Tarvik needs Accessibility access to block key "
+              "presses. Turn it on by adding yourself to the “input” group (sudo usermod -aG "
+              "input $USER) and signing in again, then try again.");
     EXPECT_EQ(child<QPushButton>(screen, "lockKeyboard")->text(), "Try &Again");
+    ASSERT_TRUE(open->isVisibleTo(&screen));
+    EXPECT_EQ(open->text(), "Open Accessibility Settings");
+    EXPECT_EQ(labelText(screen, "accessibilityHelp"), "");
+    QTest::mouseClick(open, Qt::LeftButton);
+    EXPECT_TRUE(labelText(screen, "accessibilityHelp").contains("\"input\" group"))
+        << labelText(screen, "accessibilityHelp").toStdString();
     // Without input devices to hold, the screen says what the lock can't block.
     EXPECT_TRUE(labelText(screen, "keyboardAccess").startsWith("Some desktop shortcuts"));
 }
@@ -120,6 +141,7 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
     editor->findChild<QCheckBox*>("day1")->setChecked(true);
     ASSERT_TRUE(ok->isEnabled());
     QTest::mouseClick(ok, Qt::LeftButton);
+    QCoreApplication::processEvents(); // the list is rebuilt after the change
 
     ASSERT_EQ(list->topLevelItemCount(), 1);
     EXPECT_EQ(list->topLevelItem(0)->text(0), "Late render");
@@ -128,6 +150,9 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
 
     // Switching it off from its check box is stored, and another process reads it back.
     list->topLevelItem(0)->setCheckState(0, Qt::Unchecked);
+    QCoreApplication::processEvents();
+    ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_EQ(list->topLevelItem(0)->checkState(0), Qt::Unchecked);
     Preferences reread(home.config() + "/Tarvik/Tarvik.conf");
     const auto stored =
         KeepAwakeScheduleStore::decode(reread.value(pref::kKeepAwakeSchedules).toString().toUtf8());
@@ -142,11 +167,13 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
     editor->findChild<QLineEdit*>()->setText("Renders");
     QTest::mouseClick(editor->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok),
                       Qt::LeftButton);
+    QCoreApplication::processEvents();
     ASSERT_EQ(models.keepAwake().schedules().size(), 1u);
     EXPECT_EQ(models.keepAwake().schedules()[0].name, "Renders");
     EXPECT_EQ(models.keepAwake().schedules()[0].id, stored.schedules[0].id);
     list->setCurrentItem(list->topLevelItem(0));
     QTest::mouseClick(child<QPushButton>(screen, "removeSchedule"), Qt::LeftButton);
+    QCoreApplication::processEvents();
     EXPECT_EQ(list->topLevelItemCount(), 0);
     EXPECT_TRUE(models.keepAwake().schedules().empty());
 }

@@ -6,6 +6,7 @@
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -31,7 +32,7 @@ struct Outcome {
 
 class TarvikCommand : public ::testing::Test {
 protected:
-    Outcome tarvik(const QStringList& args, const QString& pathPrefix = {}) {
+    Outcome tarvik(const QStringList& args, const QString& pathPrefix = {}, int waitMs = 30000) {
         QProcess p;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         if (!pathPrefix.isEmpty()) {
@@ -55,7 +56,7 @@ protected:
             p.write(input_);
             p.closeWriteChannel();
         }
-        if (!p.waitForFinished(30000)) {
+        if (!p.waitForFinished(waitMs)) {
             p.kill();
             p.waitForFinished();
             ADD_FAILURE() << "tarvik " << args.join(' ').toStdString() << " did not finish";
@@ -746,8 +747,9 @@ TEST_F(TarvikCommand, AwakeHoldsLogindsLockUntilInterrupted) {
     holder.setProcessEnvironment(env);
     holder.start(TARVIK_BINARY, {"awake", "--for", "2h"});
     ASSERT_TRUE(holder.waitForReadyRead(10000));
-    EXPECT_TRUE(QString::fromUtf8(holder.readAllStandardOutput())
-                    .startsWith("Keeping the computer awake: Until "));
+    const QString said = QString::fromUtf8(holder.readAllStandardOutput());
+    EXPECT_TRUE(said.startsWith("Keeping the computer awake: ")) << said.toStdString();
+    EXPECT_TRUE(said.contains(", then your sleep settings apply.")) << said.toStdString();
 
     const auto status = [&] {
         return QJsonDocument::fromJson(tarvik({"awake", "status", "--json"}).out.toUtf8()).object();
@@ -761,6 +763,34 @@ TEST_F(TarvikCommand, AwakeHoldsLogindsLockUntilInterrupted) {
     ASSERT_TRUE(holder.waitForFinished(10000));
     EXPECT_EQ(holder.exitCode(), 0);
     EXPECT_TRUE(holder.readAllStandardOutput().contains("Stopped keeping awake"));
+    QJsonObject after = status();
+    for (int i = 0; i < 50 && after["keptAwake"] != false; ++i) {
+        QThread::msleep(50);
+        after = status();
+    }
+    EXPECT_EQ(after["keptAwake"], false);
+}
+
+TEST_F(TarvikCommand, AwakeForALengthStopsByItselfWhenItEnds) {
+    tarvik::test::PrivateBus bus;
+    if (!bus.isRunning() || !tarvik::test::PrivateBus::hasDbusMock()) {
+        GTEST_SKIP() << "needs dbus-daemon and python3-dbusmock";
+    }
+    ASSERT_TRUE(bus.startMock("org.freedesktop.login1", {"--template", "logind"}));
+    env_["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address();
+    env_["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+
+    // The shortest length the command takes is a minute; nothing interrupts it.
+    QElapsedTimer took;
+    took.start();
+    const Outcome r = tarvik({"awake", "--for", "1m"}, {}, 110000);
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.startsWith("Keeping the computer awake: ")) << r.out.toStdString();
+    EXPECT_TRUE(r.out.contains("Stopped keeping awake")) << r.out.toStdString();
+    EXPECT_GE(took.elapsed(), 59000); // it held for its minute, not less
+    const auto status = [&] {
+        return QJsonDocument::fromJson(tarvik({"awake", "status", "--json"}).out.toUtf8()).object();
+    };
     QJsonObject after = status();
     for (int i = 0; i < 50 && after["keptAwake"] != false; ++i) {
         QThread::msleep(50);

@@ -1,10 +1,11 @@
 // The keyboard lock on a real X server (run under Xvfb): synthetic key presses from xdotool
-// must be swallowed while locked, five quick Escapes unlock, and a key in between starts the
-// count again.
+// must be swallowed while locked, five quick Escapes unlock, a key in between starts the
+// count again and a modifier does not.
 #include "app/awake/keyboard_lock.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
 #include <QTest>
@@ -32,6 +33,16 @@ void keys(const QStringList& names) {
     xdotool(QStringList{"key", "--delay", "60"} + names);
 }
 
+// The count of Escapes on the lock's cover.
+QLabel* overlayCount() {
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w->objectName() == QLatin1String("keyboardLockOverlay") && w->isVisible()) {
+            return w->findChild<QLabel*>("escapeCount");
+        }
+    }
+    return nullptr;
+}
+
 } // namespace
 
 TEST(KeyboardLockOnX, SwallowsKeysUntilFiveQuickEscapes) {
@@ -56,12 +67,23 @@ TEST(KeyboardLockOnX, SwallowsKeysUntilFiveQuickEscapes) {
 
     keys({"Escape", "Escape"});
     EXPECT_EQ(lock.escapeCount(), 2);
+    auto* dots = overlayCount();
+    ASSERT_NE(dots, nullptr);
+    EXPECT_TRUE(dots->text().endsWith("● ● ○ ○ ○")) << dots->text().toStdString();
+    // After a pause the next press starts afresh, and the dots say so without one.
+    EXPECT_TRUE(QTest::qWaitFor([&] { return lock.escapeCount() == 0; }, 20000));
+    EXPECT_TRUE(dots->text().endsWith("○ ○ ○ ○ ○")) << dots->text().toStdString();
+    keys({"Escape", "Escape"});
+    EXPECT_EQ(lock.escapeCount(), 2);
     keys({"z"});
     EXPECT_EQ(lock.escapeCount(), 0);
-    keys({"Escape", "Escape", "Escape", "Escape"});
+    keys({"Escape", "Escape", "Escape", "Escape", "z", "Escape"});
     EXPECT_TRUE(lock.isLocked()); // the key in between started the count again
-    EXPECT_EQ(lock.escapeCount(), 4);
-    keys({"Escape"});
+    EXPECT_EQ(lock.escapeCount(), 1);
+    // Modifiers are not keys in between: the count goes on to the fifth Escape. The "z" first
+    // starts the count afresh.
+    keys({"z", "Escape", "Escape", "Escape", "Escape", "Shift_L", "Control_L", "Alt_L", "Super_L",
+          "ISO_Level3_Shift", "Caps_Lock", "Caps_Lock", "Escape"});
     EXPECT_FALSE(lock.isLocked());
     EXPECT_EQ(field.text(), "ab");
 

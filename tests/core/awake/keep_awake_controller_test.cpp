@@ -232,4 +232,62 @@ TEST_F(KeepAwakeOnBus, RefusedLocksAreReportedAndTheLidIsNotAskedForAgain) {
     c->setKeepsRunningWithLidClosed(false);
     c->setKeepsRunningWithLidClosed(true);
     EXPECT_EQ(lidAsks(), asked + 1);
+
+    // Once keeping awake stops, neither failure is shown any more.
+    c->turnOff();
+    EXPECT_EQ(c->error(), "");
+    EXPECT_EQ(c->lidError(), "");
+}
+
+TEST_F(KeepAwakeOnBus, PolkitRefusingTheLidLockAsksForThePassword) {
+    mockCall(kLogind, kLogindPath, "AddMethod",
+             {"org.freedesktop.login1.Manager", "Inhibit", "ssss", "h",
+              "raise dbus.exceptions.DBusException('Not authorized', "
+              "name='org.freedesktop.PolicyKit1.Error.NotAuthorized')"});
+    auto c = controller();
+    c->setKeepsRunningWithLidClosed(true);
+    c->startManual(ManualSession::indefinite());
+    EXPECT_EQ(c->lidError(), "Needs your administrator password, which wasn't given");
+    EXPECT_EQ(c->declinedLidTarget(), true);
+}
+
+TEST_F(KeepAwakeOnBus, WithoutLogindTheLidFailureSaysSoAndIsNotTakenForARefusal) {
+    PrivateBus empty; // a bus on which logind never started
+    ASSERT_TRUE(empty.isRunning());
+    KeepAwakeController c(*prefs_, KeepAwakeBuses{empty.connection(), empty.connection()},
+                          [this] { return now_; });
+    c.setKeepsRunningWithLidClosed(true);
+    c.startManual(ManualSession::indefinite());
+    EXPECT_EQ(c.error(), "Couldn't keep the computer awake: systemd-logind is not running");
+    EXPECT_EQ(c.lidError(),
+              "Couldn't keep the computer running with the lid closed: systemd-logind is not "
+              "running");
+    EXPECT_FALSE(c.declinedLidTarget().has_value());
+    c.turnOff();
+    EXPECT_EQ(c.lidError(), "");
+}
+
+TEST_F(KeepAwakeOnBus, ExitingWhileKeepingAwakeWithTheLidShutSuspends) {
+    mockCall(kLogind, kLogindPath, "AddProperty",
+             {"org.freedesktop.login1.Manager", "LidClosed", QVariant::fromValue(false)});
+    prefs_->setValue(pref::kKeepAwakeLidClosed, true);
+
+    // With the lid open, exiting only lets go of the locks.
+    auto c = controller();
+    c->startManual(ManualSession::indefinite());
+    ASSERT_TRUE(c->lidSleepOverridden());
+    c.reset();
+    EXPECT_TRUE(inhibitorsSettled(0).empty());
+    EXPECT_FALSE(calls("logind").contains("Suspend"));
+
+    c = controller();
+    c->startManual(ManualSession::indefinite());
+    ASSERT_TRUE(c->lidSleepOverridden());
+    const QDBusMessage shut = bus_.call(
+        kLogind, kLogindPath, "org.freedesktop.DBus.Properties", "Set",
+        {"org.freedesktop.login1.Manager", "LidClosed", QVariant::fromValue(QDBusVariant(true))});
+    ASSERT_EQ(shut.type(), QDBusMessage::ReplyMessage) << shut.errorMessage().toStdString();
+    c.reset();
+    EXPECT_TRUE(inhibitorsSettled(0).empty());
+    EXPECT_TRUE(calls("logind").contains("Suspend False"));
 }

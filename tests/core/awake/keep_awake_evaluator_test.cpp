@@ -137,6 +137,66 @@ TEST(KeepAwakeEvaluator, WallClockWindowsSurviveClockChanges) {
         KeepAwakeEvaluator::openWindowEnd(work, berlinNine, QTimeZone("America/New_York")));
 }
 
+TEST(KeepAwakeEvaluator, WindowsStartingOrEndingInAnHourTheClocksSkipOrRepeatStayValid) {
+    // On 2026-03-29 Berlin's clocks jump from 02:00 to 03:00: 02:30 does not happen that day.
+    const auto fromGap = schedule(KeepAwakeSchedule::everyDay(), 150, 360);
+    EXPECT_FALSE(KeepAwakeEvaluator::openWindowEnd(fromGap, at("2026-03-29 01:30"), kBerlin));
+    const auto next =
+        KeepAwakeEvaluator::nextWindowStart({fromGap}, at("2026-03-29 00:30"), kBerlin);
+    ASSERT_TRUE(next && next->isValid());
+    EXPECT_EQ(*next, at("2026-03-29 03:30"));
+    EXPECT_EQ(KeepAwakeEvaluator::openWindowEnd(fromGap, at("2026-03-29 03:45"), kBerlin),
+              at("2026-03-29 06:00"));
+
+    const auto intoGap = schedule(KeepAwakeSchedule::everyDay(), 1320, 150);
+    for (const char* when : {"2026-03-28 23:00", "2026-03-29 01:59"}) {
+        const auto state = KeepAwakeEvaluator::evaluate({intoGap}, std::nullopt, at(when), kBerlin);
+        ASSERT_TRUE(state.isActive) << when;
+        ASSERT_TRUE(state.until && state.until->isValid()) << when;
+        EXPECT_EQ(*state.until, at("2026-03-29 03:30")) << when;
+        EXPECT_FALSE(awake_text::status(state, at(when)).startsWith(',')) << when;
+    }
+    EXPECT_FALSE(
+        KeepAwakeEvaluator::evaluate({intoGap}, std::nullopt, at("2026-03-29 03:30"), kBerlin)
+            .isActive);
+
+    // On 2026-10-25 02:00 to 03:00 happens twice; the windows still open and close.
+    const auto fromRepeat = schedule(KeepAwakeSchedule::everyDay(), 150, 360);
+    const auto intoRepeat = schedule(KeepAwakeSchedule::everyDay(), 1320, 150);
+    const auto opening =
+        KeepAwakeEvaluator::nextWindowStart({fromRepeat}, at("2026-10-25 01:00"), kBerlin);
+    ASSERT_TRUE(opening && opening->isValid());
+    EXPECT_EQ(opening->time(), QTime(2, 30));
+    const auto end = KeepAwakeEvaluator::openWindowEnd(intoRepeat, at("2026-10-25 01:00"), kBerlin);
+    ASSERT_TRUE(end && end->isValid());
+    EXPECT_EQ(end->toTimeZone(kBerlin).time(), QTime(2, 30));
+    EXPECT_GT(*end, at("2026-10-25 01:00"));
+}
+
+TEST(KeepAwakeEvaluator, TheWeekWrapsFromSaturdayToSunday) {
+    // 2026-03-14 is a Saturday, 2026-03-15 the Sunday after it.
+    EXPECT_EQ(scheduleWeekday(QDate(2026, 3, 14)), 7);
+    EXPECT_EQ(scheduleWeekday(QDate(2026, 3, 15)), 1);
+
+    // Saturday night runs into Sunday morning, though Sunday is not listed.
+    const auto saturdayNight = schedule({7}, 1320, 360);
+    EXPECT_EQ(KeepAwakeEvaluator::openWindowEnd(saturdayNight, at("2026-03-15 03:00"), kBerlin),
+              at("2026-03-15 06:00"));
+    EXPECT_FALSE(KeepAwakeEvaluator::openWindowEnd(saturdayNight, at("2026-03-16 03:00"), kBerlin));
+
+    // From Saturday evening the next windows are on Sunday and Monday of the next week.
+    EXPECT_EQ(KeepAwakeEvaluator::nextWindowStart({schedule({1}, 540, 600)}, at("2026-03-14 20:00"),
+                                                  kBerlin),
+              at("2026-03-15 09:00"));
+    EXPECT_EQ(KeepAwakeEvaluator::nextWindowStart({schedule({2}, 540, 600)}, at("2026-03-14 20:00"),
+                                                  kBerlin),
+              at("2026-03-16 09:00"));
+    // A Sunday window seen from Sunday evening is a week away.
+    EXPECT_EQ(KeepAwakeEvaluator::nextWindowStart({schedule({1}, 540, 600)}, at("2026-03-15 20:00"),
+                                                  kBerlin),
+              at("2026-03-22 09:00"));
+}
+
 TEST(KeepAwakeScheduleStore, RoundTripsAndReportsDamage) {
     auto a = schedule({1, 7}, 1320, 360, "Weekend nights");
     auto b = schedule({2}, 600, 600, "broken but kept");
@@ -154,4 +214,24 @@ TEST(KeepAwakeScheduleStore, RoundTripsAndReportsDamage) {
         EXPECT_TRUE(d.schedules.empty()) << damaged;
         EXPECT_TRUE(d.error.contains("couldn't be read")) << damaged;
     }
+}
+
+TEST(KeepAwakeScheduleStore, NumbersBeyondAnIntAreKeptOutOfRangeNotWrapped) {
+    // 4294967836 is 2^32 + 540 and 4294967297 is 2^32 + 1: wrapped, they would read as 09:00
+    // and Sunday, and the schedule would open.
+    const auto decoded = KeepAwakeScheduleStore::decode(
+        R"([{"id":"8f4c8d52-4a2f-4d59-9a0b-0c9a4f1f2a11","name":"Odd","isEnabled":true,)"
+        R"("weekdays":[2],"startMinutes":4294967836,"endMinutes":600},)"
+        R"({"id":"0b7f5f0e-2a61-4f7e-8a8a-3c3f0a8d9e21","name":"Odd day","isEnabled":true,)"
+        R"("weekdays":[4294967297],"startMinutes":540,"endMinutes":600},)"
+        R"({"id":"5d1e6f2a-7b3c-4e8d-9f0a-1b2c3d4e5f60","name":"Below","isEnabled":true,)"
+        R"("weekdays":[2],"startMinutes":-4294966756,"endMinutes":600}])");
+    EXPECT_TRUE(decoded.error.isEmpty()) << decoded.error.toStdString();
+    ASSERT_EQ(decoded.schedules.size(), 3u);
+    EXPECT_NE(decoded.schedules[0].startMinutes, 540);
+    EXPECT_FALSE(decoded.schedules[0].isValid());
+    EXPECT_FALSE(decoded.schedules[1].weekdays.contains(1));
+    EXPECT_FALSE(decoded.schedules[1].isValid());
+    EXPECT_NE(decoded.schedules[2].startMinutes, 540);
+    EXPECT_FALSE(decoded.schedules[2].isValid());
 }

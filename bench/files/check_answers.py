@@ -130,19 +130,34 @@ def check_dupes(truth, root, data):
 
 
 def check_large(truth, root, data, what, cutoff=None):
-    want = {r["path"]: r["allocated"] for r in truth["large"]["allocated"]
-            if cutoff is None or r["mtime"] <= cutoff}
+    # One row per file: the names of one inode (hard links) are shown as its first name by
+    # path, with a note naming the others.
+    by_inode = {}
+    for r in truth["large"]["allocated"]:
+        if cutoff is None or r["mtime"] <= cutoff:
+            ino = os.lstat(os.path.join(root, r["path"])).st_ino
+            by_inode.setdefault(ino, []).append(r)
+    want, others = {}, {}
+    for rows in by_inode.values():
+        rows.sort(key=lambda r: r["path"])
+        want[rows[0]["path"]] = rows[0]["allocated"]
+        others[rows[0]["path"]] = [r["path"] for r in rows[1:]]
     try:
-        found = {rel(root, f["path"]): f["size"] for f in json.loads(data)}
+        rows = json.loads(data)
+        found = {rel(root, f["path"]): f["size"] for f in rows}
+        notes = {rel(root, f["path"]): f.get("note", "") for f in rows}
     except (TypeError, ValueError) as e:
         return verdict(False, what, f"no JSON ({e})")
     missing = sorted(set(want) - set(found))
     extra = sorted(set(found) - set(want))
     sizes = [p for p in want if p in found and found[p] != want[p]]
-    ok = not missing and not extra and not sizes
-    return verdict(ok, what, f"{len(found)} files" + ("" if ok else
-                   f"; missing {missing[:3]}, not in the truth {extra[:3]}, "
-                   f"wrong sizes {sizes[:3]}"))
+    unnamed = [p for p in want if p in found and
+               any(os.path.join(root, o) not in notes[p] for o in others[p])]
+    ok = not missing and not extra and not sizes and not unnamed
+    linked = sum(1 for o in others.values() if o)
+    return verdict(ok, what, f"{len(found)} files, {linked} with other names in their note" +
+                   ("" if ok else f"; missing {missing[:3]}, not in the truth {extra[:3]}, "
+                    f"wrong sizes {sizes[:3]}, other names not noted {unnamed[:3]}"))
 
 
 def names0(data):

@@ -6,7 +6,6 @@
 #include <QFile>
 #include <algorithm>
 #include <cstring>
-#include <deque>
 #include <limits>
 #include <thread>
 
@@ -40,26 +39,55 @@ private:
     std::size_t left_ = 0;
 };
 
+// Candidates in blocks that never move, allocated a thousand at a time.
+class CandidateBlocks {
+public:
+    DuplicateCandidate& add() {
+        if (used_ == kBlock) {
+            blocks_.emplace_back(new DuplicateCandidate[kBlock]);
+            used_ = 0;
+        }
+        ++size_;
+        return blocks_.back()[used_++];
+    }
+    std::size_t size() const { return size_; }
+    template <typename F> void forEach(const F& use) const {
+        for (std::size_t b = 0; b < blocks_.size(); ++b) {
+            const std::size_t n = b + 1 < blocks_.size() ? kBlock : used_;
+            for (std::size_t i = 0; i < n; ++i) {
+                use(blocks_[b][i]);
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t kBlock = 1024;
+    std::vector<std::unique_ptr<DuplicateCandidate[]>> blocks_;
+    std::size_t used_ = kBlock;
+    std::size_t size_ = 0;
+};
+
 // What one walking thread found.
 struct Listing {
     TextArena text;
-    std::deque<DuplicateCandidate> files;
+    CandidateBlocks files;
     const char* folder = nullptr;
     std::size_t folderLength = 0;
 };
 
 // A file being compared: one name of it, the hard-linked names after it, and its digest so far.
+// Its length and inode are the name's; kept small, as there is one for nearly every file.
 struct Work {
     std::uint32_t name = 0;
     std::uint32_t otherNames = 0;
-    std::int64_t length = 0;
-    std::uint64_t inode = 0;
     Sha256 digest{};
     bool ok = false;
 };
 
-bool sameContents(const Work& a, const Work& b) {
-    return a.length == b.length && a.ok == b.ok && a.digest == b.digest;
+using Names = std::vector<const DuplicateCandidate*>;
+
+bool sameContents(const Work& a, const Work& b, const Names& names) {
+    return names[a.name]->length == names[b.name]->length && a.ok == b.ok && a.digest == b.digest;
 }
 
 std::int64_t age(const DuplicateCandidate& c) {
@@ -68,7 +96,7 @@ std::int64_t age(const DuplicateCandidate& c) {
 
 // Oldest first, ties by path (worked out only for files of the same age).
 void orderOldestFirst(std::vector<Work>::iterator first, std::vector<Work>::iterator last,
-                      const std::vector<const DuplicateCandidate*>& names) {
+                      const Names& names) {
     std::sort(first, last, [&](const Work& a, const Work& b) {
         return age(*names[a.name]) < age(*names[b.name]);
     });
@@ -116,33 +144,35 @@ void parallelFor(std::size_t n, const std::atomic<bool>* cancel, const F& work) 
 }
 
 // Hashes every item: the first 64 KiB (`limit`) or the whole file; near inodes first, which keeps
-// a cold disk from seeking back and forth.
-void digestAll(std::vector<Work>& items, const std::vector<const DuplicateCandidate*>& names,
-               std::int64_t limit, const std::atomic<bool>* cancel,
-               const std::function<void(std::int64_t length)>& done) {
-    std::sort(items.begin(), items.end(),
-              [](const Work& a, const Work& b) { return a.inode < b.inode; });
+// a cold disk from seeking back and forth. Then sorted so that equal contents are neighbours.
+void digestAll(std::vector<Work>& items, const Names& names, std::int64_t limit,
+               const std::atomic<bool>* cancel, const std::function<void(std::int64_t)>& done) {
+    std::sort(items.begin(), items.end(), [&](const Work& a, const Work& b) {
+        return names[a.name]->inode < names[b.name]->inode;
+    });
     parallelFor(items.size(), cancel, [&](std::size_t i) {
         Work& w = items[i];
-        const auto digest = sha256OfFile(names[w.name]->path().c_str(), limit, w.length);
+        const DuplicateCandidate& c = *names[w.name];
+        const auto digest = sha256OfFile(c.path().c_str(), limit, c.length);
         w.ok = digest.has_value();
         if (digest) {
             w.digest = *digest;
         }
-        done(w.length);
+        done(c.length);
     });
-    std::sort(items.begin(), items.end(), [](const Work& a, const Work& b) {
-        return a.length != b.length ? a.length < b.length
-               : a.ok != b.ok       ? a.ok
-                                    : a.digest < b.digest;
+    std::sort(items.begin(), items.end(), [&](const Work& a, const Work& b) {
+        const std::int64_t la = names[a.name]->length;
+        const std::int64_t lb = names[b.name]->length;
+        return la != lb ? la < lb : a.ok != b.ok ? a.ok : a.digest < b.digest;
     });
 }
 
 // Calls `run(first, last)` for every run of at least two hashed items with the same contents.
-template <typename F> void forEachMatch(const std::vector<Work>& items, const F& run) {
+template <typename F>
+void forEachMatch(const std::vector<Work>& items, const Names& names, const F& run) {
     for (std::size_t i = 0; i < items.size();) {
         std::size_t j = i + 1;
-        while (j < items.size() && sameContents(items[i], items[j])) {
+        while (j < items.size() && sameContents(items[i], items[j], names)) {
             ++j;
         }
         if (items[i].ok && j - i > 1) {
@@ -283,7 +313,7 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
             l.folder = l.text.add(folder.data(), folder.size());
             l.folderLength = folder.size();
         }
-        DuplicateCandidate& c = l.files.emplace_back();
+        DuplicateCandidate& c = l.files.add();
         c.folder = l.folder;
         c.name = l.text.add(name, std::strlen(name));
         c.inode = sx.stx_ino;
@@ -301,16 +331,14 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
     // Stage 1: lengths shared by at least two files. The walk stays on one file system, so an
     // inode number is a file: names of one inode (hard links) are sorted next to each other and
     // counted as one file.
-    std::vector<const DuplicateCandidate*>& names = set.names_;
+    Names& names = set.names_;
     std::size_t total = 0;
     for (const Listing& l : storage->listings) {
         total += l.files.size();
     }
     names.reserve(total);
     for (const Listing& l : storage->listings) {
-        for (const DuplicateCandidate& c : l.files) {
-            names.push_back(&c);
-        }
+        l.files.forEach([&names](const DuplicateCandidate& c) { names.push_back(&c); });
     }
     std::sort(names.begin(), names.end(),
               [](const DuplicateCandidate* a, const DuplicateCandidate* b) {
@@ -319,27 +347,37 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
                   }
                   return a->inode != b->inode ? a->inode < b->inode : a->path() < b->path();
               });
-    std::vector<Work> heads;
-    for (std::size_t i = 0; i < names.size();) {
-        std::size_t end = i + 1;
-        std::size_t files = 1;
-        for (; end < names.size() && names[end]->length == names[i]->length; ++end) {
-            files += names[end]->inode != names[end - 1]->inode ? 1 : 0;
+    // One item per file of a length that several files share.
+    const auto forEachSharedLength = [&names](const auto& use) {
+        for (std::size_t i = 0; i < names.size();) {
+            std::size_t end = i + 1;
+            bool shared = false;
+            for (; end < names.size() && names[end]->length == names[i]->length; ++end) {
+                shared = shared || names[end]->inode != names[i]->inode;
+            }
+            if (shared) {
+                use(i, end);
+            }
+            i = end;
         }
-        if (files > 1) {
-            for (std::size_t k = i; k < end;) {
-                Work w;
-                w.name = static_cast<std::uint32_t>(k);
-                w.length = names[k]->length;
-                w.inode = names[k]->inode;
-                for (++k; k < end && names[k]->inode == w.inode; ++k) {
-                    ++w.otherNames;
-                }
-                heads.push_back(w);
+    };
+    std::size_t count = 0;
+    forEachSharedLength([&](std::size_t first, std::size_t last) {
+        for (std::size_t k = first; k < last; ++k) {
+            count += k == first || names[k]->inode != names[k - 1]->inode ? 1 : 0;
+        }
+    });
+    std::vector<Work> heads;
+    heads.reserve(count);
+    forEachSharedLength([&](std::size_t first, std::size_t last) {
+        for (std::size_t k = first; k < last;) {
+            Work& w = heads.emplace_back();
+            w.name = static_cast<std::uint32_t>(k);
+            for (++k; k < last && names[k]->inode == names[w.name]->inode; ++k) {
+                ++w.otherNames;
             }
         }
-        i = end;
-    }
+    });
 
     std::atomic<std::int64_t> compared = 0;
     const auto report = [&](std::int64_t length) {
@@ -349,28 +387,41 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
             onProgress(QStringLiteral("Comparing files"), n);
         }
     };
-    // Stage 2: the first 64 KiB, which is the whole of a short file.
+    // Stage 2: the first 64 KiB, which is the whole of a short file. Matching short files stay
+    // in place at the front; longer ones go on to stage 3.
     digestAll(heads, names, kHead, cancel, report);
-    std::vector<Work> matches;
     std::vector<Work> whole;
-    forEachMatch(heads, [&](std::size_t first, std::size_t last) {
-        auto& into = heads[first].length > kHead ? whole : matches;
-        into.insert(into.end(), heads.begin() + static_cast<std::ptrdiff_t>(first),
-                    heads.begin() + static_cast<std::ptrdiff_t>(last));
+    std::size_t kept = 0;
+    forEachMatch(heads, names, [&](std::size_t first, std::size_t last) {
+        if (names[heads[first].name]->length > kHead) {
+            whole.insert(whole.end(), heads.begin() + static_cast<std::ptrdiff_t>(first),
+                         heads.begin() + static_cast<std::ptrdiff_t>(last));
+        } else {
+            for (std::size_t k = first; k < last; ++k) {
+                heads[kept++] = heads[k]; // kept <= first: only items already passed are written
+            }
+        }
     });
-    heads = {};
+    heads.resize(kept);
+    std::vector<Work>& matches = heads;
     // Stage 3: the whole file.
     digestAll(whole, names, -1, cancel, report);
     if (cancelled()) {
         return {};
     }
     std::vector<std::pair<std::size_t, std::size_t>> runs;
-    forEachMatch(matches,
+    forEachMatch(matches, names,
                  [&](std::size_t first, std::size_t last) { runs.emplace_back(first, last); });
     const std::size_t shortRuns = runs.size();
-    forEachMatch(whole,
+    forEachMatch(whole, names,
                  [&](std::size_t first, std::size_t last) { runs.emplace_back(first, last); });
 
+    std::size_t members = 0;
+    for (const auto& [first, last] : runs) {
+        members += last - first;
+    }
+    set.members_.reserve(members);
+    set.groups_.reserve(runs.size());
     for (std::size_t r = 0; r < runs.size(); ++r) {
         std::vector<Work>& from = r < shortRuns ? matches : whole;
         const auto first = from.begin() + static_cast<std::ptrdiff_t>(runs[r].first);
@@ -378,7 +429,7 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
         orderOldestFirst(first, last, names);
         DuplicateSet::Group g;
         g.digest = first->digest;
-        g.length = first->length;
+        g.length = names[first->name]->length;
         g.first = set.members_.size();
         g.count = static_cast<std::uint32_t>(last - first);
         for (auto w = first; w != last; ++w) {

@@ -5,7 +5,6 @@
 #include <memory>
 #include <openssl/evp.h>
 #include <unistd.h>
-#include <vector>
 
 namespace tarvik {
 namespace {
@@ -45,7 +44,9 @@ ssize_t readFully(int fd, char* into, std::size_t want) {
 std::optional<Sha256> sha256OfFile(const char* path, std::int64_t limit,
                                    std::optional<std::int64_t> expectedLength) {
     thread_local std::unique_ptr<EVP_MD_CTX, ContextFree> context(EVP_MD_CTX_new());
-    thread_local std::vector<char> buffer(kChunk);
+    // Not zeroed: a buffer only ever read into, so the pages a short file never reaches stay
+    // untouched and cost no memory.
+    thread_local std::unique_ptr<char[]> buffer(new char[kChunk]);
     EVP_MD_CTX* ctx = context.get();
     if (ctx == nullptr || EVP_DigestInit_ex(ctx, sha256Method(), nullptr) != 1) {
         return std::nullopt;
@@ -69,8 +70,8 @@ std::optional<Sha256> sha256OfFile(const char* path, std::int64_t limit,
         const std::size_t want =
             wanted < 0 ? kChunk
                        : static_cast<std::size_t>(std::min<std::int64_t>(kChunk, wanted - total));
-        const ssize_t n = readFully(fd, buffer.data(), want);
-        ok = n >= 0 && EVP_DigestUpdate(ctx, buffer.data(), static_cast<std::size_t>(n)) == 1;
+        const ssize_t n = readFully(fd, buffer.get(), want);
+        ok = n >= 0 && EVP_DigestUpdate(ctx, buffer.get(), static_cast<std::size_t>(n)) == 1;
         total += n;
         if (n < static_cast<ssize_t>(want)) {
             break; // the end of the file

@@ -120,7 +120,9 @@ void orderOldestFirst(std::vector<Work>::iterator first, std::vector<Work>::iter
     }
 }
 
-// Runs `work(i)` for i in [0, n) on a few threads; stops early when cancelled.
+// Runs `work(i)` for i in [0, n) on more threads than cores: reading files from a cold disk
+// waits far more than it hashes, and the disk serves several reads at once. Stops early when
+// cancelled.
 template <typename F>
 void parallelFor(std::size_t n, const std::atomic<bool>* cancel, const F& work) {
     std::atomic<std::size_t> next = 0;
@@ -132,7 +134,7 @@ void parallelFor(std::size_t n, const std::atomic<bool>* cancel, const F& work) 
             work(i);
         }
     };
-    const unsigned threads = std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
+    const unsigned threads = std::clamp(std::thread::hardware_concurrency() * 4, 4U, 16U);
     std::vector<std::thread> pool;
     for (unsigned t = 1; t < threads && t < n; ++t) {
         pool.emplace_back(run);

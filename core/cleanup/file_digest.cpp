@@ -9,7 +9,8 @@
 namespace tarvik {
 namespace {
 
-constexpr std::size_t kChunk = 1'048'576;
+// Well under the 1 MiB the reads may take: many threads hash at once, each with its buffer.
+constexpr std::size_t kChunk = 256 * 1024;
 
 const EVP_MD* sha256Method() {
     static const EVP_MD* md = [] {

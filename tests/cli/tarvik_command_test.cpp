@@ -18,6 +18,7 @@
 #include <QThread>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using tarvik::test::readAll;
 using tarvik::test::writeFile;
@@ -51,7 +52,7 @@ protected:
         if (input_.isEmpty()) {
             p.setStandardInputFile(QProcess::nullDevice());
         }
-        p.start(program_, args);
+        p.start(program_, prefix_ + args);
         if (!input_.isEmpty()) {
             p.write(input_);
             p.closeWriteChannel();
@@ -71,6 +72,7 @@ protected:
     }
     QTemporaryDir home_;
     QString program_ = TARVIK_BINARY;
+    QStringList prefix_; // arguments before the command's own (when program_ runs tarvik)
     std::map<QString, QString> env_; // added to the child's environment
     QByteArray input_;               // the child's standard input, when not empty
 };
@@ -680,6 +682,33 @@ TEST_F(TarvikCommand, LargeAndDupesFindAndDupesDeleteKeepsTheOriginal) {
     EXPECT_FALSE(QFile::exists(home_.path() + "/Documents/second.iso"));
     EXPECT_TRUE(QFile::exists(home_.path() + "/Downloads/first.iso"));
     EXPECT_TRUE(tarvik({"dupes"}).out.contains("No duplicates found."));
+}
+
+TEST_F(TarvikCommand, DupesLeavesOutACopyItCannotRead) {
+    const QByteArray data(70'000, 'r');
+    writeFile(home_.path() + "/Documents/report.pdf", data);
+    writeFile(home_.path() + "/Downloads/report.pdf", data);
+    writeFile(home_.path() + "/Private/report.pdf", data);
+    QFile::setPermissions(home_.path() + "/Private/report.pdf", {});
+    if (::geteuid() == 0) {
+        // Root reads everything: run as nobody, as a user would.
+        QFile::setPermissions(home_.path(), QFile::permissions(home_.path()) |
+                                                QFileDevice::ReadOther | QFileDevice::ExeOther);
+        program_ = QStandardPaths::findExecutable("setpriv");
+        if (program_.isEmpty()) {
+            GTEST_SKIP() << "setpriv (util-linux) is needed to run as another user";
+        }
+        prefix_ = {"--reuid=65534", "--regid=65534", "--clear-groups", TARVIK_BINARY};
+    }
+    const Outcome dupes = tarvik({"dupes", "--min", "1", "--json"});
+    ASSERT_EQ(dupes.exitCode, 0) << dupes.err.toStdString();
+    const QJsonArray groups = QJsonDocument::fromJson(dupes.out.toUtf8()).array();
+    ASSERT_EQ(groups.size(), 1) << dupes.out.toStdString();
+    const QJsonArray files = groups[0].toObject()["files"].toArray();
+    ASSERT_EQ(files.size(), 2);
+    for (const auto& f : files) {
+        EXPECT_FALSE(f.toObject()["path"].toString().contains("/Private/"));
+    }
 }
 
 TEST_F(TarvikCommand, AwakeSchedulesAreAddedListedAndRemoved) {

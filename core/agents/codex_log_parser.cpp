@@ -1,6 +1,5 @@
 #include "core/agents/codex_log_parser.h"
 
-#include "core/agents/log_lines.h"
 #include "core/agents/usage_json.h"
 
 #include <QJsonDocument>
@@ -9,11 +8,15 @@
 
 namespace tarvik {
 
+const LogLines::Markers& CodexLogParser::markers() {
+    static const LogLines::Markers kMarkers{"\"token_count\"", "\"turn_context\"",
+                                            "\"session_meta\""};
+    return kMarkers;
+}
+
 std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line) {
     // Most lines are messages and tool calls; only these three kinds are worth parsing.
-    if (!LogLines::mentions(line, "\"token_count\"") &&
-        !LogLines::mentions(line, "\"turn_context\"") &&
-        !LogLines::mentions(line, "\"session_meta\"")) {
+    if (!markers().in(line)) {
         return std::nullopt;
     }
     const QJsonObject root =

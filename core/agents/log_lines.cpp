@@ -36,7 +36,11 @@ Markers::Markers(std::initializer_list<std::string_view> markers) {
     for (std::string_view m : markers) {
         // Quotes are the commonest bytes in JSON: the letters inside them rule out more places.
         const bool quoted = m.size() >= 4;
-        probes_.push_back({m, std::size_t{quoted ? 1U : 0U}, quoted ? m.size() - 2 : m.size() - 1});
+        Probe probe{m, std::size_t{quoted ? 1U : 0U}, quoted ? m.size() - 2 : m.size() - 1, {}};
+        std::memset(probe.wanted[0], m[0], 16);
+        std::memset(probe.wanted[1], m[probe.first], 16);
+        std::memset(probe.wanted[2], m[probe.second], 16);
+        probes_.push_back(probe);
         longest_ = std::max(longest_, m.size());
     }
 }
@@ -58,22 +62,28 @@ const char* Markers::find(const char* begin, const char* end) const {
     };
     const char* p = begin;
 #if defined(__SSE2__)
-    // 16 places at a time: both letters of a marker and its first byte must be where they
-    // belong.
-    for (; end - p >= static_cast<std::ptrdiff_t>(16 + longest_); p += 16) {
-        unsigned candidates = 0;
+    // 32 places at a time: a marker's first byte and both letters must be where they belong.
+    auto candidates = [&](const char* block) {
+        unsigned mask = 0;
         for (const Probe& probe : probes_) {
-            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + probe.first));
-            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + probe.second));
-            const __m128i c = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-            const __m128i hit = _mm_and_si128(
-                _mm_and_si128(_mm_cmpeq_epi8(a, _mm_set1_epi8(probe.text[probe.first])),
-                              _mm_cmpeq_epi8(b, _mm_set1_epi8(probe.text[probe.second]))),
-                _mm_cmpeq_epi8(c, _mm_set1_epi8(probe.text[0])));
-            candidates |= static_cast<unsigned>(_mm_movemask_epi8(hit));
+            auto load = [](const char* b) {
+                return _mm_loadu_si128(reinterpret_cast<const __m128i*>(b));
+            };
+            auto want = [&](int i) {
+                return _mm_load_si128(reinterpret_cast<const __m128i*>(probe.wanted[i]));
+            };
+            const __m128i hit =
+                _mm_and_si128(_mm_and_si128(_mm_cmpeq_epi8(load(block), want(0)),
+                                            _mm_cmpeq_epi8(load(block + probe.first), want(1))),
+                              _mm_cmpeq_epi8(load(block + probe.second), want(2)));
+            mask |= static_cast<unsigned>(_mm_movemask_epi8(hit));
         }
-        for (; candidates != 0; candidates &= candidates - 1) {
-            const char* q = p + __builtin_ctz(candidates);
+        return mask;
+    };
+    for (; end - p >= static_cast<std::ptrdiff_t>(32 + longest_); p += 32) {
+        for (unsigned mask = candidates(p) | candidates(p + 16) << 16; mask != 0;
+             mask &= mask - 1) {
+            const char* q = p + __builtin_ctz(mask);
             if (at(q)) {
                 return q;
             }

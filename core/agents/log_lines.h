@@ -27,6 +27,8 @@ private:
         std::string_view text;
         std::size_t first; // offsets of the two letters compared at once
         std::size_t second;
+        // The first byte and the two letters, each 16 times over, ready to compare with.
+        alignas(16) char wanted[3][16];
     };
     std::vector<Probe> probes_;
     std::size_t longest_ = 0;

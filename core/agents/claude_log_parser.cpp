@@ -35,11 +35,45 @@ QString text(std::string_view s) {
     return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
 }
 
+// A time stamp written as text: ISO 8601 (read by hand when in the usual layout) or a number of
+// seconds.
+std::optional<QDateTime> stringDate(std::string_view s) {
+    if (auto d = UsageJSON::isoDate(s)) {
+        return d;
+    }
+    bool number = false;
+    const QString t = text(s);
+    const double seconds = t.toDouble(&number);
+    return UsageJSON::date(number ? QJsonValue(seconds) : QJsonValue(t));
+}
+
+// A time stamp written as a number of seconds, to the millisecond.
+std::optional<QDateTime> secondsDate(double seconds) {
+    return UsageJSON::date(QJsonValue(QString::number(seconds, 'f', 3).toDouble()));
+}
+
+// A session keeps to one or two models: their names are converted once per thread and then
+// shared.
+QString modelName(std::string_view s) {
+    thread_local std::string lastText;
+    thread_local QString last;
+    if (s != lastText) {
+        lastText.assign(s);
+        last = text(s);
+    }
+    return last;
+}
+
 } // namespace
+
+const LogLines::Markers& ClaudeLogParser::markers() {
+    static const LogLines::Markers kMarkers{"\"usage\""};
+    return kMarkers;
+}
 
 std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView line) {
     // Most lines are prompts, tool output and summaries; they are passed over unparsed.
-    if (!LogLines::mentions(line, "\"usage\"")) {
+    if (!markers().in(line)) {
         return std::nullopt;
     }
     // The parser reads a little past the end of its input: one padded copy per thread.
@@ -59,10 +93,12 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
     Answer a;
     TokenUsageEvent& e = a.event;
     e.provider = AgentProvider::Claude;
-    QString messageId;
+    std::string_view messageId;
     bool haveUsage = false;
-    std::optional<QString> timestamp;
-    QString requestId;
+    enum class Stamp { None, Text, Seconds } stamp = Stamp::None;
+    std::string_view stampText;
+    double stampSeconds = 0;
+    std::string_view requestId;
     // One pass over the fields in the order they come.
     for (auto field : root) {
         std::string_view key;
@@ -81,9 +117,9 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
                 }
                 std::string_view s;
                 if (name == "id" && m.value().get_string().get(s) == simdjson::SUCCESS) {
-                    messageId = text(s);
+                    messageId = s;
                 } else if (name == "model" && m.value().get_string().get(s) == simdjson::SUCCESS) {
-                    e.model = text(s);
+                    e.model = modelName(s);
                 } else if (name == "usage") {
                     od::object usage;
                     if (m.value().get_object().get(usage) != simdjson::SUCCESS) {
@@ -99,17 +135,19 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
         } else if (key == "timestamp") {
             std::string_view s;
             if (field.value().get_string().get(s) == simdjson::SUCCESS) {
-                timestamp = text(s);
+                stamp = Stamp::Text;
+                stampText = s;
             } else {
                 double seconds = 0;
                 if (field.value().get_double().get(seconds) == simdjson::SUCCESS) {
-                    timestamp = QString::number(seconds, 'f', 3);
+                    stamp = Stamp::Seconds;
+                    stampSeconds = seconds;
                 }
             }
         } else if (key == "requestId") {
             std::string_view s;
             if (field.value().get_string().get(s) == simdjson::SUCCESS) {
-                requestId = text(s);
+                requestId = s;
             }
         }
     }
@@ -120,36 +158,31 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
         e.model = QStringLiteral("unknown");
     }
     // Claude Code's own notices ("<synthetic>") cost nothing.
-    if (e.model == QLatin1String("<synthetic>") || !timestamp) {
+    if (e.model == QLatin1String("<synthetic>") || stamp == Stamp::None) {
         return std::nullopt;
     }
-    bool number = false;
-    const double seconds = timestamp->toDouble(&number);
-    const auto date = UsageJSON::date(number ? QJsonValue(seconds) : QJsonValue(*timestamp));
+    const auto date = stamp == Stamp::Text ? stringDate(stampText) : secondsDate(stampSeconds);
     if (!date) {
         return std::nullopt;
     }
     e.date = *date;
-    if (!messageId.isEmpty()) {
-        a.key = messageId + QLatin1Char(':') + requestId;
+    if (!messageId.empty()) {
+        a.key.reserve(messageId.size() + 1 + requestId.size());
+        a.key.append(messageId).append(1, ':').append(requestId);
     }
     return a;
 }
 
-bool ClaudeLogParser::firstTime(const QString& key) {
-    if (key.isEmpty()) {
+bool ClaudeLogParser::firstTime(std::string&& key) {
+    if (key.empty()) {
         return true; // without a message id there is nothing to tell a repeat by
     }
-    if (seen_.contains(key)) {
-        return false;
-    }
-    seen_.insert(key);
-    return true;
+    return seen_.insert(std::move(key)).second;
 }
 
 std::optional<TokenUsageEvent> ClaudeLogParser::event(QByteArrayView line) {
     auto a = answer(line);
-    if (!a || !firstTime(a->key)) {
+    if (!a || !firstTime(std::move(a->key))) {
         return std::nullopt;
     }
     return std::move(a->event);

@@ -1,46 +1,81 @@
 #include "core/agents/codex_log_parser.h"
 
-#include "core/agents/log_lines.h"
 #include "core/agents/usage_json.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <QJsonValue>
 #include <algorithm>
+#include <cmath>
+#include <simdjson.h>
+#include <string>
 
 namespace tarvik {
+namespace {
+
+namespace dom = simdjson::dom;
+// A value looked up by key: an error, not a value, when a key or an object on the way is missing.
+using Value = simdjson::simdjson_result<dom::element>;
+
+std::string_view string(const Value& value) {
+    std::string_view s;
+    return value.get_string().get(s) == simdjson::SUCCESS ? s : std::string_view();
+}
+
+// A JSON number, or a string holding one, as a token count, as tokenCount() reads it.
+std::int64_t count(const Value& value) {
+    double n = 0;
+    if (value.get_double().get(n) == simdjson::SUCCESS) {
+        return tokenCount(QJsonValue(n));
+    }
+    if (!value.is_string()) {
+        return 0;
+    }
+    const std::string_view s = string(value);
+    return tokenCount(QJsonValue(QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()))));
+}
+
+} // namespace
+
+const LogLines::Markers& CodexLogParser::markers() {
+    static const LogLines::Markers kMarkers{"\"token_count\"", "\"turn_context\"",
+                                            "\"session_meta\""};
+    return kMarkers;
+}
 
 std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line) {
     // Most lines are messages and tool calls; only these three kinds are worth parsing.
-    if (!LogLines::mentions(line, "\"token_count\"") &&
-        !LogLines::mentions(line, "\"turn_context\"") &&
-        !LogLines::mentions(line, "\"session_meta\"")) {
+    if (!markers().in(line)) {
         return std::nullopt;
     }
-    const QJsonObject root =
-        QJsonDocument::fromJson(QByteArray::fromRawData(line.data(), line.size())).object();
-    const QJsonObject payload = root.value(QLatin1String("payload")).toObject();
-    const QString type = root.value(QLatin1String("type")).toString();
-    if (type == QLatin1String("turn_context") || type == QLatin1String("session_meta")) {
+    // The whole line is checked, as a line cut off mid-write must not count; the parser reads a
+    // little past the end of its input: one padded copy per thread.
+    thread_local dom::parser parser;
+    thread_local std::string padded;
+    padded.assign(line.data(), static_cast<std::size_t>(line.size()));
+    padded.append(simdjson::SIMDJSON_PADDING, ' ');
+    const Value root = parser.parse(padded.data(), static_cast<std::size_t>(line.size()), false);
+    if (!root.is_object()) {
+        return std::nullopt;
+    }
+    const Value payload = root["payload"];
+    const std::string_view type = string(root["type"]);
+    if (type == "turn_context" || type == "session_meta") {
         // Older logs name the model only once, in the session's first line.
-        const QString model = payload.value(QLatin1String("model")).toString();
-        if (!model.isEmpty()) {
-            model_ = model;
+        const std::string_view model = string(payload["model"]);
+        if (!model.empty()) {
+            model_ = QString::fromUtf8(model.data(), static_cast<qsizetype>(model.size()));
         }
         return std::nullopt;
     }
-    if (payload.value(QLatin1String("type")).toString() != QLatin1String("token_count")) {
+    if (string(payload["type"]) != "token_count") {
         return std::nullopt;
     }
     // Some token_count events carry only rate limits, with "info" null.
-    const QJsonValue totalsValue =
-        payload.value(QLatin1String("info")).toObject().value(QLatin1String("total_token_usage"));
-    if (!totalsValue.isObject()) {
+    const Value usage = payload["info"]["total_token_usage"];
+    if (!usage.is_object()) {
         return std::nullopt;
     }
-    const QJsonObject usage = totalsValue.toObject();
-    const Totals now{tokenCount(usage.value(QLatin1String("input_tokens"))),
-                     tokenCount(usage.value(QLatin1String("cached_input_tokens"))),
-                     tokenCount(usage.value(QLatin1String("output_tokens")))};
+    const Totals now{count(usage["input_tokens"]), count(usage["cached_input_tokens"]),
+                     count(usage["output_tokens"])};
     // Totals that went down mean Codex started counting afresh.
     Totals before = previous_.value_or(Totals{});
     if (now.input < before.input || now.cached < before.cached || now.output < before.output) {
@@ -54,7 +89,12 @@ std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line) {
     if (input + output < 1) {
         return std::nullopt;
     }
-    const auto date = UsageJSON::date(root.value(QLatin1String("timestamp")));
+    const Value stamp = root["timestamp"];
+    double seconds = 0;
+    const auto date = stamp.get_double().get(seconds) == simdjson::SUCCESS
+                          ? UsageJSON::date(QJsonValue(seconds))
+                      : stamp.is_string() ? UsageJSON::date(string(stamp))
+                                          : std::nullopt;
     if (!date) {
         return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/agents/log_lines.h"
 #include "core/agents/token_usage.h"
 
 #include <QByteArrayView>
@@ -14,6 +15,8 @@ namespace tarvik {
 // growth of the totals since the previous event.
 class CodexLogParser {
 public:
+    // What the lines worth parsing hold; the others are passed over unparsed.
+    static const LogLines::Markers& markers();
     // The tokens this line adds, or none.
     std::optional<TokenUsageEvent> event(QByteArrayView line);
 

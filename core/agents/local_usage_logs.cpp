@@ -8,6 +8,9 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <iterator>
+#include <numeric>
+#include <sys/stat.h>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -36,59 +39,76 @@ std::filesystem::path codexSessionsFolder() {
     return AgentFolders::codexHome() / "sessions";
 }
 
-std::vector<std::filesystem::path> logFiles(const std::filesystem::path& folder,
-                                            const QDateTime& since) {
+std::vector<LogFile> logFiles(const std::filesystem::path& folder, const QDateTime& since) {
     using namespace std::chrono;
     const bool everything = !since.isValid();
     const auto threshold =
         everything
             ? file_clock::time_point::min()
             : file_clock::from_sys(sys_time<milliseconds>(milliseconds(since.toMSecsSinceEpoch())));
-    std::vector<std::filesystem::path> out;
+    std::vector<LogFile> out;
     std::error_code ec;
     const auto options = std::filesystem::directory_options::skip_permission_denied;
     for (auto it = std::filesystem::recursive_directory_iterator(folder, options, ec);
          !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
-        if (it->path().extension() != ".jsonl" || !it->is_regular_file(ec)) {
+        if (it->path().extension() != ".jsonl") {
             continue;
         }
-        // Old sessions are passed over by their time stamp, without being opened.
-        const auto changed = it->last_write_time(ec);
-        if (!ec && (everything || changed >= threshold)) {
-            out.push_back(it->path());
+        // One stat for kind, age and size. Old sessions are passed over by their time stamp,
+        // without being opened.
+        struct stat st {};
+        if (::stat(it->path().c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
+            continue;
+        }
+        const auto changed = file_clock::from_sys(
+            sys_time<nanoseconds>(seconds(st.st_mtim.tv_sec) + nanoseconds(st.st_mtim.tv_nsec)));
+        if (everything || changed >= threshold) {
+            out.push_back({it->path(), static_cast<std::uintmax_t>(st.st_size)});
         }
     }
     return out;
 }
 
 std::vector<TokenUsageEvent> events(const QDateTime& since) {
-    // Files are read on every core; repeats are then dropped in file order, as one reader would.
-    std::vector<std::filesystem::path> claudeFiles;
+    // Files are read on every core, largest first so no thread is left with a long one at the
+    // end; repeats are then dropped in the order the files were listed, as one reader would.
+    std::vector<LogFile> claudeFiles;
     for (const auto& folder : claudeProjectFolders()) {
-        const auto files = logFiles(folder, since);
-        claudeFiles.insert(claudeFiles.end(), files.begin(), files.end());
+        auto files = logFiles(folder, since);
+        std::move(files.begin(), files.end(), std::back_inserter(claudeFiles));
     }
     const auto codexFiles = logFiles(codexSessionsFolder(), since);
     std::vector<std::vector<ClaudeLogParser::Answer>> answers(claudeFiles.size());
     std::vector<std::vector<TokenUsageEvent>> codexEvents(codexFiles.size());
     const std::size_t total = claudeFiles.size() + codexFiles.size();
+    auto sizeOf = [&](std::size_t i) {
+        return i < claudeFiles.size() ? claudeFiles[i].size
+                                      : codexFiles[i - claudeFiles.size()].size;
+    };
+    std::vector<std::size_t> order(total);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t a, std::size_t b) { return sizeOf(a) > sizeOf(b); });
     std::atomic<std::size_t> next = 0;
     auto work = [&] {
-        for (std::size_t i; (i = next++) < total;) {
+        for (std::size_t n; (n = next++) < total;) {
+            const std::size_t i = order[n];
             if (i < claudeFiles.size()) {
-                LogLines::forEach(claudeFiles[i], [&](QByteArrayView line) {
-                    if (auto a = ClaudeLogParser::answer(line)) {
-                        answers[i].push_back(std::move(*a));
-                    }
-                });
+                LogLines::forEach(claudeFiles[i].path, ClaudeLogParser::markers(),
+                                  [&](QByteArrayView line) {
+                                      if (auto a = ClaudeLogParser::answer(line)) {
+                                          answers[i].push_back(std::move(*a));
+                                      }
+                                  });
             } else {
                 const std::size_t k = i - claudeFiles.size();
                 CodexLogParser codex; // totals run per session file
-                LogLines::forEach(codexFiles[k], [&](QByteArrayView line) {
-                    if (auto e = codex.event(line)) {
-                        codexEvents[k].push_back(std::move(*e));
-                    }
-                });
+                LogLines::forEach(codexFiles[k].path, CodexLogParser::markers(),
+                                  [&](QByteArrayView line) {
+                                      if (auto e = codex.event(line)) {
+                                          codexEvents[k].push_back(std::move(*e));
+                                      }
+                                  });
             }
         }
     };
@@ -105,7 +125,7 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
     ClaudeLogParser claude; // one for all files: repeats across sessions count once
     for (auto& file : answers) {
         for (auto& a : file) {
-            if (claude.firstTime(a.key)) {
+            if (claude.firstTime(std::move(a.key))) {
                 out.push_back(std::move(a.event));
             }
         }

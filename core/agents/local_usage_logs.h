@@ -3,6 +3,7 @@
 #include "core/agents/token_usage.h"
 
 #include <QDateTime>
+#include <cstdint>
 #include <filesystem>
 #include <vector>
 
@@ -15,10 +16,13 @@ namespace tarvik::LocalUsageLogs {
 std::vector<std::filesystem::path> claudeProjectFolders();
 // "sessions" in $CODEX_HOME or ~/.codex.
 std::filesystem::path codexSessionsFolder();
+struct LogFile {
+    std::filesystem::path path;
+    std::uintmax_t size = 0; // bytes, when listed
+};
 // The ".jsonl" files anywhere under `folder` last changed at or after `since` (all of them when
 // `since` is invalid). A missing or unreadable folder has none.
-std::vector<std::filesystem::path> logFiles(const std::filesystem::path& folder,
-                                            const QDateTime& since);
+std::vector<LogFile> logFiles(const std::filesystem::path& folder, const QDateTime& since);
 // Every Claude Code and Codex event in the logs changed since `since`. A file holds events from
 // before its last change, so the caller still picks events by date.
 std::vector<TokenUsageEvent> events(const QDateTime& since);

@@ -48,6 +48,27 @@ TEST(ClaudeLogParser, ReadsTheAnswersTokensModelAndDate) {
     EXPECT_EQ(bare->totalTokens(), 5);
 }
 
+TEST(ClaudeLogParser, TimeStampsInAnyZoneToTheMillisecondOrInSeconds) {
+    ClaudeLogParser parser;
+    auto at = [&](const char* id, const char* timestamp) {
+        const auto e =
+            parser.event(line(id, "req", "claude-sonnet-4-5", R"({"input_tokens":1})", timestamp));
+        return e ? e->date : QDateTime();
+    };
+    const QDateTime utc(QDate(2025, 9, 30), QTime(22, 15, 0, 457), Qt::UTC);
+    EXPECT_EQ(at("m1", "2025-10-01T01:45:00.456789+03:30"), utc);
+    EXPECT_EQ(at("m2", "2025-09-30T20:15:00.4566-02:00"), utc);
+    EXPECT_EQ(at("m3", "2025-09-30T22:15:00.457Z"), utc);
+    EXPECT_EQ(at("m4", "2025-09-30T23:59:59.9996Z"),
+              QDateTime(QDate(2025, 10, 1), QTime(0, 0), Qt::UTC));
+    // A number of seconds, as text or as a number.
+    EXPECT_EQ(at("m5", "1759270500.457"), utc);
+    const auto number = parser.event(
+        R"({"timestamp":1759270500.457,"message":{"id":"m6","usage":{"input_tokens":1}}})");
+    ASSERT_TRUE(number);
+    EXPECT_EQ(number->date, utc);
+}
+
 TEST(ClaudeLogParser, TwoLinesWithOneMessageAndRequestIdCountOnce) {
     ClaudeLogParser parser;
     EXPECT_TRUE(parser.event(line("msg_1", "req_1")));
@@ -78,6 +99,8 @@ TEST(ClaudeLogParser, SyntheticUndatedAndMalformedLinesAreSkipped) {
                               R"("timestamp":"2025-10-01T09:30:12Z"})"));
     EXPECT_FALSE(parser.event(R"(["usage",{"input_tokens":1}])"));
     EXPECT_FALSE(parser.event(R"({"usage":{"input_tokens":1},"timestamp":"2025-10-01"})"));
+    EXPECT_FALSE(parser.event(line("msg_5", "req_5", "claude-sonnet-4-5", R"({"input_tokens":1})",
+                                   "2025-02-29T09:30:12Z"))); // no such day
     EXPECT_FALSE(parser.event(""));
     EXPECT_FALSE(parser.event("\x00\xff\"usage\"\x01"));
 }

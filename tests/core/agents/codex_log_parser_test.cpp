@@ -86,15 +86,16 @@ TEST(CodexLogParser, TheModelInUseAndLinesThatAddNothing) {
         R"({"timestamp":"2025-09-18T10:06:00Z","type":"response_item",)"
         R"("payload":{"type":"function_call","name":"token_count","arguments":"{}"}})";
     const auto e = read({
-        totals(100, 0, 10),          // before any turn context
-        turnContext("gpt-5-codex"),  //
-        totals(100, 0, 10),          // unchanged: nothing
-        noInfo,                      // rate limits only: nothing, totals kept
-        chat,                        //
-        "{\"type\":\"token_count\"", // cut off
-        totals(160, 0, 10),          //
-        turnContext("gpt-5"),        //
-        totals(160, 50, 10),         // only the cached count grew: nothing
+        totals(100, 0, 10),            // before any turn context
+        turnContext("gpt-5-codex"),    //
+        totals(100, 0, 10),            // unchanged: nothing
+        noInfo,                        // rate limits only: nothing, totals kept
+        chat,                          //
+        "{\"type\":\"token_count\"",   // cut off
+        totals(150, 0, 10).chopped(3), // cut off after its totals
+        totals(160, 0, 10),            //
+        turnContext("gpt-5"),          //
+        totals(160, 50, 10),           // only the cached count grew: nothing
         totals(170, 50, 15, "not a date"), totals(200, 50, 25), //
     });
     ASSERT_EQ(e.size(), 3u);

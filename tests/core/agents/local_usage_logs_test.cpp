@@ -8,8 +8,12 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+#include <string>
 #include <sys/inotify.h>
 #include <unistd.h>
 
@@ -164,6 +168,111 @@ TEST(LogLines, LinesAcrossReadBlocksAndLongerThanABlockComeWhole) {
     EXPECT_TRUE(lines == expected);
     EXPECT_FALSE(LogLines::forEach(home.path().toStdString() + "/missing.jsonl",
                                    [](QByteArrayView) { ADD_FAILURE(); }));
+}
+
+TEST(LogLines, MarkersAreFoundWhereverTheyStandAsMemmemFindsThem) {
+    const LogLines::Markers markers{"\"usage\"", "\"turn_context\""};
+    // Text full of near misses ("usage" unquoted, quotes five apart), with markers placed at
+    // every offset of a 16-byte block and right at the end.
+    std::mt19937 random(7);
+    const char* pieces[] = {
+        "\"usage\"", "usage", "\"usag\"", "\"u   e\"", "\"turn_context\"", "\"turn_contex\"", "xx",
+        "\"",        "e",     "u",        "\"\"",      "\\\"usage\\\""};
+    for (int round = 0; round < 400; ++round) {
+        std::string text(random() % 80, ' ');
+        while (text.size() < 200) {
+            text += pieces[random() % std::size(pieces)];
+        }
+        text.resize(random() % text.size() + 1);
+        for (std::size_t from = 0; from <= text.size(); ++from) {
+            const char* begin = text.data() + from;
+            const char* end = text.data() + text.size();
+            const char* expected = nullptr;
+            for (std::string_view m : {"\"usage\"", "\"turn_context\""}) {
+                const auto* hit = static_cast<const char*>(
+                    ::memmem(begin, static_cast<std::size_t>(end - begin), m.data(), m.size()));
+                if (hit && (!expected || hit < expected)) {
+                    expected = hit;
+                }
+            }
+            ASSERT_EQ(markers.find(begin, end), expected) << text << " from " << from;
+        }
+    }
+    EXPECT_TRUE(markers.in("{\"usage\"}"));
+    EXPECT_FALSE(markers.in("{\"usage"));
+    EXPECT_FALSE(markers.in(""));
+    const char* ab = "ab";
+    EXPECT_EQ(LogLines::Markers().find(ab, ab + 2), ab); // no markers: every place
+}
+
+TEST(LogLines, OnlyTheLinesWithAMarkerComeWholeAcrossReadBlocks) {
+    TempHome home;
+    // Megabytes of lines, some with a marker: one longer than a read block, one that straddles
+    // the end of the first block, one first and one last, without a final line break.
+    const LogLines::Markers markers{"\"usage\""};
+    QByteArray text = "{\"usage\":1}\n";
+    for (int i = 0; i < 60'000; ++i) {
+        text += QByteArray::number(i) + (i % 9 == 0 ? " \"usage\" " : " other ") +
+                QByteArray(i % 31, 'x') + (i % 2 ? "\r\n" : "\n");
+        if (i == 20'000) {
+            text += QByteArray(3'000'000, 'y') + "\"usage\"" + QByteArray(10, 'z') + "\n";
+        }
+        if (text.size() > (1 << 20) - 20 && text.size() < (1 << 20)) {
+            text += "\"usage\" across the block\n";
+        }
+    }
+    text += "last \"usage\"";
+    const QString path = home.path() + "/big.jsonl";
+    writeFile(path, text);
+
+    std::vector<QByteArray> all;
+    ASSERT_TRUE(LogLines::forEach(path.toStdString(),
+                                  [&](QByteArrayView l) { all.push_back(l.toByteArray()); }));
+    std::vector<QByteArray> expected;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(expected),
+                 [&](const QByteArray& l) { return markers.in(l); });
+    std::vector<QByteArray> lines;
+    ASSERT_TRUE(LogLines::forEach(path.toStdString(), markers,
+                                  [&](QByteArrayView l) { lines.push_back(l.toByteArray()); }));
+    EXPECT_GT(expected.size(), 6'000u);
+    EXPECT_TRUE(lines == expected);
+    EXPECT_EQ(lines.front(), "{\"usage\":1}");
+    EXPECT_EQ(lines.back(), "last \"usage\"");
+
+    // An empty file has no lines.
+    writeFile(home.path() + "/empty.jsonl", {});
+    EXPECT_TRUE(LogLines::forEach((home.path() + "/empty.jsonl").toStdString(), markers,
+                                  [](QByteArrayView) { ADD_FAILURE(); }));
+}
+
+TEST(LogLines, AFileCutShortWhileItIsReadEndsTheRead) {
+    TempHome home;
+    // A session log can be rewritten while it is read; what was read stays whole.
+    QByteArray text;
+    for (int i = 0; i < 200'000; ++i) {
+        text += "{\"usage\":" + QByteArray::number(i) + "}\n";
+    }
+    const QString path = home.path() + "/live.jsonl";
+    writeFile(path, text);
+    std::vector<QByteArray> lines;
+    EXPECT_TRUE(LogLines::forEach(path.toStdString(), LogLines::Markers{"\"usage\""},
+                                  [&](QByteArrayView l) {
+                                      if (lines.empty()) {
+                                          fs::resize_file(path.toStdString(), 100);
+                                      }
+                                      lines.push_back(l.toByteArray());
+                                  }));
+    // The lines of the blocks already read, the last one as far as it was read.
+    ASSERT_GT(lines.size(), 1u);
+    EXPECT_LT(lines.size(), 200'000u);
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const QByteArray whole = "{\"usage\":" + QByteArray::number(static_cast<int>(i)) + "}";
+        if (i + 1 < lines.size()) {
+            EXPECT_EQ(lines[i], whole);
+        } else {
+            EXPECT_TRUE(whole.startsWith(lines[i])) << lines[i].toStdString();
+        }
+    }
 }
 
 TEST(LocalUsageLogs, FilesChangedBeforeThePeriodAreNeverOpened) {

@@ -31,16 +31,7 @@ seed=20261122
 mkdir -p "$res"
 
 # --- Tarvik, built incrementally so the figures are of the current code ----------------------
-if [ -n "${1:-}" ]; then
-  tarvik=$(realpath "$1")
-else
-  if [ -d build/release ]; then
-    cmake --build build/release --target tarvik >/dev/null
-  else
-    scripts/build.sh release >/dev/null
-  fi
-  tarvik=$repo/build/release/tarvik
-fi
+. bench/release_tarvik.sh
 
 # --- The corpus: deterministic for the seed and the day --------------------------------------
 corpus() {  # corpus DIR FILLER_SCALE

@@ -63,16 +63,7 @@ mkdir -p "$res"
 rm -f "$res"/*.json "$res"/*.txt "$res"/*.md
 
 # --- Tarvik and the floor, built incrementally ----------------------------------------------
-if [ -n "${1:-}" ]; then
-  tarvik=$(realpath "$1")
-else
-  if [ -d build/release ]; then
-    cmake --build build/release --target tarvik >/dev/null
-  else
-    scripts/build.sh release >/dev/null
-  fi
-  tarvik=$repo/build/release/tarvik
-fi
+. bench/release_tarvik.sh
 if [ ! -d build/bench ]; then
   cmake -S . -B build/bench -G Ninja -DTARVIK_BENCH=ON -DTARVIK_TESTS=OFF \
     -DCMAKE_BUILD_TYPE=Release >/dev/null

@@ -66,6 +66,17 @@ protected:
                 QString::fromUtf8(p.readAllStandardOutput()),
                 QString::fromUtf8(p.readAllStandardError())};
     }
+    // Points the child's system and session buses at `bus`, with logind's stand-in on it; false
+    // when the machine lacks dbus-daemon or python3-dbusmock.
+    bool withMockLogind(tarvik::test::PrivateBus& bus) {
+        if (!bus.isRunning() || !tarvik::test::PrivateBus::hasDbusMock()) {
+            return false;
+        }
+        EXPECT_TRUE(bus.startMock("org.freedesktop.login1", {"--template", "logind"}));
+        env_["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address();
+        env_["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
+        return true;
+    }
     QString conf() const { return home_.path() + "/.config/Tarvik/Tarvik.conf"; }
     QString folders() const {
         return home_.path() + "/.local/share/Tarvik/DockFolders/folders.json";
@@ -760,12 +771,9 @@ TEST_F(TarvikCommand, AwakeSchedulesAreAddedListedAndRemoved) {
 
 TEST_F(TarvikCommand, AwakeHoldsLogindsLockUntilInterrupted) {
     tarvik::test::PrivateBus bus;
-    if (!bus.isRunning() || !tarvik::test::PrivateBus::hasDbusMock()) {
+    if (!withMockLogind(bus)) {
         GTEST_SKIP() << "needs dbus-daemon and python3-dbusmock";
     }
-    ASSERT_TRUE(bus.startMock("org.freedesktop.login1", {"--template", "logind"}));
-    env_["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address();
-    env_["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
 
     QProcess holder;
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -802,12 +810,9 @@ TEST_F(TarvikCommand, AwakeHoldsLogindsLockUntilInterrupted) {
 
 TEST_F(TarvikCommand, AwakeForALengthStopsByItselfWhenItEnds) {
     tarvik::test::PrivateBus bus;
-    if (!bus.isRunning() || !tarvik::test::PrivateBus::hasDbusMock()) {
+    if (!withMockLogind(bus)) {
         GTEST_SKIP() << "needs dbus-daemon and python3-dbusmock";
     }
-    ASSERT_TRUE(bus.startMock("org.freedesktop.login1", {"--template", "logind"}));
-    env_["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address();
-    env_["DBUS_SESSION_BUS_ADDRESS"] = bus.address();
 
     // The shortest length the command takes is a minute; nothing interrupts it.
     QElapsedTimer took;

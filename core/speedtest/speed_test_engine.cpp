@@ -1,11 +1,13 @@
 #include "core/speedtest/speed_test_engine.h"
 
 #include "core/platform/retry_after.h"
+#include "core/platform/tcp_acked.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QHostInfo>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -175,6 +177,17 @@ StreamFailure streamFailure(QNetworkReply::NetworkError error, int status, const
     return {};
 }
 
+// Where the sockets of a test connect to: every address of the server's name, on its port.
+std::vector<platform::TcpPeer> serverPeers(const QUrl& base) {
+    const auto port =
+        static_cast<quint16>(base.port(base.scheme() == QLatin1String("https") ? 443 : 80));
+    std::vector<platform::TcpPeer> peers;
+    for (const QHostAddress& address : QHostInfo::fromName(base.host()).addresses()) {
+        peers.push_back({address, port});
+    }
+    return peers;
+}
+
 struct PhaseOutcome {
     double mbps = 0;
     std::optional<double> loadedLatency;
@@ -192,7 +205,7 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
     publish(progress);
 
     struct Monitor {
-        std::int64_t transferred = 0;
+        std::int64_t transferred = 0; // read, or for uploads handed to the sockets
         bool running = true;
         std::optional<QString> lastError;
         // The service refuses downloads of 100 MB and more; a refused size is halved.
@@ -202,6 +215,14 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
     const bool download = phase == SpeedTestPhase::Download;
     // One zero-filled body, shared by every upload request of the phase.
     const QByteArray zeros = download ? QByteArray() : QByteArray(config.uploadChunk, '\0');
+    // An upload counts what the server has acknowledged, as the kernel counts it on each
+    // connection: uploadProgress counts what went into the sockets, and on a link with a deep
+    // queue their send buffers grow by megabytes during the phase. The probe's connection to
+    // the same server adds only its pings' requests, a few hundred bytes a second, so every
+    // connection to the server is summed.
+    const std::vector<platform::TcpPeer> peers =
+        download ? std::vector<platform::TcpPeer>() : serverPeers(config.baseURL);
+    AcknowledgedUpload acknowledged(platform::ackedTowards(peers));
     std::vector<std::unique_ptr<QNetworkAccessManager>> sessions;
     std::function<void(QNetworkAccessManager*)> start;
     auto restartLater = [&](QNetworkAccessManager* nam, double seconds) {
@@ -306,7 +327,9 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
     tick.setInterval(200);
     QObject::connect(&tick, &QTimer::timeout, &loop, [&] {
         const double t = static_cast<double>(phaseClock.nsecsElapsed()) / 1e9;
-        meter.record(t, monitor.transferred);
+        meter.record(
+            t, download ? monitor.transferred
+                        : acknowledged.update(monitor.transferred, platform::ackedTowards(peers)));
         const double now = meter.current(1.0);
         progress.phaseFraction = std::min(t / config.transferDuration, 1.0);
         progress.currentMbps = now;

@@ -146,4 +146,28 @@ double ThroughputMeter::result() const {
     return SpeedTestMath::mbps(last.bytes - base->bytes, last.time - base->time);
 }
 
+AcknowledgedUpload::AcknowledgedUpload(const std::vector<platform::TcpAcked>& before) {
+    for (const auto& c : before) {
+        before_[c.socket] = c.bytes;
+    }
+}
+
+std::int64_t AcknowledgedUpload::update(std::int64_t handedOver,
+                                        const std::vector<platform::TcpAcked>& now) {
+    for (const auto& c : now) {
+        latest_[c.socket] = c.bytes;
+    }
+    std::int64_t total = handedOver;
+    if (!latest_.empty()) {
+        total = 0;
+        for (const auto& [socket, bytes] : latest_) {
+            const auto earlier = before_.find(socket);
+            total += bytes - (earlier == before_.end() ? 0 : earlier->second);
+        }
+    }
+    // Held where the first reading of the kernel's counts is below what was handed over.
+    counted_ = std::max(counted_, total);
+    return counted_;
+}
+
 } // namespace tarvik

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/platform/tcp_acked.h"
 #include "core/speedtest/speed_test_server.h"
 
 #include <QString>
 #include <QUrl>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -80,6 +82,21 @@ public:
 private:
     double warmup_;
     std::vector<Sample> samples_;
+};
+
+// An upload's running total as the server acknowledged it, from the kernel's count on each
+// connection to the server, sampled through the phase. A connection already open before the
+// phase counts only what it adds; one that closes keeps what it had. Where no connection to the
+// server can be seen (through a proxy, say), it falls back to the bytes handed to the sockets.
+class AcknowledgedUpload {
+public:
+    explicit AcknowledgedUpload(const std::vector<platform::TcpAcked>& before);
+    std::int64_t update(std::int64_t handedOver, const std::vector<platform::TcpAcked>& now);
+
+private:
+    std::map<std::uint64_t, std::int64_t> before_; // by socket
+    std::map<std::uint64_t, std::int64_t> latest_; // every connection seen during the phase
+    std::int64_t counted_ = 0;
 };
 
 } // namespace tarvik

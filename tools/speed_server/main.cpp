@@ -50,8 +50,12 @@ int main(int argc, char** argv) {
                                       QStringLiteral("ms"), QStringLiteral("0"));
     const QCommandLineOption coloObject(QStringLiteral("colo-object"),
                                         QStringLiteral("Give \"colo\" in meta as an object."));
+    const QCommandLineOption uploadRate(
+        QStringLiteral("upload-read-rate"),
+        QStringLiteral("Read upload bodies at most this fast, all together (0: at once)."),
+        QStringLiteral("bytes/s"), QStringLiteral("0"));
     parser.addOptions({address, port, failPings, stall, refuse, cut, delay, forbid, rateLimit,
-                       retryAfter, severalMetrics, serverMs, coloObject});
+                       retryAfter, severalMetrics, serverMs, coloObject, uploadRate});
     parser.process(app);
 
     tarvik::tools::SpeedServer server;
@@ -67,6 +71,7 @@ int main(int argc, char** argv) {
     k.severalTimingMetrics = parser.isSet(severalMetrics);
     k.serverMilliseconds = parser.value(serverMs).toInt();
     k.coloAsObject = parser.isSet(coloObject);
+    k.uploadReadRate = parser.value(uploadRate).toLongLong();
 
     const QHostAddress host(parser.value(address));
     const quint16 bound = server.listen(host, static_cast<quint16>(parser.value(port).toUInt()));

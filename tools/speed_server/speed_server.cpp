@@ -45,6 +45,10 @@ quint16 SpeedServer::listen(const QHostAddress& address, quint16 port) {
 void SpeedServer::accept() {
     while (QTcpSocket* s = server_->nextPendingConnection()) {
         connections_[s];
+        if (const int bytes = knobs.receiveBuffer; bytes > 0) {
+            s->setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, bytes);
+            s->setReadBufferSize(bytes); // Qt's own buffer, which would otherwise take it all
+        }
         connect(s, &QTcpSocket::readyRead, this, [this, s] { serve(s); });
         connect(s, &QTcpSocket::bytesWritten, this, [this, s] { pump(s); });
         connect(s, &QTcpSocket::disconnected, this, [this, s] {
@@ -89,10 +93,25 @@ void SpeedServer::serve(QTcpSocket* s) {
     // Upload bodies are read into one scratch buffer and dropped, never kept.
     static thread_local char scratch[256 * 1024];
     while (c.uploadLeft > 0 && c.buffer.isEmpty() && s->bytesAvailable() > 0) {
-        const qint64 n = s->read(scratch, std::min<qint64>(c.uploadLeft, sizeof scratch));
+        const qint64 allowed = uploadAllowance(std::min<qint64>(c.uploadLeft, sizeof scratch));
+        if (allowed < 1) {
+            // The rest waits in the socket's buffers, and once they are full, at the uploader.
+            if (!c.throttled) {
+                c.throttled = true;
+                QTimer::singleShot(5, s, [this, s] {
+                    if (const auto found = connections_.find(s); found != connections_.end()) {
+                        found->second.throttled = false;
+                        serve(s);
+                    }
+                });
+            }
+            return;
+        }
+        const qint64 n = s->read(scratch, allowed);
         if (n <= 0) {
             break;
         }
+        uploadRead(n);
         c.uploadLeft -= n;
         if (c.uploadLeft == 0) {
             finishUpload(s, c);
@@ -110,8 +129,10 @@ void SpeedServer::serveBuffered(QTcpSocket* s) {
             return;
         }
         if (c.uploadLeft > 0) {
+            // Bytes that came in with the request's headers: few, read at once but charged.
             const qint64 n = std::min<qint64>(c.uploadLeft, c.buffer.size());
             c.buffer.remove(0, n);
+            uploadRead(n);
             c.uploadLeft -= n;
             if (c.uploadLeft > 0) {
                 return;
@@ -145,6 +166,28 @@ void SpeedServer::finishUpload(QTcpSocket* s, Connection& c) {
     respond(s, c.uploadStatus, {}, c.uploadHeaders);
     c.uploadStatus = 200;
     c.uploadHeaders.clear();
+}
+
+qint64 SpeedServer::uploadAllowance(qint64 wanted) {
+    const qint64 rate = knobs.uploadReadRate;
+    if (rate <= 0) {
+        return wanted;
+    }
+    if (!uploadClock_.isValid()) {
+        uploadClock_.start();
+    }
+    // Refilled by the time since the last look, holding at most 50 ms' worth.
+    const double refill = static_cast<double>(rate) * 1e-9 * uploadClock_.nsecsElapsed();
+    uploadClock_.restart();
+    uploadTokens_ = std::min(uploadTokens_ + refill, rate / 20.0);
+    return std::min(wanted, static_cast<qint64>(uploadTokens_));
+}
+
+void SpeedServer::uploadRead(qint64 bytes) {
+    uploadBytesRead_ += bytes;
+    if (knobs.uploadReadRate > 0) {
+        uploadTokens_ -= static_cast<double>(bytes); // below zero: later reads repay it
+    }
 }
 
 bool SpeedServer::rateLimited(QByteArray& headers) {

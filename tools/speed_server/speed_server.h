@@ -5,6 +5,7 @@
 // service misbehaves or has changed. The tests run it on 127.0.0.1; the shaped-link benchmark
 // runs it as a program of its own in a network namespace.
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QHostAddress>
 #include <QObject>
 #include <atomic>
@@ -31,6 +32,12 @@ struct SpeedServerKnobs {
     std::atomic<bool> severalTimingMetrics = false;
     std::atomic<int> serverMilliseconds = 0; // the processing time Server-Timing reports
     std::atomic<bool> coloAsObject = false;  // newer "meta": colo as {"iata": …}
+    // Upload bodies are read at most this many bytes a second, all connections together, as
+    // over a slow link; 0 reads them as they come.
+    std::atomic<qint64> uploadReadRate = 0;
+    // Each new connection's receive buffers (the kernel's and Qt's) in bytes, fixed, so that
+    // unread upload bytes wait at the uploader; 0 leaves them to grow, to megabytes on loopback.
+    std::atomic<int> receiveBuffer = 0;
 };
 
 class SpeedServer : public QObject {
@@ -42,6 +49,8 @@ public:
     int openConnections() const { return static_cast<int>(connections_.size()); }
     // Requests for a transfer ("__down" with bytes, "__up") answered so far, 429s included.
     qint64 transferRequests() const { return transferRequests_; }
+    // Upload body bytes read so far.
+    qint64 uploadBytesRead() const { return uploadBytesRead_; }
 
 private:
     struct Connection {
@@ -52,6 +61,7 @@ private:
         bool waiting = false;   // a slow answer is on its way; later requests queue behind it
         int uploadStatus = 200; // answered once the whole upload body is in
         QByteArray uploadHeaders;
+        bool throttled = false; // a read is due once the upload rate allows it
     };
 
     void accept();
@@ -62,10 +72,17 @@ private:
     // Counts a transfer request; true (with the headers to send) when it gets a 429.
     bool rateLimited(QByteArray& headers);
     void finishUpload(QTcpSocket* socket, Connection& connection);
+    // How many upload bytes may be read now under knobs.uploadReadRate.
+    qint64 uploadAllowance(qint64 wanted);
+    void uploadRead(qint64 bytes);
 
     QTcpServer* server_ = nullptr;
     std::map<QTcpSocket*, Connection> connections_;
     std::atomic<qint64> transferRequests_ = 0;
+    std::atomic<qint64> uploadBytesRead_ = 0;
+    // The upload rate's token bucket: bytes that may be read, refilled from this clock.
+    double uploadTokens_ = 0;
+    QElapsedTimer uploadClock_;
 };
 
 } // namespace tarvik::tools

@@ -199,3 +199,38 @@ TEST(SpeedTestEngine, SlowAnswersAreMeasuredNotFailed) {
     EXPECT_GT(result->downloadMbps, 0.0);
     EXPECT_GT(result->uploadMbps, 0.0);
 }
+
+TEST(SpeedTestEngine, UploadCountsWhatTheServerReceivedNotWhatWaitsInSocketBuffers) {
+    test::ServerThread local;
+    local.knobs.receiveBuffer = 64 * 1024;
+    SpeedTestConfiguration c = local.shortTest();
+    c.transferDuration = 4.0;
+    c.warmup = 1.0;
+    c.uploadChunk = 20'000'000; // a body takes 20 s at the slow rate: none is done meanwhile
+    QElapsedTimer clock;
+    clock.start();
+    struct Mark {
+        qint64 ms;
+        qint64 read;
+    };
+    std::vector<Mark> marks; // the server's count at each upload sample the figure spans
+    const auto result = SpeedTestEngine(c).run(std::nullopt, [&](const SpeedTestProgress& p) {
+        if (p.phase != SpeedTestPhase::Upload || !p.currentMbps || p.uploadMbps ||
+            p.phaseFraction * c.transferDuration < c.warmup) {
+            return;
+        }
+        // The server reads as fast as the bytes come until the warm-up ends, then 2 MB/s: the
+        // uploader's send queues grow by megabytes during the seconds the figure counts, as on
+        // a link with a deep queue.
+        local.knobs.uploadReadRate = 2'000'000;
+        marks.push_back({clock.elapsed(), local.server->uploadBytesRead()});
+    });
+    ASSERT_TRUE(result);
+    ASSERT_GE(marks.size(), 5u);
+    const double served =
+        SpeedTestMath::mbps(marks.back().read - marks.front().read,
+                            static_cast<double>(marks.back().ms - marks.front().ms) / 1000.0);
+    EXPECT_NEAR(served, 16.0, 4.0); // the knob's 2 MB/s
+    // Counting what the sockets were handed instead, it came out at five to seven times this.
+    EXPECT_NEAR(result->uploadMbps, served, 0.25 * served);
+}

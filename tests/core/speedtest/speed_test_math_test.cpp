@@ -46,6 +46,34 @@ TEST(ThroughputMeter, TheWarmupNeverCountsAndOneSampleStillGivesAFigure) {
     EXPECT_DOUBLE_EQ(early.result(), SpeedTestMath::mbps(1'000'000, 1.0));
 }
 
+TEST(AcknowledgedUpload, CountsTheKernelsAcknowledgedBytesAcrossConnections) {
+    // A connection from before the phase (a download's, closing) counts only what it adds.
+    AcknowledgedUpload upload({{7, 900}});
+    EXPECT_EQ(upload.update(0, {{7, 900}}), 0);
+    // Two upload connections: 3 MB handed over, 1.2 MB of it acknowledged so far.
+    EXPECT_EQ(upload.update(3'000'000, {{7, 900}, {11, 500'000}, {12, 700'000}}), 1'200'000);
+    // One closes: it keeps what it had; a new one takes its place.
+    EXPECT_EQ(upload.update(5'000'000, {{12, 1'500'000}, {13, 100'000}}), 2'100'000);
+
+    // With the warm-up left out, the meter sees what the server acknowledged, whatever the
+    // send queues hold.
+    AcknowledgedUpload counted({});
+    ThroughputMeter meter(2.0);
+    meter.record(1.0, counted.update(4'000'000, {{1, 2'500'000}}));
+    meter.record(2.0, counted.update(6'000'000, {{1, 4'000'000}}));
+    meter.record(4.0, counted.update(11'000'000, {{1, 9'000'000}})); // 5 MB in 2 s
+    EXPECT_DOUBLE_EQ(meter.result(), 20.0);
+}
+
+TEST(AcknowledgedUpload, WithoutAConnectionToSeeItCountsWhatWasHandedOverAndNeverGoesBack) {
+    AcknowledgedUpload upload({});
+    EXPECT_EQ(upload.update(1'000'000, {}), 1'000'000); // through a proxy, say
+    EXPECT_EQ(upload.update(2'000'000, {}), 2'000'000);
+    // A first reading below what was already counted holds the total.
+    EXPECT_EQ(upload.update(2'500'000, {{4, 1'800'000}}), 2'000'000);
+    EXPECT_EQ(upload.update(2'500'000, {{4, 2'400'000}}), 2'400'000);
+}
+
 TEST(SpeedTestProgress, OneBarAcrossThePhasesAndErrorsInTheUsersWords) {
     SpeedTestProgress p;
     p.phaseFraction = 0.5;

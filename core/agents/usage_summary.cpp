@@ -1,5 +1,7 @@
 #include "core/agents/usage_summary.h"
 
+#include "core/agents/local_days.h"
+
 #include <QHash>
 #include <algorithm>
 #include <iterator>
@@ -54,12 +56,15 @@ UsageSummary UsageSummary::of(const std::vector<TokenUsageEvent>& events, UsageP
     std::vector<ModelLine> lines;
     lines.reserve(static_cast<std::size_t>(perModel.size()));
     for (const TokenUsageEvent& sum : std::as_const(perModel)) {
-        ModelLine line{sum.model, sum.cost(), sum.totalTokens()};
-        summary.totalCost += line.cost.value_or(0);
-        summary.totalTokens += line.tokens;
-        lines.push_back(std::move(line));
+        lines.push_back({sum.model, sum.cost(), sum.totalTokens()});
     }
     summary.models = ranked(std::move(lines));
+    // Added up in the shown order: the hash's order changes from run to run, and with it the
+    // last digit of a sum of fractions.
+    for (const ModelLine& line : summary.models) {
+        summary.totalCost += line.cost.value_or(0);
+        summary.totalTokens += line.tokens;
+    }
     return summary;
 }
 
@@ -73,11 +78,12 @@ std::vector<DailySpend> DailySpend::series(const std::vector<TokenUsageEvent>& e
     }
     const UsageInterval span = interval(period, now);
     QHash<QString, std::optional<ModelPrice>> prices; // a month can hold many thousand events
+    LocalDays local;
     for (const TokenUsageEvent& e : events) {
         if (!span.contains(e.date)) {
             continue;
         }
-        const qint64 index = first.daysTo(e.date.toLocalTime().date());
+        const qint64 index = first.daysTo(local.of(e.date));
         if (index < 0 || index >= static_cast<qint64>(days.size())) {
             continue;
         }

@@ -1,8 +1,13 @@
 // The periods by the local calendar, and a period's spend by model and by day.
+#include "core/agents/local_days.h"
 #include "core/agents/usage_summary.h"
 
 #include <QStringList>
+#include <QTimeZone>
+#include <cstdlib>
+#include <ctime>
 #include <gtest/gtest.h>
+#include <string_view>
 
 using namespace tarvik;
 
@@ -94,6 +99,26 @@ TEST(UsageSummary, ThePeriodsEventsByModelCostliestFirst) {
     EXPECT_TRUE(UsageSummary::of({}, UsagePeriod::Today, now).models.empty());
 }
 
+TEST(UsageSummary, TheTotalIsTheShownLinesAddedInTheirOrderToTheLastDigit) {
+    // Forty models with prices and odd token counts: added in any other order (the hash's,
+    // which changes from run to run), the total's last digit would change too.
+    const QDateTime now = local(1, 15, 12);
+    std::vector<TokenUsageEvent> events;
+    for (int i = 0; i < 40; ++i) {
+        const QByteArray model =
+            (i % 2 ? "claude-opus-4-5-" : "claude-sonnet-4-") + QByteArray::number(i);
+        events.push_back(event(model.constData(), local(1, 15, 9), 1'234'567 + i * 7'919, i * 31));
+    }
+    const UsageSummary today = UsageSummary::of(events, UsagePeriod::Today, now);
+    ASSERT_EQ(today.models.size(), 40u);
+    double total = 0;
+    for (const ModelLine& l : today.models) {
+        ASSERT_TRUE(l.cost) << l.model.toStdString();
+        total += *l.cost;
+    }
+    EXPECT_EQ(today.totalCost, total);
+}
+
 TEST(DailySpend, EveryDayOfThePeriodOldestFirstWithEmptyDaysAtZero) {
     const QDateTime now = local(1, 15, 12);
     const std::vector<TokenUsageEvent> events = {
@@ -123,4 +148,48 @@ TEST(DailySpend, EveryDayOfThePeriodOldestFirstWithEmptyDaysAtZero) {
     const auto late = DailySpend::series(events, UsagePeriod::Today, local(1, 15, 23, 59, 59));
     ASSERT_EQ(late.size(), 1u);
     EXPECT_EQ(late[0].tokens, 1'000'000);
+}
+
+TEST(LocalDays, SameDayAsTheZonesOwnConversionAcrossOffsetChanges) {
+    // Zones that shift by half an hour, sit 45 minutes off the hour or skip a whole day: a year
+    // in steps of 7 minutes 13 seconds, and closely around each change.
+    const QByteArray saved = qgetenv("TZ");
+    const bool hadZone = qEnvironmentVariableIsSet("TZ");
+    for (const char* zone : {"Europe/Berlin", "America/St_Johns", "Australia/Lord_Howe",
+                             "Pacific/Chatham", "Pacific/Apia", "America/Sao_Paulo", "UTC"}) {
+        qputenv("TZ", zone);
+        ::tzset();
+        LocalDays days;
+        auto check = [&](qint64 ms) {
+            const QDateTime t = QDateTime::fromMSecsSinceEpoch(ms, Qt::UTC);
+            ASSERT_EQ(days.of(t), t.toLocalTime().date()) << zone << " " << ms;
+        };
+        const qint64 yearStart =
+            QDateTime(QDate(2011, 1, 1), QTime(0, 0), Qt::UTC).toMSecsSinceEpoch();
+        for (qint64 ms = yearStart; ms < yearStart + 366LL * 86400000; ms += 433000) {
+            check(ms);
+        }
+        // Around each change (Apia skipped 30 December 2011), every 30 seconds for two hours.
+        const auto changes = QTimeZone(zone).transitions(
+            QDateTime::fromMSecsSinceEpoch(yearStart, Qt::UTC),
+            QDateTime::fromMSecsSinceEpoch(yearStart + 366LL * 86400000, Qt::UTC));
+        EXPECT_EQ(changes.empty(), std::string_view(zone) == "UTC") << zone;
+        for (const auto& change : changes) {
+            const qint64 at = change.atUtc.toMSecsSinceEpoch();
+            for (qint64 ms = at - 3600000; ms < at + 3600000; ms += 30000) {
+                check(ms);
+            }
+        }
+        const qint64 before =
+            QDateTime(QDate(1969, 12, 31), QTime(12, 0), Qt::UTC).toMSecsSinceEpoch();
+        for (qint64 ms = before; ms < before + 86400000; ms += 59999) {
+            check(ms); // instants before 1970, where division rounds the other way
+        }
+    }
+    if (hadZone) {
+        qputenv("TZ", saved);
+    } else {
+        qunsetenv("TZ");
+    }
+    ::tzset();
 }

@@ -71,19 +71,14 @@ const LogLines::Markers& ClaudeLogParser::markers() {
     return kMarkers;
 }
 
-std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView line) {
-    // Most lines are prompts, tool output and summaries; they are passed over unparsed.
-    if (!markers().in(line)) {
-        return std::nullopt;
-    }
-    // The parser reads a little past the end of its input: one padded copy per thread.
+std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView line,
+                                                               std::size_t readableAfter) {
     thread_local od::parser parser;
-    thread_local std::string padded;
-    padded.assign(line.data(), static_cast<std::size_t>(line.size()));
-    padded.append(simdjson::SIMDJSON_PADDING, ' ');
     od::document doc;
-    if (parser.iterate(padded.data(), static_cast<std::size_t>(line.size()), padded.size())
-            .get(doc) != simdjson::SUCCESS) {
+    const auto size = static_cast<std::size_t>(line.size());
+    const char* input = LogLines::withRoomAfter(line, readableAfter, simdjson::SIMDJSON_PADDING);
+    if (parser.iterate(input, size, size + simdjson::SIMDJSON_PADDING).get(doc) !=
+        simdjson::SUCCESS) {
         return std::nullopt;
     }
     od::object root;
@@ -93,12 +88,12 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
     Answer a;
     TokenUsageEvent& e = a.event;
     e.provider = AgentProvider::Claude;
-    std::string_view messageId;
+    std::string_view& messageId = a.messageId;
     bool haveUsage = false;
     enum class Stamp { None, Text, Seconds } stamp = Stamp::None;
     std::string_view stampText;
     double stampSeconds = 0;
-    std::string_view requestId;
+    std::string_view& requestId = a.requestId;
     // One pass over the fields in the order they come.
     for (auto field : root) {
         std::string_view key;
@@ -166,23 +161,19 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
         return std::nullopt;
     }
     e.date = *date;
-    if (!messageId.empty()) {
-        a.key.reserve(messageId.size() + 1 + requestId.size());
-        a.key.append(messageId).append(1, ':').append(requestId);
-    }
     return a;
 }
 
-bool ClaudeLogParser::firstTime(std::string&& key) {
-    if (key.empty()) {
+bool ClaudeLogParser::firstTime(std::string_view messageId, std::string_view requestId) {
+    if (messageId.empty()) {
         return true; // without a message id there is nothing to tell a repeat by
     }
-    return seen_.insert(std::move(key)).second;
+    return seen_.insert(messageId, requestId);
 }
 
 std::optional<TokenUsageEvent> ClaudeLogParser::event(QByteArrayView line) {
     auto a = answer(line);
-    if (!a || !firstTime(std::move(a->key))) {
+    if (!a || !firstTime(a->messageId, a->requestId)) {
         return std::nullopt;
     }
     return std::move(a->event);

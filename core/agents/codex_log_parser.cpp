@@ -41,18 +41,13 @@ const LogLines::Markers& CodexLogParser::markers() {
     return kMarkers;
 }
 
-std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line) {
-    // Most lines are messages and tool calls; only these three kinds are worth parsing.
-    if (!markers().in(line)) {
-        return std::nullopt;
-    }
-    // The whole line is checked, as a line cut off mid-write must not count; the parser reads a
-    // little past the end of its input: one padded copy per thread.
+std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line,
+                                                     std::size_t readableAfter) {
+    // The whole line is checked, as a line cut off mid-write must not count.
     thread_local dom::parser parser;
-    thread_local std::string padded;
-    padded.assign(line.data(), static_cast<std::size_t>(line.size()));
-    padded.append(simdjson::SIMDJSON_PADDING, ' ');
-    const Value root = parser.parse(padded.data(), static_cast<std::size_t>(line.size()), false);
+    const auto size = static_cast<std::size_t>(line.size());
+    const char* text = LogLines::withRoomAfter(line, readableAfter, simdjson::SIMDJSON_PADDING);
+    const Value root = parser.parse(text, size, false);
     if (!root.is_object()) {
         return std::nullopt;
     }

@@ -15,10 +15,12 @@ namespace tarvik {
 // growth of the totals since the previous event.
 class CodexLogParser {
 public:
-    // What the lines worth parsing hold; the others are passed over unparsed.
+    // What the lines worth parsing hold: the others need not be given to event().
     static const LogLines::Markers& markers();
-    // The tokens this line adds, or none.
-    std::optional<TokenUsageEvent> event(QByteArrayView line);
+    // The tokens this line adds, or none. `readableAfter`: bytes past the line's end that may be
+    // read, as LogLines::forEach promises; with enough, the line is parsed where it is instead
+    // of being copied first.
+    std::optional<TokenUsageEvent> event(QByteArrayView line, std::size_t readableAfter = 0);
 
 private:
     struct Totals {

@@ -10,6 +10,8 @@
 #include <chrono>
 #include <iterator>
 #include <numeric>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 #include <thread>
@@ -78,7 +80,13 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
         std::move(files.begin(), files.end(), std::back_inserter(claudeFiles));
     }
     const auto codexFiles = logFiles(codexSessionsFolder(), since);
-    std::vector<std::vector<ClaudeLogParser::Answer>> answers(claudeFiles.size());
+    // A file's answers, with their ids one after another in one string.
+    struct ClaudeAnswers {
+        std::vector<TokenUsageEvent> events;
+        std::string ids;
+        std::vector<std::pair<std::size_t, std::size_t>> idLengths; // message, request
+    };
+    std::vector<ClaudeAnswers> answers(claudeFiles.size());
     std::vector<std::vector<TokenUsageEvent>> codexEvents(codexFiles.size());
     const std::size_t total = claudeFiles.size() + codexFiles.size();
     auto sizeOf = [&](std::size_t i) {
@@ -94,21 +102,24 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
         for (std::size_t n; (n = next++) < total;) {
             const std::size_t i = order[n];
             if (i < claudeFiles.size()) {
-                LogLines::forEach(claudeFiles[i].path, ClaudeLogParser::markers(),
-                                  [&](QByteArrayView line) {
-                                      if (auto a = ClaudeLogParser::answer(line)) {
-                                          answers[i].push_back(std::move(*a));
-                                      }
-                                  });
+                ClaudeAnswers& file = answers[i];
+                LogLines::forEach(
+                    claudeFiles[i].path, ClaudeLogParser::markers(), [&](QByteArrayView line) {
+                        if (auto a = ClaudeLogParser::answer(line, LogLines::kReadableAfterLine)) {
+                            file.events.push_back(std::move(a->event));
+                            file.ids.append(a->messageId).append(a->requestId);
+                            file.idLengths.emplace_back(a->messageId.size(), a->requestId.size());
+                        }
+                    });
             } else {
                 const std::size_t k = i - claudeFiles.size();
                 CodexLogParser codex; // totals run per session file
-                LogLines::forEach(codexFiles[k].path, CodexLogParser::markers(),
-                                  [&](QByteArrayView line) {
-                                      if (auto e = codex.event(line)) {
-                                          codexEvents[k].push_back(std::move(*e));
-                                      }
-                                  });
+                LogLines::forEach(
+                    codexFiles[k].path, CodexLogParser::markers(), [&](QByteArrayView line) {
+                        if (auto e = codex.event(line, LogLines::kReadableAfterLine)) {
+                            codexEvents[k].push_back(std::move(*e));
+                        }
+                    });
             }
         }
     };
@@ -121,13 +132,24 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
     for (auto& t : pool) {
         t.join();
     }
+    std::size_t found = 0;
+    for (const ClaudeAnswers& file : answers) {
+        found += file.events.size();
+    }
+    for (const auto& file : codexEvents) {
+        found += file.size();
+    }
     std::vector<TokenUsageEvent> out;
-    ClaudeLogParser claude; // one for all files: repeats across sessions count once
-    for (auto& file : answers) {
-        for (auto& a : file) {
-            if (claude.firstTime(std::move(a.key))) {
-                out.push_back(std::move(a.event));
+    out.reserve(found);
+    ClaudeLogParser claude(found); // one for all files: repeats across sessions count once
+    for (ClaudeAnswers& file : answers) {
+        std::string_view ids = file.ids;
+        for (std::size_t e = 0; e < file.events.size(); ++e) {
+            const auto [idLength, requestLength] = file.idLengths[e];
+            if (claude.firstTime(ids.substr(0, idLength), ids.substr(idLength, requestLength))) {
+                out.push_back(std::move(file.events[e]));
             }
+            ids.remove_prefix(idLength + requestLength);
         }
     }
     for (auto& file : codexEvents) {

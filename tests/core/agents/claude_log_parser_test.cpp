@@ -2,6 +2,9 @@
 #include "core/agents/claude_log_parser.h"
 
 #include <gtest/gtest.h>
+#include <random>
+#include <set>
+#include <string>
 
 using namespace tarvik;
 
@@ -84,6 +87,10 @@ TEST(ClaudeLogParser, TwoLinesWithOneMessageAndRequestIdCountOnce) {
     EXPECT_FALSE(parser.event(
         line("msg_3", "req_3", "claude-sonnet-4-5", R"({"input_tokens":1})", "yesterday")));
     EXPECT_TRUE(parser.event(line("msg_3", "req_3")));
+    // The two ids are told apart, not run together.
+    EXPECT_TRUE(parser.event(line("msg_ab", "c")));
+    EXPECT_TRUE(parser.event(line("msg_a", "bc")));
+    EXPECT_FALSE(parser.event(line("msg_ab", "c")));
     // Another scan starts afresh.
     EXPECT_TRUE(ClaudeLogParser().event(line("msg_1", "req_1")));
 }
@@ -103,4 +110,41 @@ TEST(ClaudeLogParser, SyntheticUndatedAndMalformedLinesAreSkipped) {
                                    "2025-02-29T09:30:12Z"))); // no such day
     EXPECT_FALSE(parser.event(""));
     EXPECT_FALSE(parser.event("\x00\xff\"usage\"\x01"));
+}
+
+TEST(ClaudeLogParser, ALineReadWhereItLiesIsNotCompletedByTheBytesAfterIt) {
+    // A file's lines are parsed in its read buffer; one cut off before its last braces must not
+    // borrow them from what follows.
+    const QByteArray whole = line("msg_1", "req_1");
+    const QByteArray buffer = whole + QByteArray(LogLines::kReadableAfterLine, ' ');
+    EXPECT_FALSE(ClaudeLogParser::answer(QByteArrayView(buffer).first(whole.size() - 1),
+                                         LogLines::kReadableAfterLine));
+    const auto a = ClaudeLogParser::answer(QByteArrayView(buffer).first(whole.size()),
+                                           LogLines::kReadableAfterLine);
+    ASSERT_TRUE(a);
+    EXPECT_EQ(a->messageId, "msg_1");
+    EXPECT_EQ(a->requestId, "req_1");
+    EXPECT_EQ(a->event.output, 20);
+}
+
+TEST(AnswerKeys, KnowsEveryAnswerSeenAsASetOfIdPairsDoes) {
+    // Hundreds of thousands of short ids drawn from a small alphabet, so repeats, shared
+    // prefixes and empty request ids are common, through several growths of the table.
+    std::mt19937 random(11);
+    auto id = [&] {
+        std::string s(random() % 6, 'a');
+        for (char& c : s) {
+            c = static_cast<char>('a' + random() % 3);
+        }
+        return s;
+    };
+    AnswerKeys keys;
+    std::set<std::pair<std::string, std::string>> reference;
+    for (int i = 0; i < 300'000; ++i) {
+        const std::string message = id();
+        const std::string request = id();
+        ASSERT_EQ(keys.insert(message, request), reference.emplace(message, request).second)
+            << message << " " << request;
+    }
+    EXPECT_EQ(keys.size(), reference.size());
 }

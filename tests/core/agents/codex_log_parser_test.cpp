@@ -114,3 +114,17 @@ TEST(CodexLogParser, TheModelInUseAndLinesThatAddNothing) {
     ASSERT_EQ(old.size(), 1u);
     EXPECT_EQ(old[0].model, "gpt-5-mini");
 }
+
+TEST(CodexLogParser, ALineReadWhereItLiesIsNotCompletedByTheBytesAfterIt) {
+    // A file's lines are parsed in its read buffer; one cut off two bytes short must not borrow
+    // them from what follows.
+    const QByteArray whole = totals(100, 0, 10);
+    const QByteArray buffer = whole + QByteArray(LogLines::kReadableAfterLine, ' ');
+    CodexLogParser parser;
+    EXPECT_FALSE(
+        parser.event(QByteArrayView(buffer).first(whole.size() - 2), LogLines::kReadableAfterLine));
+    const auto e =
+        parser.event(QByteArrayView(buffer).first(whole.size()), LogLines::kReadableAfterLine);
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->input, 100);
+}

@@ -171,13 +171,30 @@ TEST(LogLines, LinesAcrossReadBlocksAndLongerThanABlockComeWhole) {
 }
 
 TEST(LogLines, MarkersAreFoundWhereverTheyStandAsMemmemFindsThem) {
-    const LogLines::Markers markers{"\"usage\"", "\"turn_context\""};
     // Text full of near misses ("usage" unquoted, quotes five apart), with markers placed at
-    // every offset of a 16-byte block and right at the end.
+    // every offset of a 16-byte block and right at the end. Two markers take the 32-byte search
+    // where the processor has it; five always take the 16-byte one.
+    const std::vector<std::string_view> two = {"\"usage\"", "\"turn_context\""};
+    const std::vector<std::string_view> five = {"\"usage\"", "\"turn_context\"", "\"a\"", "uu",
+                                                "\"session_meta\""};
+    const LogLines::Markers markers{"\"usage\"", "\"turn_context\""};
+    const LogLines::Markers fiveMarkers{"\"usage\"", "\"turn_context\"", "\"a\"", "uu",
+                                        "\"session_meta\""};
     std::mt19937 random(7);
-    const char* pieces[] = {
-        "\"usage\"", "usage", "\"usag\"", "\"u   e\"", "\"turn_context\"", "\"turn_contex\"", "xx",
-        "\"",        "e",     "u",        "\"\"",      "\\\"usage\\\""};
+    const char* pieces[] = {"\"usage\"",
+                            "usage",
+                            "\"usag\"",
+                            "\"u   e\"",
+                            "\"turn_context\"",
+                            "\"turn_contex\"",
+                            "xx",
+                            "\"",
+                            "e",
+                            "u",
+                            "\"\"",
+                            "\\\"usage\\\"",
+                            "\"a",
+                            "\"session_meta\""};
     for (int round = 0; round < 400; ++round) {
         std::string text(random() % 80, ' ');
         while (text.size() < 200) {
@@ -187,15 +204,18 @@ TEST(LogLines, MarkersAreFoundWhereverTheyStandAsMemmemFindsThem) {
         for (std::size_t from = 0; from <= text.size(); ++from) {
             const char* begin = text.data() + from;
             const char* end = text.data() + text.size();
-            const char* expected = nullptr;
-            for (std::string_view m : {"\"usage\"", "\"turn_context\""}) {
-                const auto* hit = static_cast<const char*>(
-                    ::memmem(begin, static_cast<std::size_t>(end - begin), m.data(), m.size()));
-                if (hit && (!expected || hit < expected)) {
-                    expected = hit;
+            for (const bool many : {false, true}) {
+                const char* expected = nullptr;
+                for (std::string_view m : many ? five : two) {
+                    const auto* hit = static_cast<const char*>(
+                        ::memmem(begin, static_cast<std::size_t>(end - begin), m.data(), m.size()));
+                    if (hit && (!expected || hit < expected)) {
+                        expected = hit;
+                    }
                 }
+                ASSERT_EQ((many ? fiveMarkers : markers).find(begin, end), expected)
+                    << text << " from " << from << (many ? " (five)" : " (two)");
             }
-            ASSERT_EQ(markers.find(begin, end), expected) << text << " from " << from;
         }
     }
     EXPECT_TRUE(markers.in("{\"usage\"}"));
@@ -207,8 +227,8 @@ TEST(LogLines, MarkersAreFoundWhereverTheyStandAsMemmemFindsThem) {
 
 TEST(LogLines, OnlyTheLinesWithAMarkerComeWholeAcrossReadBlocks) {
     TempHome home;
-    // Megabytes of lines, some with a marker: one longer than a read block, one that straddles
-    // the end of the first block, one first and one last, without a final line break.
+    // Megabytes of lines, some with a marker: one longer than a read block, one first and one
+    // last, without a final line break.
     const LogLines::Markers markers{"\"usage\""};
     QByteArray text = "{\"usage\":1}\n";
     for (int i = 0; i < 60'000; ++i) {
@@ -216,9 +236,6 @@ TEST(LogLines, OnlyTheLinesWithAMarkerComeWholeAcrossReadBlocks) {
                 QByteArray(i % 31, 'x') + (i % 2 ? "\r\n" : "\n");
         if (i == 20'000) {
             text += QByteArray(3'000'000, 'y') + "\"usage\"" + QByteArray(10, 'z') + "\n";
-        }
-        if (text.size() > (1 << 20) - 20 && text.size() < (1 << 20)) {
-            text += "\"usage\" across the block\n";
         }
     }
     text += "last \"usage\"";
@@ -239,10 +256,108 @@ TEST(LogLines, OnlyTheLinesWithAMarkerComeWholeAcrossReadBlocks) {
     EXPECT_EQ(lines.front(), "{\"usage\":1}");
     EXPECT_EQ(lines.back(), "last \"usage\"");
 
+    // A marker cut by the end of the first block, at each place it can be cut: in a short line,
+    // and at the end of a line that began with the file.
+    for (const bool shortLine : {true, false}) {
+        for (qsizetype cut = 1; cut < 7; ++cut) {
+            const auto markerAt = static_cast<qsizetype>(LogLines::kReadBlock) - cut;
+            const qsizetype lineStart = shortLine ? markerAt - 40 : 0;
+            QByteArray cutText(lineStart, 'a');
+            for (qsizetype at = 49; at < lineStart; at += 50) {
+                cutText[at] = '\n';
+            }
+            if (lineStart > 0) {
+                cutText[lineStart - 1] = '\n';
+            }
+            const QByteArray wanted = QByteArray(markerAt - lineStart, 'b') + "\"usage\" cut";
+            writeFile(path, cutText + wanted + "\nafter\n");
+            lines.clear();
+            ASSERT_TRUE(LogLines::forEach(path.toStdString(), markers, [&](QByteArrayView l) {
+                lines.push_back(l.toByteArray());
+            }));
+            ASSERT_EQ(lines.size(), 1u) << "cut after " << cut;
+            EXPECT_EQ(lines[0], wanted);
+        }
+    }
+
     // An empty file has no lines.
     writeFile(home.path() + "/empty.jsonl", {});
     EXPECT_TRUE(LogLines::forEach((home.path() + "/empty.jsonl").toStdString(), markers,
                                   [](QByteArrayView) { ADD_FAILURE(); }));
+}
+
+TEST(LogLines, LinesOfEveryLengthComeAsSplittingTheWholeFileWouldGiveThem) {
+    // Random files: mostly short lines, some of tens of kilobytes and some of hundreds, longer
+    // than a read block, with markers at their start, middle or end, CRLF endings, and a last
+    // line with or without its break. What forEach hands out must equal splitting the whole
+    // file and keeping the lines with a marker; every view must have its promised readable
+    // bytes after it (the sanitizer build checks the read).
+    TempHome home;
+    const QString path = home.path() + "/random.jsonl";
+    const std::vector<std::string_view> words = {"\"token_count\"", "\"turn_context\"",
+                                                 "\"session_meta\""};
+    const LogLines::Markers markers{"\"token_count\"", "\"turn_context\"", "\"session_meta\""};
+    std::mt19937 random(23);
+    for (int round = 0; round < 6; ++round) {
+        std::string text;
+        while (text.size() < 6'000'000) {
+            const unsigned kind = random() % 100;
+            const std::size_t length = kind < 90   ? random() % 300
+                                       : kind < 97 ? random() % 70'000
+                                                   : 200'000 + random() % 500'000;
+            std::string line(length, 'x');
+            for (char& c : line) {
+                c = "ab\"_{}:, "[random() % 9];
+            }
+            if (random() % 4 == 0) {
+                const std::string_view m = words[random() % words.size()];
+                const std::size_t at = random() % 3 == 0 ? 0 : random() % (line.size() + 1);
+                line.insert(std::min(at, line.size()), m);
+            }
+            text += line;
+            text += random() % 5 == 0 ? "\r\n" : "\n";
+        }
+        if (round % 2 == 1) {
+            text.pop_back(); // the last line without its break
+            text += "tail \"token_count\"";
+        }
+        writeFile(path, QByteArray::fromStdString(text));
+
+        std::vector<std::string> all;
+        for (std::size_t from = 0; from <= text.size();) {
+            const std::size_t br = std::min(text.find('\n', from), text.size());
+            std::string line = text.substr(from, br - from);
+            if (!line.empty() && line.back() == '\r') {
+                line.pop_back();
+            }
+            if (br < text.size() || !line.empty()) {
+                all.push_back(line);
+            }
+            from = br + 1;
+        }
+        std::vector<std::string> expected;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(expected),
+                     [&](const std::string& l) {
+                         return std::any_of(words.begin(), words.end(), [&](std::string_view m) {
+                             return l.find(m) != std::string::npos;
+                         });
+                     });
+        for (const bool withMarkers : {true, false}) {
+            std::vector<std::string> lines;
+            volatile char touched = 0;
+            ASSERT_TRUE(LogLines::forEach(
+                path.toStdString(), withMarkers ? markers : LogLines::Markers(),
+                [&](QByteArrayView l) {
+                    touched = l.data()[l.size() + LogLines::kReadableAfterLine - 1];
+                    lines.emplace_back(l.data(), l.size());
+                }));
+            const auto& want = withMarkers ? expected : all;
+            ASSERT_EQ(lines.size(), want.size()) << "round " << round;
+            for (std::size_t i = 0; i < want.size(); ++i) {
+                ASSERT_EQ(lines[i], want[i]) << "round " << round << " line " << i;
+            }
+        }
+    }
 }
 
 TEST(LogLines, AFileCutShortWhileItIsReadEndsTheRead) {

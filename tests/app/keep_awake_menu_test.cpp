@@ -10,8 +10,8 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
-using tarvik::test::optionsIn;
 using tarvik::test::TempHome;
+using tarvik::test::withoutLogind;
 
 namespace {
 
@@ -33,15 +33,6 @@ template <typename T> T* topLevel(const char* name) {
         }
     }
     return nullptr;
-}
-
-// Keeping awake is asked of a bus where nothing answers: the state still follows the menu.
-AppModels::Options withoutLogind(const TempHome& home) {
-    auto o = optionsIn(home);
-    o.keepAwakeBuses = KeepAwakeBuses{
-        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus"),
-        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus")};
-    return o;
 }
 
 class KeepAwakeMenu : public ::testing::Test {

@@ -21,6 +21,7 @@ using namespace tarvik;
 using tarvik::test::optionsIn;
 using tarvik::test::PrivateBus;
 using tarvik::test::TempHome;
+using tarvik::test::withoutLogind;
 
 namespace {
 
@@ -39,15 +40,6 @@ ScheduleEditor* openEditor(QWidget& screen, const char* button) {
     QTest::mouseClick(child<QPushButton>(screen, button), Qt::LeftButton);
     auto editors = screen.findChildren<ScheduleEditor*>();
     return editors.isEmpty() ? nullptr : editors.back();
-}
-
-// A bus on which nothing answers: keeping awake is asked for and can't be given.
-AppModels::Options withoutLogind(const TempHome& home) {
-    auto o = optionsIn(home);
-    o.keepAwakeBuses = KeepAwakeBuses{
-        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus"),
-        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus")};
-    return o;
 }
 
 } // namespace

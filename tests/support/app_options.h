@@ -5,6 +5,7 @@
 #include "app/shell/app_models.h"
 #include "tests/support/temp_home.h"
 
+#include <QDBusConnection>
 #include <filesystem>
 
 namespace tarvik::test {
@@ -23,6 +24,16 @@ inline AppModels::Options optionsIn(const TempHome& home, const std::filesystem:
             std::nullopt,
             // No input devices: a test never takes the machine's keyboard.
             home.path() + "/no-input-devices"};
+}
+
+// The same, with keeping awake asked of a bus where nothing answers: it is asked for and can't be
+// given, and the state still follows the menu.
+inline AppModels::Options withoutLogind(const TempHome& home) {
+    auto o = optionsIn(home);
+    o.keepAwakeBuses = KeepAwakeBuses{
+        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus"),
+        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent"), "nobus")};
+    return o;
 }
 
 } // namespace tarvik::test

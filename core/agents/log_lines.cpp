@@ -66,6 +66,29 @@ off_t lineStartBefore(int fd, off_t inside) {
     return 0;
 }
 
+// Hands out the line that starts at `start`, of which `line` already holds the first bytes,
+// reading the rest a block at a time. Where the next line starts, or -1 when this was the last.
+off_t deliverLongLine(int fd, off_t start, std::vector<char>& line,
+                      const std::function<void(QByteArrayView)>& onLine) {
+    for (off_t at = start + static_cast<off_t>(line.size());;) {
+        const std::size_t had = line.size();
+        line.resize(had + kReadBlock);
+        const ssize_t got = readAt(fd, line.data() + had, kReadBlock, at);
+        line.resize(had + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+        const void* br =
+            got > 0 ? std::memchr(line.data() + had, '\n', static_cast<std::size_t>(got)) : nullptr;
+        if (br || got <= 0) {
+            const std::size_t length =
+                br ? static_cast<std::size_t>(static_cast<const char*>(br) - line.data())
+                   : line.size();
+            line.resize(std::max(line.size(), length + kReadableAfterLine));
+            deliver(line.data(), line.data() + length, onLine);
+            return br ? start + static_cast<off_t>(length) + 1 : -1;
+        }
+        at += got;
+    }
+}
+
 } // namespace
 
 Markers::Markers(std::initializer_list<std::string_view> markers) {
@@ -256,29 +279,9 @@ bool forEach(const std::filesystem::path& file, const Markers& markers,
             } else if ((start = lineStartBefore(f.fd, base)) < 0) {
                 return true;
             }
-            off_t at = start + static_cast<off_t>(longLine.size());
-            for (;;) {
-                const std::size_t had = longLine.size();
-                longLine.resize(had + kReadBlock);
-                const ssize_t got = readAt(f.fd, longLine.data() + had, kReadBlock, at);
-                longLine.resize(had + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-                const void* br = got > 0 ? std::memchr(longLine.data() + had, '\n',
-                                                       static_cast<std::size_t>(got))
-                                         : nullptr;
-                if (br || got <= 0) {
-                    const std::size_t length =
-                        br ? static_cast<std::size_t>(static_cast<const char*>(br) -
-                                                      longLine.data())
-                           : longLine.size();
-                    longLine.resize(std::max(longLine.size(), length + kReadableAfterLine));
-                    deliver(longLine.data(), longLine.data() + length, onLine);
-                    if (!br) {
-                        return true;
-                    }
-                    resume = start + static_cast<off_t>(length) + 1;
-                    break;
-                }
-                at += got;
+            resume = deliverLongLine(f.fd, start, longLine, onLine);
+            if (resume < 0) {
+                return true;
             }
             break;
         }

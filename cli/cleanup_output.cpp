@@ -4,7 +4,10 @@
 #include "cli/output.h"
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
+#include "core/cleanup/exclusion_list.h"
 #include "core/cleanup/path_display.h"
+#include "core/platform/file_names.h"
+#include "core/platform/qt_text.h"
 #include "core/platform/xdg_paths.h"
 #include "core/shell/preferences.h"
 
@@ -35,27 +38,20 @@ QString needsConfirmation() {
                           "terminal to be asked, or pass --yes.");
 }
 
-void printCleanReport(const CleanReport& report, RemovalMode mode, const QString& home) {
-    const auto count = report.removed.size();
-    printLine(QStringLiteral("%1 %2 %3, %4 freed%5.")
-                  .arg(mode == RemovalMode::MoveToTrash ? QStringLiteral("Moved")
-                                                        : QStringLiteral("Removed"))
-                  .arg(count)
-                  .arg(count == 1 ? QStringLiteral("item") : QStringLiteral("items"))
-                  .arg(PathDisplay::bytes(report.freedBytes))
-                  .arg(mode == RemovalMode::MoveToTrash
-                           ? QStringLiteral(" once the Trash is emptied")
-                           : QString()));
+void printCleanReport(const CleanReport& report, const QString& home) {
+    printLine(cleanSummary(report, QStringLiteral("item"), QStringLiteral("items")));
     for (const auto& f : report.failures) {
-        printLine(QStringLiteral("  not removed: %1 — %2")
-                      .arg(PathDisplay::abbreviate(f.item.path, home), f.message));
+        printLine(
+            QStringLiteral("  not removed: %1 — %2").arg(shownPath(f.item.path, home), f.message));
     }
 }
 
 QJsonObject cleanReportJson(const CleanReport& report) {
     QJsonArray removed;
-    for (const auto& item : report.removed) {
-        removed.append(item.path);
+    for (std::size_t i = 0; i < report.removed.size(); ++i) {
+        removed.append(
+            QJsonObject{{QStringLiteral("path"), report.removed[i].path},
+                        {QStringLiteral("mode"), toQString(rawValue(report.removedModes[i]))}});
     }
     QJsonArray failures;
     for (const auto& f : report.failures) {
@@ -63,6 +59,7 @@ QJsonObject cleanReportJson(const CleanReport& report) {
                                     {QStringLiteral("message"), f.message}});
     }
     return {{QStringLiteral("freedBytes"), static_cast<double>(report.freedBytes)},
+            {QStringLiteral("trashedBytes"), static_cast<double>(report.trashedBytes)},
             {QStringLiteral("removed"), removed},
             {QStringLiteral("failures"), failures}};
 }
@@ -87,37 +84,76 @@ std::optional<RemovalMode> chosenMode(const RemovalOptions& options,
     return mode;
 }
 
-int confirmAndClean(const std::vector<CleanupGroup>& groups, RemovalMode mode,
-                    const QString& source, const RemovalOptions& options,
-                    const QString& extraWarning) {
-    std::size_t count = 0;
+namespace {
+
+// "Move to Trash 3 items (1.2 MB)", or the item's name when there is one.
+QString whatGoes(RemovalMode mode, const std::vector<const CleanableItem*>& items) {
     std::int64_t total = 0;
-    for (const auto& g : groups) {
-        count += g.items.size();
-        for (const auto& item : g.items) {
-            total += item.size;
-        }
+    for (const CleanableItem* item : items) {
+        total += item->size;
+    }
+    const QString what = items.size() == 1
+                             ? QStringLiteral("“%1”").arg(fileName::display(items.front()->name()))
+                             : QStringLiteral("%1 items").arg(items.size());
+    return QStringLiteral("%1 %2 (%3)").arg(title(mode), what, PathDisplay::bytes(total));
+}
+
+} // namespace
+
+int confirmAndClean(const std::vector<CleanupGroup>& groups, const QString& source,
+                    const RemovalOptions& options, const QString& extraWarning,
+                    const QStringList& starts) {
+    const QString home = xdg::home();
+    const SafetyGuard guard = SafetyGuard::forCurrentUser();
+    if (guard.homeProblem()) {
+        printError(guard.homeProblem()->description());
+        return kExitFailed;
+    }
+    ExclusionList exclusions = ExclusionList::load(Preferences(), home);
+    if (exclusions.error()) {
+        printError(*exclusions.error());
+        return kExitFailed;
     }
     if (!options.yes) {
-        const QString question =
-            QStringLiteral("%1 %2 %3 (%4)?%5")
-                .arg(title(mode))
-                .arg(count)
-                .arg(count == 1 ? QStringLiteral("item") : QStringLiteral("items"))
-                .arg(PathDisplay::bytes(total))
-                .arg(extraWarning.isEmpty() ? QString() : QLatin1Char(' ') + extraWarning);
+        QStringList parts;
+        for (const RemovalMode mode : kAllRemovalModes) {
+            std::vector<const CleanableItem*> items;
+            for (const auto& g : groups) {
+                if (g.mode == mode) {
+                    for (const auto& item : g.items) {
+                        items.push_back(&item);
+                    }
+                }
+            }
+            if (!items.empty()) {
+                parts << whatGoes(mode, items);
+            }
+        }
+        QString question = parts.join(QStringLiteral(" and "));
+        for (int i = 1; i < parts.size(); ++i) {
+            // "Delete permanently … and move to Trash …": one sentence, one capital.
+            const qsizetype at = question.indexOf(parts[i]);
+            question[at] = question[at].toLower();
+        }
+        question += QLatin1Char('?');
+        if (!extraWarning.isEmpty()) {
+            question += QLatin1Char(' ') + extraWarning;
+        }
         if (!confirmOnTerminal(question)) {
             printError(needsConfirmation());
             return kExitUsage;
         }
     }
-    const Cleaner cleaner(SafetyGuard::forCurrentUser());
+    Cleaner cleaner(guard, Trash::forCurrentUser(), std::move(exclusions));
+    for (const QString& start : starts) {
+        cleaner = cleaner.startingAlsoAt(start);
+    }
     FreeSpaceTimeline timeline(FreeSpaceTimeline::defaultFilePath());
     const CleanReport report = runCleanup(cleaner, groups, source, {}, nullptr, &timeline);
     if (options.json) {
         printJson(QJsonDocument(cleanReportJson(report)));
     } else {
-        printCleanReport(report, mode, xdg::home());
+        printCleanReport(report, home);
     }
     return report.failures.empty() ? kExitOk : kExitFailed;
 }

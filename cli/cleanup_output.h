@@ -16,7 +16,7 @@ bool confirmOnTerminal(const QString& question);
 // The sentence that explains a refusal to act without confirmation.
 QString needsConfirmation();
 
-void printCleanReport(const CleanReport& report, RemovalMode mode, const QString& home);
+void printCleanReport(const CleanReport& report, const QString& home);
 QJsonObject cleanReportJson(const CleanReport& report);
 // The options every removing command shares.
 struct RemovalOptions {
@@ -29,8 +29,10 @@ void addRemovalOptions(CLI::App* command, RemovalOptions& options, const char* m
 std::optional<RemovalMode> chosenMode(const RemovalOptions& options,
                                       std::string_view preferenceKey);
 // Asks (unless --yes), removes through the guard, records the cleanup and prints the report.
-int confirmAndClean(const std::vector<CleanupGroup>& groups, RemovalMode mode,
-                    const QString& source, const RemovalOptions& options,
-                    const QString& extraWarning = {});
+// Nothing is removed when the home folder is unusable or the exclusion list can't be read.
+// `starts`: folders the search began in, which may be mounts of their own below home.
+int confirmAndClean(const std::vector<CleanupGroup>& groups, const QString& source,
+                    const RemovalOptions& options, const QString& extraWarning = {},
+                    const QStringList& starts = {});
 
 } // namespace tarvik::cli

@@ -6,12 +6,15 @@
 #include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/exclusion_list.h"
 #include "core/cleanup/path_display.h"
+#include "core/platform/file_names.h"
 #include "core/platform/xdg_paths.h"
 #include "core/shell/preferences.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <cctype>
 #include <memory>
+#include <sys/stat.h>
 
 namespace tarvik::cli {
 namespace {
@@ -64,7 +67,16 @@ struct SearchOptions {
 std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int64_t fallback,
                                                const QString& home) {
     FileSearchOptions s;
-    s.root = o.root.empty() ? xdg::home() : QString::fromStdString(o.root);
+    s.root = o.root.empty() ? home : QDir::cleanPath(pathArgument(o.root));
+    struct stat st {};
+    if (::stat(fileName::encode(s.root).c_str(), &st) != 0) {
+        printError(QStringLiteral("There is no folder %1.").arg(shownPath(s.root, home)));
+        return std::nullopt;
+    }
+    if (!S_ISDIR(st.st_mode)) {
+        printError(QStringLiteral("%1 is not a folder.").arg(shownPath(s.root, home)));
+        return std::nullopt;
+    }
     const auto min = o.min.empty() ? std::optional(fallback) : parseSize(o.min);
     if (!min) {
         printError(QStringLiteral("--min takes a size such as 500000, 100MB or 1.5G."));
@@ -73,7 +85,7 @@ std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int6
     s.minimumSize = *min;
     s.includeLibrary = o.includeLibrary;
     s.includeHidden = o.includeHidden;
-    s.excluded = ExclusionList::load(Preferences(), home).paths();
+    s.excluded = ExclusionList::load(Preferences(), home).forMatching();
     return s;
 }
 
@@ -117,7 +129,7 @@ int runLarge(const SearchOptions& o) {
         printLine(QStringLiteral("%1  %2  %3")
                       .arg(PathDisplay::bytes(f.item.size), 9)
                       .arg(title(f.kind), -24)
-                      .arg(PathDisplay::abbreviate(f.item.path, home)));
+                      .arg(shownPath(f.item.path, home)));
         if (f.item.detail) {
             printLine(QStringLiteral("           ") + *f.item.detail);
         }
@@ -182,15 +194,19 @@ int runDupes(const SearchOptions& o) {
         CleanupGroup copies{{}, *mode};
         for (std::size_t i = 0; i < found.size(); ++i) {
             const DuplicateGroup g = found.group(i);
-            // Every copy but the original: one always stays.
-            copies.items.insert(copies.items.end(), g.files.begin() + 1, g.files.end());
+            // Every copy but the original, each only while the original is still as found.
+            const CleanableItem& original = g.files.front();
+            const auto more =
+                g.removals([&original](const CleanableItem& f) { return !(f == original); });
+            copies.items.insert(copies.items.end(), more.begin(), more.end());
         }
         if (copies.items.empty()) {
             printLine(QStringLiteral("No duplicates to remove."));
             return kExitOk;
         }
-        return confirmAndClean({copies}, *mode, QStringLiteral("Duplicates"), o.removal,
-                               QStringLiteral("The oldest copy of each file is kept."));
+        return confirmAndClean({copies}, QStringLiteral("Duplicates"), o.removal,
+                               QStringLiteral("The oldest copy of each file is kept."),
+                               {options->root});
     }
     if (o.removal.json) {
         std::fflush(stdout);
@@ -210,7 +226,7 @@ int runDupes(const SearchOptions& o) {
                       .arg(PathDisplay::bytes(g.wastedBytes())));
         for (std::size_t k = 0; k < g.files.size(); ++k) {
             printLine((k == 0 ? QStringLiteral("  keep    ") : QStringLiteral("  copy    ")) +
-                      PathDisplay::abbreviate(g.files[k].path, home));
+                      shownPath(g.files[k].path, home));
             if (g.files[k].detail) {
                 printLine(QStringLiteral("          ") + *g.files[k].detail);
             }

@@ -1,5 +1,7 @@
 #include "cli/json_writer.h"
 
+#include "core/platform/file_names.h"
+
 #include <ctime>
 
 namespace tarvik::cli {
@@ -43,7 +45,30 @@ void JsonWriter::key(std::string_view name) {
 
 void JsonWriter::value(const QString& text) {
     separate();
-    escaped(text.toStdString());
+    if (!fileName::hasRawBytes(text)) {
+        escaped(text.toStdString());
+        return;
+    }
+    // A file name's bytes that are not UTF-8 are written as the lone surrogates that hold them
+    // ("\udcff" for the byte 0xFF), as Python's json and os.fsencode read them back.
+    buffer_ += '"';
+    qsizetype run = 0;
+    for (qsizetype i = 0; i <= text.size(); ++i) {
+        const bool escape = i < text.size() && fileName::hasRawBytes(QStringView(text).mid(i, 1)) &&
+                            !(i > 0 && text[i - 1].isHighSurrogate());
+        if (i == text.size() || escape) {
+            appendEscaped(QStringView(text).mid(run, i - run).toUtf8().toStdString());
+            if (escape) {
+                static constexpr char kHex[] = "0123456789abcdef";
+                const char16_t u = text[i].unicode();
+                buffer_ += "\\udc";
+                buffer_ += kHex[(u >> 4) & 15];
+                buffer_ += kHex[u & 15];
+            }
+            run = i + 1;
+        }
+    }
+    buffer_ += '"';
 }
 
 void JsonWriter::value(std::int64_t number) {
@@ -77,8 +102,13 @@ void JsonWriter::utcTime(std::int64_t seconds) {
 }
 
 void JsonWriter::escaped(std::string_view utf8) {
-    static constexpr char kHex[] = "0123456789abcdef";
     buffer_ += '"';
+    appendEscaped(utf8);
+    buffer_ += '"';
+}
+
+void JsonWriter::appendEscaped(std::string_view utf8) {
+    static constexpr char kHex[] = "0123456789abcdef";
     for (const char ch : utf8) {
         const auto c = static_cast<unsigned char>(ch);
         switch (c) {
@@ -113,7 +143,6 @@ void JsonWriter::escaped(std::string_view utf8) {
             }
         }
     }
-    buffer_ += '"';
 }
 
 void JsonWriter::flush() {

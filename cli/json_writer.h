@@ -37,6 +37,7 @@ private:
     void close(char bracket);
     void separate();
     void escaped(std::string_view utf8);
+    void appendEscaped(std::string_view utf8);
 
     std::FILE* out_;
     std::string buffer_;

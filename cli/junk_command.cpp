@@ -101,7 +101,7 @@ int runClean(const JunkOptions& o) {
         printLine(QStringLiteral("No junk found in the chosen categories."));
         return kExitOk;
     }
-    return confirmAndClean(groups, *mode, QStringLiteral("System Junk"), o.removal,
+    return confirmAndClean(groups, QStringLiteral("System Junk"), o.removal,
                            QStringLiteral("Trash contents are always deleted permanently."));
 }
 

@@ -1,5 +1,9 @@
 #include "cli/output.h"
 
+#include "core/cleanup/path_display.h"
+#include "core/platform/file_names.h"
+
+#include <QDir>
 #include <cstdio>
 #include <unistd.h>
 
@@ -23,6 +27,18 @@ void printError(const QString& text) {
 void printJson(const QJsonDocument& document) {
     const QByteArray out = document.toJson(QJsonDocument::Indented);
     std::fwrite(out.constData(), 1, static_cast<std::size_t>(out.size()), stdout);
+}
+
+QString pathArgument(const std::string& raw) {
+    const QString path = fileName::decode(raw);
+    if (path.isEmpty() || path.startsWith(QLatin1Char('/'))) {
+        return path;
+    }
+    return QDir::currentPath() + QLatin1Char('/') + path;
+}
+
+QString shownPath(const QString& path, const QString& home) {
+    return fileName::display(PathDisplay::abbreviate(path, home));
 }
 
 void printRows(const std::vector<std::pair<QString, QString>>& rows) {

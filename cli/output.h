@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 #include <QString>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -11,6 +12,11 @@ bool stdoutIsTerminal();
 void printLine(const QString& text);
 void printError(const QString& text);
 void printJson(const QJsonDocument& document);
+// A path named on the command line, made absolute (the current folder before a relative one)
+// but otherwise as typed, its bytes kept exactly even when they are not UTF-8.
+QString pathArgument(const std::string& raw);
+// A path as a person reads it: "~" for home, stray bytes as \xNN.
+QString shownPath(const QString& path, const QString& home);
 // Two columns, the labels padded to the widest one.
 void printRows(const std::vector<std::pair<QString, QString>>& rows);
 

@@ -2,10 +2,10 @@
 #include "cli/output.h"
 #include "core/cleanup/directory_sizer.h"
 #include "core/cleanup/path_display.h"
+#include "core/platform/file_names.h"
 #include "core/platform/xdg_paths.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -27,11 +27,10 @@ int runSize(const SizeOptions& o) {
     std::vector<std::pair<QString, QString>> rows;
     int status = kExitOk;
     for (const auto& p : o.paths) {
-        const QString path =
-            QDir::cleanPath(QDir::current().absoluteFilePath(QString::fromStdString(p)));
+        const QString path = QDir::cleanPath(pathArgument(p));
         struct stat st {};
-        if (::lstat(QFile::encodeName(path).constData(), &st) != 0) {
-            printError(QStringLiteral("%1 does not exist.").arg(path));
+        if (::lstat(fileName::encode(path).c_str(), &st) != 0) {
+            printError(QStringLiteral("%1 does not exist.").arg(shownPath(path, home)));
             status = kExitFailed;
             continue;
         }
@@ -49,8 +48,7 @@ int runSize(const SizeOptions& o) {
         if (r.otherFileSystems > 0) {
             note += QStringLiteral(" (%1 other file systems not entered)").arg(r.otherFileSystems);
         }
-        rows.emplace_back(PathDisplay::bytes(r.allocated),
-                          PathDisplay::abbreviate(path, home) + note);
+        rows.emplace_back(PathDisplay::bytes(r.allocated), shownPath(path, home) + note);
     }
     if (o.json) {
         printJson(QJsonDocument(out));

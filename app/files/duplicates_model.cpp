@@ -129,12 +129,12 @@ void DuplicatesModel::scan(FileSearchOptions options) {
     groups_.clear();
     reindex();
     selected_.clear();
-    auto flag = beginScan();
+    auto flag = beginScan(options.root);
     emit scanStarted();
     emit groupsChanged();
     emit selectionChanged();
     // An excluded file is neither offered nor kept as an original.
-    options.excluded = exclusions().paths();
+    options.excluded = exclusions().forMatching();
     scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home()] {
         return DuplicateFinder(home).scan(
             options, [this](const QString& phase, std::int64_t n) { postProgress(phase, n); },
@@ -145,11 +145,10 @@ void DuplicatesModel::scan(FileSearchOptions options) {
 void DuplicatesModel::removeSelected() {
     std::vector<CleanableItem> items;
     for (const auto& g : groups_) {
-        for (const auto& f : g.files) {
-            if (selected_.contains(f.id())) {
-                items.push_back(f);
-            }
-        }
+        // Each goes only while a copy that stays is still as the search found it.
+        const auto chosen =
+            g.removals([this](const CleanableItem& f) { return selected_.contains(f.id()); });
+        items.insert(items.end(), chosen.begin(), chosen.end());
     }
     startRemoval(std::move(items), QStringLiteral("Duplicates"));
 }

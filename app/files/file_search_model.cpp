@@ -44,7 +44,8 @@ void FileSearchModel::cancel() {
     }
 }
 
-std::shared_ptr<std::atomic<bool>> FileSearchModel::beginScan() {
+std::shared_ptr<std::atomic<bool>> FileSearchModel::beginScan(const QString& root) {
+    root_ = root;
     scanning_ = true;
     cancelled_ = false;
     report_.reset();
@@ -79,9 +80,12 @@ void FileSearchModel::startRemoval(std::vector<CleanableItem> items, const QStri
     report_.reset();
     cancel_ = std::make_shared<std::atomic<bool>>(false);
     const std::vector<CleanupGroup> groups{{std::move(items), removalMode()}};
-    removeWatcher_.setFuture(
-        QtConcurrent::run([this, groups, source, flag = cancel_, cleaner = deps_.cleaner(),
-                           path = deps_.timelinePath] {
+    // The exclusions as they are now, and the searched folder, which may be a disk of its own.
+    const Cleaner cleaner = deps_.cleaner()
+                                .withExclusions(exclusions())
+                                .startingAlsoAt(root_.isEmpty() ? deps_.home : root_);
+    removeWatcher_.setFuture(QtConcurrent::run(
+        [this, groups, source, flag = cancel_, cleaner, path = deps_.timelinePath] {
             std::optional<FreeSpaceTimeline> timeline;
             if (!path.isEmpty()) {
                 timeline.emplace(path);

@@ -58,8 +58,8 @@ signals:
 protected:
     FileSearchModel(Preferences& preferences, Dependencies dependencies, QObject* parent);
 
-    // Called by subclasses around their own scan.
-    std::shared_ptr<std::atomic<bool>> beginScan();
+    // Called by subclasses around their own scan of `root`.
+    std::shared_ptr<std::atomic<bool>> beginScan(const QString& root);
     void endScan();
     ExclusionList exclusions() const;
     // Passes the search's progress, from any thread, to the interface thread.
@@ -79,6 +79,7 @@ private:
     bool cancelled_ = false;
     bool scanned_ = false;
     std::optional<CleanReport> report_;
+    QString root_; // of the last search: removals may start there when it is a disk of its own
     QFutureWatcher<CleanReport> removeWatcher_;
 };
 

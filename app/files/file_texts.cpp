@@ -1,6 +1,7 @@
 #include "app/files/file_texts.h"
 
 #include "core/cleanup/path_display.h"
+#include "core/platform/file_names.h"
 
 #include <QLocale>
 
@@ -31,14 +32,14 @@ QString removalDetail(RemovalMode mode) {
 }
 
 QString reportHtml(const CleanReport& report, const QString& home) {
-    QString text = QStringLiteral("<b>Removed %1, %2 freed.</b>")
-                       .arg(count(static_cast<int>(report.removed.size()), QStringLiteral("file"),
-                                  QStringLiteral("files")),
-                            PathDisplay::bytes(report.freedBytes));
+    QString text = QStringLiteral("<b>%1</b>")
+                       .arg(cleanSummary(report, QStringLiteral("file"), QStringLiteral("files"))
+                                .toHtmlEscaped());
     for (const auto& f : report.failures) {
-        text += QStringLiteral("<br>%1 — %2")
-                    .arg(PathDisplay::abbreviate(f.item.path, home).toHtmlEscaped(),
-                         f.message.toHtmlEscaped());
+        text +=
+            QStringLiteral("<br>%1 — %2")
+                .arg(fileName::display(PathDisplay::abbreviate(f.item.path, home)).toHtmlEscaped(),
+                     f.message.toHtmlEscaped());
     }
     return text;
 }

@@ -80,11 +80,11 @@ void LargeFilesModel::scan(LargeFileScanner::Options options) {
     lastOptions_ = options;
     results_.clear();
     selected_.clear();
-    auto flag = beginScan();
+    auto flag = beginScan(options.root);
     emit scanStarted();
     emit resultsChanged();
     emit selectionChanged();
-    options.excluded = exclusions().paths();
+    options.excluded = exclusions().forMatching();
     scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home()] {
         return LargeFileScanner(home).scan(
             options,

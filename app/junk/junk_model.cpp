@@ -177,8 +177,11 @@ void JunkModel::clean() {
     auto flag = cancel_;
     QPointer<JunkModel> self(this);
     const auto groups = junkCleanupGroups(chosen, junkMode());
-    cleanWatcher_.setFuture(QtConcurrent::run(
-        [self, groups, flag, cleaner = deps_.cleaner(), path = deps_.timelinePath] {
+    // The exclusions as they are now: an unreadable list stops every removal with its reason.
+    const Cleaner cleaner =
+        deps_.cleaner().withExclusions(ExclusionList::load(prefs_, deps_.scannerOptions().home));
+    cleanWatcher_.setFuture(
+        QtConcurrent::run([self, groups, flag, cleaner, path = deps_.timelinePath] {
             FreeSpaceTimeline timeline(path);
             return runCleanup(
                 cleaner, groups, QStringLiteral("System Junk"),

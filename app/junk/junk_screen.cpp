@@ -4,6 +4,7 @@
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/cleanup/path_display.h"
+#include "core/platform/file_names.h"
 #include "core/platform/qt_text.h"
 
 #include <QHBoxLayout>
@@ -94,12 +95,13 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     connect(&model_, &JunkModel::cleanFinished, this, [this] {
         rebuild();
         const auto& r = *model_.lastReport();
-        QString text = tr("<b>Cleaned %1, %2 freed.</b>")
-                           .arg(itemsText(static_cast<int>(r.removed.size())),
-                                PathDisplay::bytes(r.freedBytes));
+        QString text = QStringLiteral("<b>%1</b>")
+                           .arg(cleanSummary(r, QStringLiteral("item"), QStringLiteral("items"))
+                                    .toHtmlEscaped());
         for (const auto& f : r.failures) {
             text += QStringLiteral("<br>%1 — %2")
-                        .arg(PathDisplay::abbreviate(f.item.path, home_).toHtmlEscaped(),
+                        .arg(fileName::display(PathDisplay::abbreviate(f.item.path, home_))
+                                 .toHtmlEscaped(),
                              f.message.toHtmlEscaped());
         }
         report_->setText(text);

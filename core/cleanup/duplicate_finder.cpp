@@ -2,8 +2,8 @@
 
 #include "core/cleanup/file_walk.h"
 #include "core/cleanup/hard_link_note.h"
+#include "core/platform/file_names.h"
 
-#include <QFile>
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -91,7 +91,7 @@ bool sameContents(const Work& a, const Work& b, const Names& names) {
 }
 
 std::int64_t age(const DuplicateCandidate& c) {
-    return c.dated ? c.mtime : std::numeric_limits<std::int64_t>::min(); // no date: the earliest
+    return c.mtime; // no date: the earliest
 }
 
 // Oldest first, ties by path (worked out only for files of the same age).
@@ -217,6 +217,32 @@ DuplicateGroup::keeping(const std::function<bool(const CleanableItem&)>& keep) c
     return g;
 }
 
+std::vector<CleanableItem>
+DuplicateGroup::removals(const std::function<bool(const CleanableItem&)>& chosen) const {
+    const CleanableItem* stays = nullptr;
+    for (const CleanableItem& f : files) {
+        if (!chosen(f)) {
+            stays = &f;
+            break;
+        }
+    }
+    if (stays == nullptr && !files.empty()) {
+        stays = &files.front();
+    }
+    std::vector<CleanableItem> out;
+    for (const CleanableItem& f : files) {
+        if (&f == stays || !chosen(f)) {
+            continue;
+        }
+        CleanableItem item = f;
+        if (stays->scanned) {
+            item.keptCopy = KeptCopy{stays->path, *stays->scanned};
+        }
+        out.push_back(std::move(item));
+    }
+    return out;
+}
+
 std::optional<std::int64_t> duplicateThreshold(std::int64_t raw) {
     return std::find(kDuplicateThresholds.begin(), kDuplicateThresholds.end(), raw) !=
                    kDuplicateThresholds.end()
@@ -235,14 +261,15 @@ DuplicateGroup DuplicateSet::group(std::size_t i) const {
         const Member& m = members_[k];
         const DuplicateCandidate& c = *names_[m.name];
         CleanableItem item;
-        item.path = QFile::decodeName(c.path().c_str());
+        item.path = fileName::decode(c.path());
         item.size = c.allocated;
-        if (c.dated) {
+        if (c.dated()) {
             item.modified = QDateTime::fromSecsSinceEpoch(c.mtime, Qt::UTC);
+            item.scanned = FileSnapshot{c.inode, c.length, c.mtime * 1'000'000'000LL + c.mtimeNs};
         }
         QStringList otherNames;
         for (std::uint32_t n = 1; n <= m.otherNames; ++n) {
-            otherNames << QFile::decodeName(names_[m.name + n]->path().c_str());
+            otherNames << fileName::decode(names_[m.name + n]->path());
         }
         item.detail = hardLinkNote(otherNames, c.links);
         g.files.push_back(std::move(item));
@@ -321,8 +348,10 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
         c.inode = sx.stx_ino;
         c.length = length;
         c.allocated = static_cast<std::int64_t>(sx.stx_blocks) * 512;
-        c.dated = (sx.stx_mask & STATX_MTIME) != 0;
-        c.mtime = sx.stx_mtime.tv_sec;
+        if ((sx.stx_mask & STATX_MTIME) != 0) {
+            c.mtime = sx.stx_mtime.tv_sec;
+            c.mtimeNs = sx.stx_mtime.tv_nsec;
+        }
         c.links = sx.stx_nlink;
     };
     FileWalk::run(scope.root(), walk);

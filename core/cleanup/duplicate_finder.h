@@ -6,6 +6,7 @@
 #include <QString>
 #include <atomic>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -26,6 +27,11 @@ struct DuplicateGroup {
     std::int64_t wastedBytes() const;
     // The group with only the files for which `keep` holds (after a removal).
     DuplicateGroup keeping(const std::function<bool(const CleanableItem&)>& keep) const;
+    // The files for which `chosen` holds, ready for removal: each goes only while the copy that
+    // stays (the first file not chosen) is still there as the search saw it. One file always
+    // stays: when every file is chosen, the original is not removed.
+    std::vector<CleanableItem>
+    removals(const std::function<bool(const CleanableItem&)>& chosen) const;
 };
 
 // The size presets of the screen, in bytes.
@@ -38,12 +44,14 @@ struct DuplicateCandidate {
     const char* folder = nullptr;
     const char* name = nullptr;
     std::uint64_t inode = 0;
-    std::int64_t length = 0;    // logical: what contents are compared on
-    std::int64_t allocated = 0; // what it takes on disk
-    std::int64_t mtime = 0;     // seconds; meaningful when `dated`
+    std::int64_t length = 0;       // logical: what contents are compared on
+    std::int64_t allocated = 0;    // what it takes on disk
+    std::int64_t mtime = kUndated; // seconds
     std::uint32_t links = 1;
-    bool dated = false;
+    std::uint32_t mtimeNs = 0; // the nanoseconds of `mtime`
 
+    static constexpr std::int64_t kUndated = std::numeric_limits<std::int64_t>::min();
+    bool dated() const { return mtime != kUndated; }
     std::string path() const;
 };
 

@@ -1,11 +1,32 @@
 #include "core/cleanup/exclusion_list.h"
 
+#include "core/cleanup/path_display.h"
+#include "core/cleanup/safety_guard.h"
+#include "core/platform/file_names.h"
 #include "core/shell/preferences.h"
 
 #include <QDir>
 #include <algorithm>
+#include <climits>
+#include <cstdlib>
 
 namespace tarvik {
+namespace {
+
+bool within(const QString& p, const QString& e) {
+    return p == e || p.startsWith(e.endsWith('/') ? e : e + QLatin1Char('/'));
+}
+
+// Where the path really is: every link followed when it exists, else its parents resolved.
+QString resolved(const QString& path) {
+    char buffer[PATH_MAX];
+    if (::realpath(fileName::encode(path).c_str(), buffer) != nullptr) {
+        return fileName::decode(buffer);
+    }
+    return SafetyGuard::canonical(path);
+}
+
+} // namespace
 
 ExclusionList::ExclusionList(const QStringList& paths, const QString& home) {
     for (QString p : paths) {
@@ -16,18 +37,49 @@ ExclusionList::ExclusionList(const QStringList& paths, const QString& home) {
             continue;
         }
         paths_ << QDir::cleanPath(QDir::isAbsolutePath(p) ? p : QDir(home).absoluteFilePath(p));
+        resolved_ << resolved(paths_.back());
     }
 }
 
 ExclusionList ExclusionList::load(const Preferences& preferences, const QString& home) {
+    if (const auto problem = preferences.readProblem()) {
+        ExclusionList unknown({}, home);
+        unknown.error_ =
+            QStringLiteral("Tarvik couldn't read your exclusion list in %1 (%2), so it removes "
+                           "nothing until it can.")
+                .arg(PathDisplay::abbreviate(preferences.filePath(), home), *problem);
+        return unknown;
+    }
     return ExclusionList(preferences.exclusions(), home);
+}
+
+QStringList ExclusionList::forMatching() const {
+    QStringList all = paths_;
+    for (const QString& r : resolved_) {
+        if (!all.contains(r)) {
+            all << r;
+        }
+    }
+    return all;
 }
 
 bool ExclusionList::contains(const QString& path) const {
     const QString p = QDir::cleanPath(path);
-    return std::any_of(paths_.begin(), paths_.end(), [&p](const QString& e) {
-        return p == e || p.startsWith(e.endsWith('/') ? e : e + QLatin1Char('/'));
-    });
+    const auto match = [&p](const QString& e) {
+        return within(p, e);
+    };
+    return std::any_of(paths_.begin(), paths_.end(), match) ||
+           std::any_of(resolved_.begin(), resolved_.end(), match);
+}
+
+QStringList ExclusionList::inside(const QString& folder) const {
+    QStringList out;
+    for (const QString& e : forMatching()) {
+        if (e != folder && within(e, folder)) {
+            out << e;
+        }
+    }
+    return out;
 }
 
 std::vector<CleanableItem> ExclusionList::filter(std::vector<CleanableItem> items) const {

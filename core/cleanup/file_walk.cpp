@@ -1,6 +1,9 @@
 #include "core/cleanup/file_walk.h"
 
+#include "core/platform/directory_handle.h"
+
 #include <algorithm>
+#include <cerrno>
 #include <condition_variable>
 #include <deque>
 #include <dirent.h>
@@ -25,7 +28,8 @@ namespace {
 
 class Walk {
 public:
-    Walk(dev_t dev, const FileWalk::Options& options) : dev_(dev), o_(options) {}
+    Walk(int rootFd, std::size_t labelLength, const FileWalk::Options& options)
+        : rootFd_(rootFd), labelLength_(labelLength), o_(options) {}
 
     void push(std::string dir) {
         {
@@ -107,21 +111,26 @@ private:
         }
     }
 
+    // The folder `dir` (a path that starts with the label), opened below the root's handle.
+    UniqueFd open(const std::string& dir) const {
+        const std::string_view relative = dir.size() > labelLength_
+                                              ? std::string_view(dir).substr(labelLength_ + 1)
+                                              : std::string_view();
+        return openBeneath(rootFd_, relative);
+    }
+
     void list(const std::string& dir, int thread, std::vector<char>& buffer) {
         if (cancelled()) {
             return;
         }
-        const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-        if (fd < 0) {
-            ++unreadable_;
+        const UniqueFd handle = open(dir);
+        if (!handle.valid()) {
+            // A mount point below the start (EXDEV), or a folder that can't be read or was
+            // swapped for a link since it was listed.
+            ++(errno == EXDEV ? otherFileSystems_ : unreadable_);
             return;
         }
-        struct stat self {};
-        if (::fstat(fd, &self) != 0 || (o_.sameFileSystem && self.st_dev != dev_)) {
-            ++otherFileSystems_;
-            ::close(fd);
-            return;
-        }
+        const int fd = handle.get();
         for (;;) {
             const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
             if (n < 0) {
@@ -140,7 +149,6 @@ private:
                 }
                 count();
                 if ((entries_.load(std::memory_order_relaxed) & 1023) == 0 && cancelled()) {
-                    ::close(fd);
                     return;
                 }
                 if (name[0] == '.' && !o_.includeHidden) {
@@ -159,17 +167,19 @@ private:
                             o_.statxMask | STATX_TYPE, &sx) != 0) {
                     continue; // vanished meanwhile
                 }
-                if (S_ISDIR(sx.stx_mode)) {
+                if (isMountRoot(sx)) {
+                    ++otherFileSystems_; // a file mounted over this name: not this mount's
+                } else if (S_ISDIR(sx.stx_mode)) {
                     folder(dir, name);
                 } else if (S_ISREG(sx.stx_mode) && o_.file) {
                     o_.file(thread, dir, name, sx);
                 }
             }
         }
-        ::close(fd);
     }
 
-    dev_t dev_;
+    int rootFd_;
+    std::size_t labelLength_;
     const FileWalk::Options& o_;
     std::mutex mutex_;
     std::condition_variable ready_;
@@ -189,12 +199,21 @@ int FileWalk::maximumThreads(const Options& options) {
 }
 
 FileWalk::Totals FileWalk::run(const std::string& root, const Options& options) {
-    struct stat st {};
-    if (::stat(root.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+    const UniqueFd fd(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!fd.valid()) {
         return {0, 1, 0, 1};
     }
-    Walk walk(st.st_dev, options);
-    walk.push(root);
+    return run(fd.get(), root, options);
+}
+
+FileWalk::Totals FileWalk::run(int rootFd, const std::string& label, const Options& options) {
+    std::string start = label;
+    while (start.size() > 1 && start.back() == '/') {
+        start.pop_back();
+    }
+    // The label "/" has children "/a": nothing to drop before the relative part but the slash.
+    Walk walk(rootFd, start == "/" ? 0 : start.size(), options);
+    walk.push(start);
     // Most folders are small: starting threads would cost more than listing them.
     if (walk.runInline(8)) {
         return walk.totals();

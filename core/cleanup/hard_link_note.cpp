@@ -1,12 +1,14 @@
 #include "core/cleanup/hard_link_note.h"
 
+#include "core/platform/file_names.h"
+
 namespace tarvik {
 
 std::optional<QString> hardLinkNote(const QStringList& namesSeen, std::uint32_t links) {
     if (!namesSeen.isEmpty()) {
         return QStringLiteral(
                    "Also named %1 (hard links to the same file); removing one name frees nothing.")
-            .arg(namesSeen.join(QStringLiteral(", ")));
+            .arg(fileName::display(namesSeen.join(QStringLiteral(", "))));
     }
     if (links > 1) {
         return QStringLiteral("This file has %1 other name(s) (hard links) outside the search; "

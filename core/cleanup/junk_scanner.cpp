@@ -2,14 +2,17 @@
 
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
+#include "core/cleanup/path_display.h"
+#include "core/platform/directory_handle.h"
+#include "core/platform/file_names.h"
 #include "core/platform/xdg_paths.h"
 #include "core/platform/xdg_user_dirs.h"
 #include "core/shell/preferences.h"
 
 #include <QDir>
-#include <QFile>
 #include <algorithm>
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <utility>
 
@@ -22,19 +25,29 @@ bool isIgnored(const QString& name) {
 
 std::vector<QString> listNames(const QString& folder) {
     std::vector<QString> names;
-    DIR* dir = ::opendir(QFile::encodeName(folder).constData());
+    DIR* dir = ::opendir(fileName::encode(folder).c_str());
     if (dir == nullptr) {
         return names; // an unreadable folder offers nothing, without an error
     }
     while (const dirent* d = ::readdir(dir)) {
         const char* n = d->d_name;
         if (!(n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0')))) {
-            names.push_back(QFile::decodeName(n));
+            names.push_back(fileName::decode(n));
         }
     }
     ::closedir(dir);
     std::sort(names.begin(), names.end()); // a stable listing order for equal sizes
     return names;
+}
+
+bool isFolderOrFile(const QString& path, mode_t type, bool& mountRoot) {
+    struct statx sx {};
+    if (::statx(AT_FDCWD, fileName::encode(path).c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                STATX_TYPE, &sx) != 0) {
+        return false;
+    }
+    mountRoot = isMountRoot(sx);
+    return (sx.stx_mode & S_IFMT) == type;
 }
 
 } // namespace
@@ -56,9 +69,9 @@ JunkScanner::Options JunkScanner::optionsForCurrentUser(const Preferences& prefe
 
 std::vector<QString> JunkScanner::candidates(const ScanTarget& target) const {
     const QString folder = options_.home + QLatin1Char('/') + target.path;
-    struct stat st {};
-    if (::lstat(QFile::encodeName(folder).constData(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-        return {}; // missing, or a link: never followed out of home
+    bool mountRoot = false;
+    if (!isFolderOrFile(folder, S_IFDIR, mountRoot) || mountRoot) {
+        return {}; // missing, a link (never followed out of home), or another file system
     }
     if (target.mode == ScanTarget::Mode::Whole) {
         return {folder};
@@ -68,9 +81,15 @@ std::vector<QString> JunkScanner::candidates(const ScanTarget& target) const {
         if (isIgnored(name)) {
             continue;
         }
+        const QString path = folder + QLatin1Char('/') + name;
         if (target.mode == ScanTarget::Mode::Children) {
-            if (!target.names.contains(name)) {
-                out.push_back(folder + QLatin1Char('/') + name);
+            struct statx sx {};
+            const bool mounted =
+                ::statx(AT_FDCWD, fileName::encode(path).c_str(),
+                        AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE, &sx) == 0 &&
+                isMountRoot(sx);
+            if (!target.names.contains(name) && !mounted) {
+                out.push_back(path);
             }
             continue;
         }
@@ -78,9 +97,8 @@ std::vector<QString> JunkScanner::candidates(const ScanTarget& target) const {
             continue;
         }
         const QString extension = name.section(QLatin1Char('.'), -1).toLower();
-        const QString path = folder + QLatin1Char('/') + name;
         if (name.contains(QLatin1Char('.')) && target.names.contains(extension) &&
-            ::lstat(QFile::encodeName(path).constData(), &st) == 0 && S_ISREG(st.st_mode)) {
+            isFolderOrFile(path, S_IFREG, mountRoot) && !mountRoot) {
             out.push_back(path);
         }
     }
@@ -91,7 +109,6 @@ std::vector<JunkScanResult>
 JunkScanner::scan(const std::vector<JunkCategory>& categories,
                   const std::function<void(const JunkScanResult&)>& onCategory) const {
     std::vector<JunkScanResult> results;
-    const DirectorySizer sizer(options_.cancel);
     for (JunkCategory category : categories) {
         if (cancelled()) {
             break;
@@ -105,13 +122,30 @@ JunkScanner::scan(const std::vector<JunkCategory>& categories,
                 if (options_.exclusions && options_.exclusions->contains(path)) {
                     continue; // an excluded location is never offered
                 }
+                // An excluded place inside is left out of the size, and the removal goes
+                // around it.
+                const QStringList inside =
+                    options_.exclusions ? options_.exclusions->inside(path) : QStringList();
+                DirectorySizer sizer(options_.cancel);
+                std::vector<std::string> skipped;
+                for (const QString& e : inside) {
+                    skipped.push_back(fileName::encode(e));
+                }
+                sizer.skip(std::move(skipped));
                 const std::int64_t size = sizer.size(path);
-                if (size <= 0) {
+                // Everything in the Trash is offered, links and empty files too: nothing else
+                // would ever take them away.
+                if (size <= 0 && category != JunkCategory::Trash) {
                     continue;
                 }
                 CleanableItem item{path, size, std::nullopt, std::nullopt};
+                if (!inside.isEmpty()) {
+                    item.detail = QStringLiteral("Keeps %1, which you excluded.")
+                                      .arg(fileName::display(
+                                          PathDisplay::abbreviate(inside.front(), options_.home)));
+                }
                 struct stat st {};
-                if (::lstat(QFile::encodeName(path).constData(), &st) == 0) {
+                if (::lstat(fileName::encode(path).c_str(), &st) == 0) {
                     item.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
                 }
                 result.items.push_back(std::move(item));

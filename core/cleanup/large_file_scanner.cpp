@@ -2,10 +2,12 @@
 
 #include "core/cleanup/file_walk.h"
 #include "core/cleanup/hard_link_note.h"
+#include "core/platform/file_names.h"
 
 #include <QDir>
-#include <QFile>
 #include <algorithm>
+#include <climits>
+#include <cstdlib>
 #include <mutex>
 
 namespace tarvik {
@@ -69,14 +71,28 @@ std::vector<FoundFile> oneRowPerFile(std::vector<Hit> hits) {
 }
 
 std::string encoded(const QString& path) {
-    return std::string(QFile::encodeName(QDir::cleanPath(path)).constData());
+    return fileName::encode(QDir::cleanPath(path));
+}
+
+// Where a folder really is, links followed; a walk's paths are spelled this way.
+QString real(const QString& path) {
+    const QString absolute =
+        QDir::isAbsolutePath(path) ? path : QDir::currentPath() + QLatin1Char('/') + path;
+    char buffer[PATH_MAX];
+    if (::realpath(fileName::encode(absolute).c_str(), buffer) != nullptr) {
+        return fileName::decode(buffer);
+    }
+    return QDir::cleanPath(absolute);
 }
 
 } // namespace
 
-SearchScope::SearchScope(const FileSearchOptions& options, const QString& home)
-    : root_(encoded(options.root)) {
-    for (const QString& s : options.skippedFolders(QDir::cleanPath(home))) {
+SearchScope::SearchScope(const FileSearchOptions& options, const QString& home) {
+    // A relative root, or one reached through a link, is compared in the walk's own spelling.
+    FileSearchOptions resolved = options;
+    resolved.root = real(options.root.isEmpty() ? home : options.root);
+    root_ = encoded(resolved.root);
+    for (const QString& s : resolved.skippedFolders(real(home))) {
         skipped_.push_back(encoded(s));
     }
     for (const QString& e : options.excluded) {
@@ -138,10 +154,13 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
             return; // changed after the cut-off: not old enough
         }
         Hit& h = found[static_cast<std::size_t>(thread)].emplace_back();
-        h.file.item.path = QFile::decodeName(childPath(folder, name).c_str());
+        h.file.item.path = fileName::decode(childPath(folder, name));
         h.file.item.size = size;
         if (dated) {
             h.file.item.modified = QDateTime::fromSecsSinceEpoch(sx.stx_mtime.tv_sec, Qt::UTC);
+            h.file.item.scanned =
+                FileSnapshot{sx.stx_ino, static_cast<std::int64_t>(sx.stx_size),
+                             sx.stx_mtime.tv_sec * 1'000'000'000LL + sx.stx_mtime.tv_nsec};
         }
         h.file.kind = fileKind(name);
         h.inode = sx.stx_ino;

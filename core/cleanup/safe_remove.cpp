@@ -1,120 +1,131 @@
 #include "core/cleanup/safe_remove.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace tarvik {
-
-UniqueFd& UniqueFd::operator=(UniqueFd&& o) noexcept {
-    if (this != &o) {
-        if (fd_ >= 0) {
-            ::close(fd_);
-        }
-        fd_ = o.release();
-    }
-    return *this;
-}
-
-UniqueFd::~UniqueFd() {
-    if (fd_ >= 0) {
-        ::close(fd_);
-    }
-}
-
-UniqueFd openDirectoryNoFollow(const std::string& absolutePath) {
-    if (absolutePath.empty() || absolutePath.front() != '/') {
-        errno = EINVAL;
-        return UniqueFd();
-    }
-    UniqueFd dir(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::size_t pos = 1;
-    while (dir.valid() && pos < absolutePath.size()) {
-        const std::size_t slash = absolutePath.find('/', pos);
-        const std::string part =
-            absolutePath.substr(pos, slash == std::string::npos ? std::string::npos : slash - pos);
-        pos = slash == std::string::npos ? absolutePath.size() : slash + 1;
-        if (part.empty() || part == ".") {
-            continue;
-        }
-        if (part == "..") {
-            errno = EINVAL; // canonical paths have none; refuse rather than climb
-            return UniqueFd();
-        }
-        dir = UniqueFd(
-            ::openat(dir.get(), part.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    }
-    return dir;
-}
-
 namespace {
 
-int removeDirectoryContents(int dirFd, dev_t dev) {
-    // Entries are collected first: removing while reading a directory stream is undefined.
-    const int copy = ::dup(dirFd);
-    if (copy < 0) {
-        return errno;
+void note(TreeRemoval& out, int error) {
+    if (out.error == 0) {
+        out.error = error;
     }
-    DIR* stream = ::fdopendir(copy);
-    if (stream == nullptr) {
-        const int e = errno;
-        ::close(copy);
-        return e;
-    }
-    std::vector<std::string> names;
-    errno = 0;
-    while (const dirent* d = ::readdir(stream)) {
-        const char* n = d->d_name;
-        if (!(n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0')))) {
-            names.emplace_back(n);
+}
+
+// The names in an open folder, each ending in NUL: collected first, as removing while reading
+// a folder may skip or repeat entries.
+int listNames(int fd, std::string& names) {
+    char buffer[32 * 1024];
+    for (;;) {
+        const ssize_t n = ::getdents64(fd, buffer, sizeof buffer);
+        if (n < 0) {
+            return errno;
+        }
+        if (n == 0) {
+            return 0;
+        }
+        for (ssize_t off = 0; off < n;) {
+            const auto* d = reinterpret_cast<const dirent64*>(buffer + off);
+            off += d->d_reclen;
+            const char* s = d->d_name;
+            if (!(s[0] == '.' && (s[1] == '\0' || (s[1] == '.' && s[2] == '\0')))) {
+                names.append(s);
+                names.push_back('\0');
+            }
         }
     }
-    const int listError = errno;
-    ::closedir(stream);
-    int first = listError;
-    for (const auto& n : names) {
-        const int e = removeEntryAt(dirFd, n.c_str(), dev);
-        if (e != 0 && first == 0) {
-            first = e;
-        }
-    }
-    return first;
 }
 
 } // namespace
 
-int removeEntryAt(int dirFd, const char* name, dev_t dev) {
-    struct stat st {};
-    if (::fstatat(dirFd, name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        return errno == ENOENT ? 0 : errno;
-    }
-    if (!S_ISDIR(st.st_mode)) {
-        return ::unlinkat(dirFd, name, 0) == 0 || errno == ENOENT ? 0 : errno;
-    }
-    if (st.st_dev != dev) {
-        return EXDEV; // a file system mounted below: never emptied from here
-    }
-    UniqueFd child(::openat(dirFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!child.valid()) {
-        // ENOTDIR or ELOOP: it was swapped for a file or link since fstatat; remove that name.
-        if (errno == ENOTDIR || errno == ELOOP) {
-            return ::unlinkat(dirFd, name, 0) == 0 ? 0 : errno;
+bool TreeRemover::isExcluded(std::uint64_t inode) const {
+    return std::binary_search(excluded_.begin(), excluded_.end(), inode);
+}
+
+TreeRemover::TreeRemover(std::uint64_t mountId, std::vector<std::uint64_t> excludedInodes)
+    : mountId_(mountId), excluded_(std::move(excludedInodes)) {
+    std::sort(excluded_.begin(), excluded_.end());
+}
+
+TreeRemoval TreeRemover::remove(int dirFd, const char* name, std::string path) const {
+    TreeRemoval out;
+    removeEntry(dirFd, name, path, out);
+    return out;
+}
+
+void TreeRemover::removeEntry(int dirFd, const char* name, std::string& path,
+                              TreeRemoval& out) const {
+    struct statx sx {};
+    const auto mount =
+        mountIdAt(dirFd, name, sx, STATX_TYPE | STATX_INO | STATX_NLINK | STATX_BLOCKS);
+    if (!mount) {
+        if (errno != ENOENT) {
+            note(out, errno);
         }
-        // An unreadable but empty folder can still be removed.
-        return ::unlinkat(dirFd, name, AT_REMOVEDIR) == 0 ? 0 : errno;
+        return;
     }
-    struct stat opened {};
-    if (::fstat(child.get(), &opened) != 0 || opened.st_ino != st.st_ino || opened.st_dev != dev) {
-        return EXDEV;
+    if (*mount != mountId_ || isMountRoot(sx)) {
+        out.mountsLeft.push_back(path); // something is mounted here: never emptied from here
+        return;
     }
-    const int contents = removeDirectoryContents(child.get(), dev);
-    if (::unlinkat(dirFd, name, AT_REMOVEDIR) == 0) {
-        return 0;
+    if (!excluded_.empty() && isExcluded(sx.stx_ino)) {
+        out.excludedLeft.push_back(path);
+        return;
     }
-    return contents != 0 ? contents : errno;
+    if (!S_ISDIR(sx.stx_mode)) {
+        if (::unlinkat(dirFd, name, 0) == 0) {
+            if (S_ISREG(sx.stx_mode) && sx.stx_nlink == 1) {
+                out.freed += static_cast<std::int64_t>(sx.stx_blocks) * 512;
+            }
+        } else if (errno != ENOENT) {
+            note(out, errno);
+        }
+        return;
+    }
+    const UniqueFd child = openBeneath(dirFd, name);
+    if (!child.valid()) {
+        if (errno == ENOTDIR || errno == ELOOP) {
+            // Swapped for a file or a link since it was looked at: that name goes, as itself.
+            if (::unlinkat(dirFd, name, 0) != 0 && errno != ENOENT) {
+                note(out, errno);
+            }
+        } else if (errno == EXDEV) {
+            out.mountsLeft.push_back(path);
+        } else if (::unlinkat(dirFd, name, AT_REMOVEDIR) != 0) {
+            note(out, errno); // an unreadable folder can still go when it is empty
+        }
+        return;
+    }
+    struct statx opened {};
+    if (::statx(child.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_INO, &opened) != 0 ||
+        opened.stx_ino != sx.stx_ino) {
+        note(out, EBUSY); // another folder took its name meanwhile: leave both alone
+        return;
+    }
+    std::string names;
+    if (const int e = listNames(child.get(), names); e != 0) {
+        note(out, e);
+    }
+    const std::size_t length = path.size();
+    for (std::size_t at = 0; at < names.size();) {
+        const char* entry = names.c_str() + at;
+        const std::size_t entryLength = std::char_traits<char>::length(entry);
+        path.push_back('/');
+        path.append(entry, entryLength);
+        removeEntry(child.get(), entry, path, out);
+        path.resize(length);
+        at += entryLength + 1;
+    }
+    if (::unlinkat(dirFd, name, AT_REMOVEDIR) != 0 && errno != ENOENT) {
+        // Left on purpose inside: the folder stays, and what was left says why.
+        if (!(out.left() && (errno == ENOTEMPTY || errno == EEXIST || errno == EBUSY))) {
+            note(out, errno);
+        }
+    }
 }
 
 } // namespace tarvik

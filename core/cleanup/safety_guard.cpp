@@ -1,12 +1,14 @@
 #include "core/cleanup/safety_guard.h"
 
+#include "core/platform/file_names.h"
 #include "core/platform/xdg_paths.h"
 #include "core/platform/xdg_user_dirs.h"
 
 #include <QDir>
-#include <QFile>
 #include <climits>
 #include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace tarvik {
 namespace {
@@ -21,26 +23,88 @@ bool within(const QString& p, const QString& q) {
 
 std::optional<QString> realPath(const QString& path) {
     char buffer[PATH_MAX];
-    if (::realpath(QFile::encodeName(path).constData(), buffer) == nullptr) {
+    if (::realpath(fileName::encode(path).c_str(), buffer) == nullptr) {
         return std::nullopt;
     }
-    return QFile::decodeName(buffer);
+    return fileName::decode(buffer);
+}
+
+QString absolute(const QString& path) {
+    return QDir::isAbsolutePath(path) ? path : QDir::currentPath() + QLatin1Char('/') + path;
+}
+
+// The last component, trailing slashes ignored, is "." or "..": rm refuses these too.
+bool endsInDots(const QString& path) {
+    QString p = path;
+    while (p.size() > 1 && p.endsWith('/')) {
+        p.chop(1);
+    }
+    const QString last = p.section('/', -1);
+    return last == QLatin1String(".") || last == QLatin1String("..");
+}
+
+// Some ".." comes after a symbolic link: the kernel goes up from where the link leads, the text
+// from where the link lies. Each ".." is checked both ways; one the kernel cannot take at all
+// (after a missing folder or a file) is refused too, as rm would fail there.
+bool dotDotAfterLink(const QString& path) {
+    const QStringList parts = path.split('/');
+    if (!parts.contains(QStringLiteral(".."))) {
+        return false;
+    }
+    QString prefix;
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        prefix += (i == 0 ? QString() : QStringLiteral("/")) + parts[i];
+        if (parts[i] != QLatin1String("..")) {
+            continue;
+        }
+        const auto byKernel = realPath(prefix);
+        if (!byKernel || realPath(QDir::cleanPath(prefix)) != byKernel) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
 
 QString Violation::description() const {
-    return kind == Kind::ProtectedPath
-               ? path + QStringLiteral(" is a protected location and was skipped.")
-               : path + QStringLiteral(" is outside the locations Tarvik is allowed to clean.");
+    switch (kind) {
+    case Kind::ProtectedPath:
+        return path + QStringLiteral(" is a protected location and was skipped.");
+    case Kind::OutsideAllowedRoots:
+        return path + QStringLiteral(" is outside the locations Tarvik is allowed to clean.");
+    case Kind::NamedByDots:
+        return path.isEmpty()
+                   ? QStringLiteral("An empty path names nothing and was skipped.")
+                   : path + QStringLiteral(" ends in “.” or “..” and was skipped: name the "
+                                           "folder by its own path.");
+    case Kind::DotDotAfterLink:
+        return path + QStringLiteral(" goes up with “..” from a symbolic link or a missing folder, "
+                                     "so it is unclear which folder it means, and was skipped.");
+    case Kind::NoUsableHome:
+        return path == QLatin1String("/")
+                   ? QStringLiteral("Your home folder is “/”, so Tarvik removes nothing: it "
+                                    "cleans only inside a home folder of your own.")
+                   : QStringLiteral("Your home folder “%1” is not a folder you own, so Tarvik "
+                                    "removes nothing.")
+                         .arg(path);
+    }
+    return {};
 }
 
 SafetyGuard::SafetyGuard(const QString& home, const QStringList& extraAllowedRoots,
-                         const QStringList& userDirs) {
-    const QString h = canonical(home);
-    allowedRoots_ << h;
-    for (const QString& r : extraAllowedRoots) {
-        allowedRoots_ << canonical(r);
+                         const QStringList& extraProtected, const QStringList& extraForbidden) {
+    // Home itself is resolved too: a home that is a link is judged where it leads.
+    const QString h = realPath(home).value_or(canonical(home));
+    struct stat st {};
+    if (h == QLatin1String("/") || ::stat(fileName::encode(h).c_str(), &st) != 0 ||
+        !S_ISDIR(st.st_mode) || st.st_uid != ::getuid()) {
+        homeProblem_ = Violation{Violation::Kind::NoUsableHome, h};
+    } else {
+        allowedRoots_ << h;
+        for (const QString& r : extraAllowedRoots) {
+            allowedRoots_ << canonical(r);
+        }
     }
     protectedPaths_ = {"/", "/System", "/Library", "/Applications", "/Users", "/usr", "/bin",
                        "/sbin", "/private", "/var", "/etc", "/opt", "/Volumes", "/cores",
@@ -60,8 +124,8 @@ SafetyGuard::SafetyGuard(const QString& home, const QStringList& extraAllowedRoo
         // Joined by plain concatenation, not canonicalised again.
         protectedPaths_ << (*name == '\0' ? h : h + QLatin1Char('/') + QLatin1String(name));
     }
-    for (const QString& dir : userDirs) {
-        protectedPaths_ << canonical(dir);
+    for (const QString& p : extraProtected) {
+        protectedPaths_ << canonical(p);
     }
     forbiddenSubtrees_ = {"/System", "/usr", "/bin", "/sbin", "/boot", "/dev", "/proc", "/sys"};
     for (const char* name :
@@ -69,12 +133,20 @@ SafetyGuard::SafetyGuard(const QString& home, const QStringList& extraAllowedRoo
           ".local/share/keyrings", ".pki"}) {
         forbiddenSubtrees_ << h + QLatin1Char('/') + QLatin1String(name);
     }
+    for (const QString& f : extraForbidden) {
+        forbiddenSubtrees_ << canonical(f);
+    }
 }
 
 SafetyGuard SafetyGuard::forCurrentUser() {
     const QString home = xdg::home();
-    return SafetyGuard(home, {QStringLiteral("/Applications")},
-                       xdg::readUserDirs(xdg::configHome(), home));
+    QStringList protectedPlaces = xdg::readUserDirs(xdg::configHome(), home);
+    // Wherever the XDG variables moved them, these folders weigh what ~/.config and the rest do.
+    protectedPlaces << xdg::configHome() << xdg::dataHome()
+                    << xdg::dataHome() + QStringLiteral("/Trash") << xdg::stateHome()
+                    << xdg::cacheHome();
+    return SafetyGuard(home, {QStringLiteral("/Applications")}, protectedPlaces,
+                       {xdg::dataHome() + QStringLiteral("/keyrings")});
 }
 
 QString SafetyGuard::stripPrivatePrefix(const QString& path) {
@@ -87,8 +159,7 @@ QString SafetyGuard::stripPrivatePrefix(const QString& path) {
 }
 
 QString SafetyGuard::canonical(const QString& path) {
-    const QString standard =
-        QDir::cleanPath(QDir::isAbsolutePath(path) ? path : QDir::current().absoluteFilePath(path));
+    const QString standard = QDir::cleanPath(absolute(path));
     if (standard == QLatin1String("/")) {
         return standard;
     }
@@ -113,8 +184,18 @@ QString SafetyGuard::canonical(const QString& path) {
     }
 }
 
-std::optional<Violation> SafetyGuard::check(const QString& path) const {
+SafetyGuard::Judgement SafetyGuard::judge(const QString& path) const {
+    if (path.isEmpty() || endsInDots(path)) {
+        return {QString(), Violation{Violation::Kind::NamedByDots, path}};
+    }
     const QString p = canonical(path);
+    if (dotDotAfterLink(absolute(path))) {
+        return {p, Violation{Violation::Kind::DotDotAfterLink, path}};
+    }
+    return {p, checkCanonical(p)};
+}
+
+std::optional<Violation> SafetyGuard::checkCanonical(const QString& p) const {
     for (const QString& q : protectedPaths_) {
         if (p == q || q.startsWith(p.endsWith('/') ? p : p + QLatin1Char('/'))) {
             return Violation{Violation::Kind::ProtectedPath, p};
@@ -124,6 +205,9 @@ std::optional<Violation> SafetyGuard::check(const QString& path) const {
         if (within(p, f)) {
             return Violation{Violation::Kind::ProtectedPath, p};
         }
+    }
+    if (homeProblem_) {
+        return homeProblem_;
     }
     for (const QString& r : allowedRoots_) {
         if (p != r && within(p, r)) {

@@ -1,12 +1,12 @@
 #include "core/cleanup/trash.h"
 
-#include "core/cleanup/safe_remove.h"
+#include "core/cleanup/safety_guard.h"
+#include "core/platform/directory_handle.h"
+#include "core/platform/file_names.h"
 #include "core/platform/xdg_paths.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
-#include <QUrl>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -21,13 +21,24 @@ QString reason(int error) {
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
+// A folder of this user's, not a link: what GLib and the standard accept as a trash folder.
+bool ownFolder(int fd) {
+    struct stat st {};
+    return ::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::getuid();
+}
+
 // Makes `name` in `dirFd` a folder of ours (mode 700) if it is missing, and opens it without
-// following a link.
+// following a link; a folder that is someone else's is refused.
 UniqueFd ensureDir(int dirFd, const char* name) {
     if (::mkdirat(dirFd, name, 0700) != 0 && errno != EEXIST) {
         return UniqueFd();
     }
-    return UniqueFd(::openat(dirFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    UniqueFd fd(::openat(dirFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (fd.valid() && !ownFolder(fd.get())) {
+        errno = EPERM;
+        return UniqueFd();
+    }
+    return fd;
 }
 
 struct TrashDir {
@@ -39,9 +50,9 @@ struct TrashDir {
 std::optional<TrashDir> openTrash(const std::string& trashPath, std::string topdir) {
     const std::string parent = trashPath.substr(0, trashPath.rfind('/'));
     const std::string leaf = trashPath.substr(trashPath.rfind('/') + 1);
-    if (::mkdir(parent.c_str(), 0700) != 0 && errno != EEXIST) {
-        // the parent of the home trash is the data folder; create it as XDG asks
-        QDir().mkpath(QFile::decodeName(parent.c_str()));
+    if (topdir.empty()) {
+        // The parent of the home trash is the data folder; create it as XDG asks.
+        QDir().mkpath(fileName::decode(parent));
     }
     UniqueFd parentFd = openDirectoryNoFollow(parent);
     if (!parentFd.valid()) {
@@ -58,18 +69,54 @@ std::optional<TrashDir> openTrash(const std::string& trashPath, std::string topd
     return t;
 }
 
-// The top folder of the mount holding `path`: climb while the parent is on the same device.
-std::string mountTop(std::string path, dev_t dev) {
-    while (path != "/") {
-        const auto slash = path.rfind('/');
-        const std::string parent = slash == 0 ? "/" : path.substr(0, slash);
-        struct stat st {};
-        if (::stat(parent.c_str(), &st) != 0 || st.st_dev != dev) {
-            return path;
-        }
-        path = parent;
+bool isMountTop(const std::string& path) {
+    if (path == "/") {
+        return true;
     }
-    return path;
+    struct statx sx {};
+    return ::statx(AT_FDCWD, path.c_str(), AT_STATX_DONT_SYNC, STATX_MNT_ID, &sx) == 0 &&
+           isMountRoot(sx);
+}
+
+// Writes `contents` as `name` in `dirFd`, the name appearing only once the contents are whole
+// and only if it was free (EEXIST otherwise): an unnamed file linked in, or a temporary name
+// where the file system has no unnamed files. Returns 0 or the errno.
+int createWhole(int dirFd, const std::string& name, const QByteArray& contents) {
+    const auto writeAll = [&contents](int fd) {
+        const auto size = static_cast<std::size_t>(contents.size());
+        const ssize_t n = ::write(fd, contents.constData(), size);
+        if (n == static_cast<ssize_t>(size)) {
+            return 0;
+        }
+        return n < 0 ? errno : ENOSPC; // a short write is a full disk
+    };
+    const int anonymous = ::openat(dirFd, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
+    if (anonymous >= 0) {
+        int error = writeAll(anonymous);
+        if (error == 0) {
+            const std::string self = "/proc/self/fd/" + std::to_string(anonymous);
+            if (::linkat(AT_FDCWD, self.c_str(), dirFd, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+                error = errno;
+            }
+        }
+        ::close(anonymous);
+        if (error != ENOENT) { // ENOENT: no /proc to link through; use a temporary name
+            return error;
+        }
+    }
+    const std::string temporary = ".tarvik-" + std::to_string(::getpid()) + "-" + name + ".part";
+    const int fd =
+        ::openat(dirFd, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (fd < 0) {
+        return errno;
+    }
+    int error = writeAll(fd);
+    ::close(fd);
+    if (error == 0 && ::linkat(dirFd, temporary.c_str(), dirFd, name.c_str(), 0) != 0) {
+        error = errno;
+    }
+    ::unlinkat(dirFd, temporary.c_str(), 0);
+    return error;
 }
 
 } // namespace
@@ -81,40 +128,75 @@ Trash Trash::forCurrentUser() {
 }
 
 QByteArray Trash::trashInfo(const std::string& path, const QString& deletionDate) {
+    // The bytes themselves are encoded, so a name that is not UTF-8 is restored as it was.
     return QByteArray("[Trash Info]\nPath=") +
-           QUrl::toPercentEncoding(QString::fromStdString(path), "/") +
-           QByteArray("\nDeletionDate=") + deletionDate.toLatin1() + QByteArray("\n");
+           QByteArray::fromStdString(path).toPercentEncoding("/") + QByteArray("\nDeletionDate=") +
+           deletionDate.toLatin1() + QByteArray("\n");
+}
+
+std::optional<std::string> Trash::infoFolderFor(const std::string& folder) const {
+    if (!folder.ends_with("/files")) {
+        return std::nullopt;
+    }
+    const std::string trash = folder.substr(0, folder.size() - 6);
+    const std::string info = trash + "/info";
+    if (trash == fileName::encode(SafetyGuard::canonical(homeTrash_))) {
+        return info;
+    }
+    const std::string uid = std::to_string(::getuid());
+    for (const std::string& suffix : {"/.Trash-" + uid, "/.Trash/" + uid}) {
+        if (trash.ends_with(suffix)) {
+            const std::string top = trash.size() == suffix.size()
+                                        ? std::string("/")
+                                        : trash.substr(0, trash.size() - suffix.size());
+            if (isMountTop(top)) {
+                return info;
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+bool Trash::holds(const std::string& path) const {
+    for (std::string folder = path; folder.size() > 1;) {
+        folder.resize(std::max<std::size_t>(folder.rfind('/'), 1));
+        if (infoFolderFor(folder)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& parentPath,
                                           const std::string& name) const {
-    struct stat item {};
-    if (::fstatat(parentFd, name.c_str(), &item, AT_SYMLINK_NOFOLLOW) != 0) {
+    struct statx item {};
+    const auto itemMount = mountIdAt(parentFd, name.c_str(), item, STATX_TYPE);
+    if (!itemMount) {
         return reason(errno);
     }
     const std::string absolute = (parentPath == "/" ? "" : parentPath) + "/" + name;
-    const std::string home = QFile::encodeName(homeTrash_).toStdString();
-    // The home trash's file system: that of the trash, or of the nearest folder above it.
-    struct stat homeSt {};
+    const std::string home = fileName::encode(homeTrash_);
+    // The home trash's mount: that of the trash, or of the nearest folder above it.
     std::string probe = home;
-    while (::stat(probe.c_str(), &homeSt) != 0 && probe.size() > 1) {
+    std::optional<std::uint64_t> homeMount;
+    while (!(homeMount = mountIdOfPath(probe)) && probe.size() > 1) {
         probe = probe.substr(0, std::max<std::size_t>(probe.rfind('/'), 1));
     }
 
     std::optional<TrashDir> trash;
-    if (homeSt.st_dev == item.st_dev) {
+    if (homeMount == itemMount) {
         trash = openTrash(home, {});
     } else {
-        const std::string top = mountTop(parentPath, item.st_dev);
+        const std::string top = mountTopOf(parentPath);
         const std::string uid = std::to_string(::getuid());
         // $topdir/.Trash must be a real folder with the sticky bit; only then use $uid in it.
         struct stat shared {};
         if (::lstat((top + "/.Trash").c_str(), &shared) == 0 && S_ISDIR(shared.st_mode) &&
             (shared.st_mode & S_ISVTX) != 0) {
-            trash = openTrash(top + "/.Trash/" + uid, top);
+            trash = openTrash((top == "/" ? "" : top) + "/.Trash/" + uid, top);
         }
         if (!trash) {
-            trash = openTrash(top + "/.Trash-" + uid, top);
+            trash = openTrash((top == "/" ? "" : top) + "/.Trash-" + uid, top);
         }
     }
     if (!trash) {
@@ -131,29 +213,31 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
     for (int n = 1; n < 10000; ++n) {
         const std::string candidate = n == 1 ? name : name + "." + std::to_string(n);
         const std::string infoName = candidate + ".trashinfo";
-        const int fd = ::openat(trash->info.get(), infoName.c_str(),
-                                O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        if (fd < 0) {
-            if (errno == EEXIST) {
-                continue;
-            }
-            return reason(errno);
-        }
         struct stat taken {};
         if (::fstatat(trash->files.get(), candidate.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) {
-            ::close(fd);
-            ::unlinkat(trash->info.get(), infoName.c_str(), 0);
             continue; // a stray file without its info: leave it, take the next name
         }
-        const bool written = ::write(fd, info.constData(), static_cast<std::size_t>(info.size())) ==
-                             static_cast<ssize_t>(info.size());
-        ::close(fd);
-        if (written &&
-            ::renameat(parentFd, name.c_str(), trash->files.get(), candidate.c_str()) == 0) {
+        const int claimed = createWhole(trash->info.get(), infoName, info);
+        if (claimed == EEXIST) {
+            continue;
+        }
+        if (claimed != 0) {
+            return reason(claimed);
+        }
+        int moved = ::renameat2(parentFd, name.c_str(), trash->files.get(), candidate.c_str(),
+                                RENAME_NOREPLACE);
+        if (moved != 0 && errno == EINVAL) {
+            // A file system without RENAME_NOREPLACE: the name was free a moment ago.
+            moved = ::renameat(parentFd, name.c_str(), trash->files.get(), candidate.c_str());
+        }
+        if (moved == 0) {
             return std::nullopt;
         }
-        const int e = written ? errno : EIO;
+        const int e = errno;
         ::unlinkat(trash->info.get(), infoName.c_str(), 0);
+        if (e == EEXIST) {
+            continue; // taken meanwhile by another trashing
+        }
         return reason(e);
     }
     return QStringLiteral("the Trash has too many items of this name");

@@ -1,5 +1,7 @@
 #include "core/platform/xdg_paths.h"
 
+#include "core/platform/file_names.h"
+
 #include <QDir>
 #include <cstdlib>
 #include <pwd.h>
@@ -12,7 +14,7 @@ namespace {
 QString fromEnv(const char* name, const QString& fallback) {
     const char* v = std::getenv(name);
     if (v != nullptr && v[0] == '/') {
-        return QDir::cleanPath(QString::fromLocal8Bit(v));
+        return QDir::cleanPath(fileName::decode(v));
     }
     return fallback;
 }
@@ -22,10 +24,10 @@ QString fromEnv(const char* name, const QString& fallback) {
 QString home() {
     const char* h = std::getenv("HOME");
     if (h != nullptr && h[0] == '/') {
-        return QDir::cleanPath(QString::fromLocal8Bit(h));
+        return QDir::cleanPath(fileName::decode(h));
     }
     if (const passwd* pw = getpwuid(getuid()); pw != nullptr && pw->pw_dir != nullptr) {
-        return QString::fromLocal8Bit(pw->pw_dir);
+        return fileName::decode(pw->pw_dir);
     }
     return QStringLiteral("/");
 }
@@ -36,6 +38,14 @@ QString configHome() {
 
 QString dataHome() {
     return fromEnv("XDG_DATA_HOME", home() + QStringLiteral("/.local/share"));
+}
+
+QString stateHome() {
+    return fromEnv("XDG_STATE_HOME", home() + QStringLiteral("/.local/state"));
+}
+
+QString cacheHome() {
+    return fromEnv("XDG_CACHE_HOME", home() + QStringLiteral("/.cache"));
 }
 
 QString autostartDir() {

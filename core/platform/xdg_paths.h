@@ -9,6 +9,8 @@ namespace tarvik::xdg {
 QString home();
 QString configHome();   // $XDG_CONFIG_HOME or ~/.config
 QString dataHome();     // $XDG_DATA_HOME or ~/.local/share
+QString stateHome();    // $XDG_STATE_HOME or ~/.local/state
+QString cacheHome();    // $XDG_CACHE_HOME or ~/.cache
 QString autostartDir(); // configHome()/autostart
 // Where every "Tarvik/…" file lives: dataHome()/Tarvik.
 QString applicationSupport();

@@ -3,6 +3,7 @@
 #include "core/platform/qt_text.h"
 #include "core/platform/xdg_paths.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
 #include <array>
@@ -280,6 +281,29 @@ void Preferences::remember(std::string_view key) {
 bool Preferences::sync() {
     settings_->sync();
     return settings_->status() == QSettings::NoError;
+}
+
+std::optional<QString> Preferences::readProblem() const {
+    const QString path = filePath();
+    if (!QFileInfo::exists(path) && !QFileInfo(path).isSymLink()) {
+        return std::nullopt; // never written: every value is its default
+    }
+    QFile file(path);
+    if (QFileInfo(path).isDir()) {
+        return QStringLiteral("it is a folder");
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return file.errorString();
+    }
+    switch (settings_->status()) {
+    case QSettings::NoError:
+        return std::nullopt;
+    case QSettings::AccessError:
+        return QStringLiteral("it can't be read");
+    case QSettings::FormatError:
+        return QStringLiteral("it is not a settings file");
+    }
+    return std::nullopt;
 }
 
 QStringList Preferences::exclusions() const {

@@ -93,6 +93,10 @@ public:
         return value(pref::kDockFoldersShowIndicators).toBool();
     }
 
+    // Why the settings file can't be read, when it exists and can't: its values are then
+    // unknown, not the defaults.
+    std::optional<QString> readProblem() const;
+
     QStringList exclusions() const;
     void setExclusions(const QStringList& paths);
 

@@ -210,33 +210,48 @@ std::int64_t allocatedBytes(const Snapshot& s) {
     return sum;
 }
 
-// The folder a path names, its parents resolved and its last component judged as itself, as
-// the kernel would reach it after ".." is taken lexically: the oracle of what must never be
-// touched.
-std::string resolveParents(const std::string& path) {
-    std::string norm = fs::path(path).lexically_normal().string();
-    while (norm.size() > 1 && norm.back() == '/') {
-        norm.pop_back();
+// The entry a path names as the kernel reaches it: the folders above the last component
+// resolved as written (a ".." goes up from where a link leads, not from where it lies), the
+// last component judged as itself. Empty when the kernel names no entry by it: the path ends in
+// "." or "..", or a ".." follows a missing folder. The oracle of what must never be touched.
+std::string kernelTarget(const std::string& path) {
+    std::string p = path;
+    while (p.size() > 1 && p.back() == '/') {
+        p.pop_back();
     }
-    if (norm == "/") {
-        return norm;
+    if (p == "/") {
+        return p;
     }
-    std::string parent = norm.substr(0, norm.rfind('/'));
+    const std::string last = p.substr(p.rfind('/') + 1);
+    if (last == "." || last == "..") {
+        return {};
+    }
+    const std::string parent = p.substr(0, p.rfind('/'));
+    char buffer[PATH_MAX];
+    if (::realpath(parent.empty() ? "/" : parent.c_str(), buffer) != nullptr) {
+        const std::string real = buffer;
+        return (real == "/" ? std::string() : real) + "/" + last;
+    }
+    if (path.find("/../") != std::string::npos) {
+        return {};
+    }
+    // A folder above is missing: nothing there exists, and its nearest existing ancestor decides.
+    std::string norm = fs::path(p).lexically_normal().string();
+    std::string head = norm.substr(0, norm.rfind('/'));
     std::string tail = norm.substr(norm.rfind('/'));
     for (;;) {
-        if (parent.empty()) {
-            parent = "/";
+        if (head.empty()) {
+            head = "/";
         }
-        char buffer[PATH_MAX];
-        if (::realpath(parent.c_str(), buffer) != nullptr) {
+        if (::realpath(head.c_str(), buffer) != nullptr) {
             const std::string real = buffer;
             return (real == "/" ? std::string() : real) + tail;
         }
-        if (parent == "/") {
+        if (head == "/") {
             return norm;
         }
-        tail = parent.substr(parent.rfind('/')) + tail;
-        parent = parent.substr(0, parent.rfind('/'));
+        tail = head.substr(head.rfind('/')) + tail;
+        head = head.substr(0, head.rfind('/'));
     }
 }
 
@@ -680,9 +695,9 @@ void runRound(const World& w, const Cleaner& cleaner, RemovalMode mode, Round& r
         p.verdict = cleaner.guard().check(r.items[i].path);
         // The test's own judgement: what resolves outside home, to home, to a protected folder
         // or an ancestor of one, or into a secret store must be refused.
-        const std::string target = resolveParents(local(r.items[i].path));
+        const std::string target = kernelTarget(local(r.items[i].path));
         p.resolved = target;
-        p.mustRefuse = !within(target, w.home);
+        p.mustRefuse = target.empty() || !within(target, w.home);
         for (const std::string& q : w.insideDirsForOracle) {
             p.mustRefuse = p.mustRefuse || within(q, target);
         }
@@ -849,9 +864,19 @@ TEST_P(CleanerAdversarial, HostileItemsOnAGeneratedTree) {
             ++refused;
             if (!message) {
                 problem(what + ": the guard refuses it, yet it was reported removed");
-            } else if (*message != p.verdict->description() ||
-                       (*message != p.canonical + kProtectedSentence &&
-                        *message != p.canonical + kOutsideSentence)) {
+            } else if (*message != p.verdict->description()) {
+                problem(what + ": refused with \"" + message->toStdString() + "\"");
+            } else if (p.verdict->kind == Violation::Kind::NamedByDots ||
+                       p.verdict->kind == Violation::Kind::DotDotAfterLink) {
+                // Only a path whose folder the kernel and the text disagree on, or that names no
+                // entry, is refused for its dots.
+                const std::string path = local(r.items[i].path);
+                const bool dots = path.find("/..") != std::string::npos || path.ends_with("/.");
+                if (!dots) {
+                    problem(what + ": refused for dots it does not have");
+                }
+            } else if (*message != p.canonical + kProtectedSentence &&
+                       *message != p.canonical + kOutsideSentence) {
                 problem(what + ": refused with \"" + message->toStdString() + "\"");
             }
             if (!unchanged) {

@@ -6,8 +6,6 @@
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
 #include "core/cleanup/path_display.h"
-#include "core/platform/directory_handle.h"
-#include "core/platform/file_names.h"
 #include "core/platform/xdg_paths.h"
 #include "core/shell/preferences.h"
 
@@ -29,18 +27,18 @@ int runClean(const CleanOptions& o) {
         return kExitUsage;
     }
     std::vector<CleanableItem> items;
-    QStringList starts;
     const DirectorySizer sizer;
+    const SafetyGuard guard = SafetyGuard::forCurrentUser();
     for (const auto& p : o.paths) {
         // As typed: "", "." and ".." are the guard's to refuse, never turned into a folder.
         const QString path = pathArgument(p);
-        items.push_back({path, sizer.size(path), std::nullopt, std::nullopt});
-        // A path named here may lie on a disk mounted below home: removals may start from
-        // that mount's top, and still never cross another mount inside what they remove.
-        const QString parent = SafetyGuard::canonical(path).section(QLatin1Char('/'), 0, -2);
-        starts << fileName::decode(mountTopOf(fileName::encode(parent.isEmpty() ? "/" : parent)));
+        // Only what may go is measured: `tarvik clean /` is refused at once, not after a walk.
+        items.push_back(
+            {path, guard.isAllowed(path) ? sizer.size(path) : 0, std::nullopt, std::nullopt});
     }
-    return confirmAndClean({{items, *mode}}, QStringLiteral("Command Line"), o.removal, {}, starts);
+    // Removals start only from the allowed roots: a path on a disk mounted below home is
+    // refused with the reason, whatever was named.
+    return confirmAndClean({{items, *mode}}, QStringLiteral("Command Line"), o.removal);
 }
 
 } // namespace

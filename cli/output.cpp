@@ -2,8 +2,8 @@
 
 #include "core/cleanup/path_display.h"
 #include "core/platform/file_names.h"
+#include "core/platform/file_paths.h"
 
-#include <QDir>
 #include <cstdio>
 #include <unistd.h>
 
@@ -31,10 +31,7 @@ void printJson(const QJsonDocument& document) {
 
 QString pathArgument(const std::string& raw) {
     const QString path = fileName::decode(raw);
-    if (path.isEmpty() || path.startsWith(QLatin1Char('/'))) {
-        return path;
-    }
-    return QDir::currentPath() + QLatin1Char('/') + path;
+    return path.isEmpty() ? path : filePath::absolute(path);
 }
 
 QString shownPath(const QString& path, const QString& home) {

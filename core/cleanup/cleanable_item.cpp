@@ -17,4 +17,12 @@ QDateTime CleanableItem::modifiedOrDistantPast() const {
         QDateTime::fromMSecsSinceEpoch(std::numeric_limits<qint64>::min() / 2));
 }
 
+FileSnapshot FileSnapshot::of(const struct statx& sx) {
+    FileSnapshot s{sx.stx_ino, static_cast<std::int64_t>(sx.stx_size), kUndated};
+    if ((sx.stx_mask & STATX_MTIME) != 0) {
+        s.modifiedNs = sx.stx_mtime.tv_sec * 1'000'000'000LL + sx.stx_mtime.tv_nsec;
+    }
+    return s;
+}
+
 } // namespace tarvik

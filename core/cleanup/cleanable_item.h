@@ -3,17 +3,22 @@
 #include <QDateTime>
 #include <QString>
 #include <cstdint>
+#include <limits>
 #include <optional>
+#include <sys/stat.h>
 
 namespace tarvik {
 
 // A file as a search saw it. A removal that carries one goes ahead only while the file is
 // still that one: same inode, same length, same modification time.
 struct FileSnapshot {
+    static constexpr std::int64_t kUndated = std::numeric_limits<std::int64_t>::min();
     std::uint64_t inode = 0;
     std::int64_t length = 0;
-    std::int64_t modifiedNs = 0;
+    std::int64_t modifiedNs = kUndated; // undated never matches a file read again
     bool operator==(const FileSnapshot&) const = default;
+    // What statx read (with STATX_INO, STATX_SIZE and STATX_MTIME asked for).
+    static FileSnapshot of(const struct statx& sx);
 };
 
 // A copy that stays when its duplicate goes, as the search saw it.

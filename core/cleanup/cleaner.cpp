@@ -5,6 +5,7 @@
 #include "core/cleanup/safe_remove.h"
 #include "core/platform/directory_handle.h"
 #include "core/platform/file_names.h"
+#include "core/platform/file_paths.h"
 
 #include <cerrno>
 #include <cstring>
@@ -24,11 +25,17 @@ struct Cleaner::Start {
 
 namespace {
 
-bool strictlyWithin(const std::string& p, const std::string& q) {
-    if (q == "/") {
-        return p.size() > 1 && p.front() == '/';
+using filePath::isStrictlyWithin;
+
+// `path` below the folder `top` ("a/b"), or nothing when it doesn't lie below it.
+std::optional<std::string_view> below(std::string_view path, std::string_view top) {
+    if (path == top) {
+        return std::string_view();
     }
-    return p.size() > q.size() && p.compare(0, q.size(), q) == 0 && p[q.size()] == '/';
+    if (!isStrictlyWithin(path, top)) {
+        return std::nullopt;
+    }
+    return path.substr(top == "/" ? 1 : top.size() + 1);
 }
 
 QString shown(const QString& text) {
@@ -40,11 +47,6 @@ QString couldNotRemove(const CleanableItem& item, int error, RemovalMode mode) {
                 ? QStringLiteral("“%1” couldn't be moved to the Trash: %2.")
                 : QStringLiteral("“%1” couldn't be removed: %2."))
         .arg(shown(item.name()), QString::fromLocal8Bit(std::strerror(error)));
-}
-
-FileSnapshot snapshotOf(const struct statx& sx) {
-    return {sx.stx_ino, static_cast<std::int64_t>(sx.stx_size),
-            sx.stx_mtime.tv_sec * 1'000'000'000LL + sx.stx_mtime.tv_nsec};
 }
 
 constexpr unsigned kLook =
@@ -80,16 +82,17 @@ std::vector<Cleaner::Start> Cleaner::openStarts() const {
     }
     const std::size_t roots = starts.size();
     for (const QString& folder : extraStarts_) {
-        const std::string path = fileName::encode(SafetyGuard::canonical(folder));
+        // Spelled as the kernel reaches it: a root named through a link still counts.
+        const QString absolute = filePath::absolute(folder);
+        const std::string path = fileName::encode(
+            filePath::resolved(absolute).value_or(SafetyGuard::canonical(absolute)));
         for (std::size_t i = 0; i < roots; ++i) {
-            if (!strictlyWithin(path, starts[i].path)) {
+            if (!isStrictlyWithin(path, starts[i].path)) {
                 continue;
             }
             // Reached from the root's handle through real folders only; used when it is itself
             // where a mount is attached, which is what lets removals enter it at all.
-            const std::string_view relative = std::string_view(path).substr(
-                starts[i].path == "/" ? 1 : starts[i].path.size() + 1);
-            UniqueFd fd = openBeneath(starts[i].fd.get(), relative, true);
+            UniqueFd fd = openBeneath(starts[i].fd.get(), *below(path, starts[i].path), true);
             struct statx sx {};
             if (fd.valid() &&
                 ::statx(fd.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &sx) == 0 &&
@@ -144,7 +147,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
     const std::string canonical = fileName::encode(judged.canonical);
     const Start* start = nullptr;
     for (const Start& s : starts) {
-        if (strictlyWithin(canonical, s.path) &&
+        if (isStrictlyWithin(canonical, s.path) &&
             (start == nullptr || s.path.size() > start->path.size())) {
             start = &s;
         }
@@ -157,11 +160,8 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
     const std::size_t slash = canonical.rfind('/');
     const std::string parentPath = slash == 0 ? "/" : canonical.substr(0, slash);
     const std::string name = canonical.substr(slash + 1);
-    const std::string_view parentRelative =
-        parentPath.size() > start->path.size()
-            ? std::string_view(parentPath).substr(start->path == "/" ? 1 : start->path.size() + 1)
-            : std::string_view();
-    const UniqueFd parent = openBeneath(start->fd.get(), parentRelative);
+    // The item lies strictly below the start, so its parent is the start or below it.
+    const UniqueFd parent = openBeneath(start->fd.get(), below(parentPath, start->path).value());
     if (!parent.valid()) {
         if (errno == EXDEV) {
             return fail(QStringLiteral("%1 lies on another file system mounted below %2, and "
@@ -181,7 +181,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
     }
     // A file a search found goes only while it is still that file, and a duplicate only while
     // the copy that stays is still there as it was seen.
-    if (item.scanned && (!S_ISREG(st.stx_mode) || snapshotOf(st) != *item.scanned)) {
+    if (item.scanned && (!S_ISREG(st.stx_mode) || FileSnapshot::of(st) != *item.scanned)) {
         return fail(QStringLiteral("“%1” changed since the search and was left as it is.")
                         .arg(shown(item.name())));
     }
@@ -189,7 +189,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
         struct statx kept {};
         const std::string keptPath = fileName::encode(SafetyGuard::canonical(item.keptCopy->path));
         if (::statx(AT_FDCWD, keptPath.c_str(), AT_SYMLINK_NOFOLLOW, kLook, &kept) != 0 ||
-            !S_ISREG(kept.stx_mode) || snapshotOf(kept) != item.keptCopy->scanned ||
+            !S_ISREG(kept.stx_mode) || FileSnapshot::of(kept) != item.keptCopy->scanned ||
             kept.stx_ino == st.stx_ino) {
             return fail(QStringLiteral("“%1” was left: the copy that stays, %2, changed or moved "
                                        "since the search.")
@@ -248,9 +248,9 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
         report.addRemoved(item, mode, done.freed);
         // A Trash entry goes together with its description, so no orphan .trashinfo remains.
         if (const auto info = trash_.infoFolderFor(parentPath)) {
-            const UniqueFd infoDir = openBeneath(
-                start->fd.get(),
-                std::string_view(*info).substr(start->path == "/" ? 1 : start->path.size() + 1));
+            const auto relative = below(*info, start->path);
+            const UniqueFd infoDir =
+                relative ? openBeneath(start->fd.get(), *relative) : UniqueFd();
             const std::string infoName = name + ".trashinfo";
             struct statx infoSt {};
             if (infoDir.valid() &&

@@ -263,9 +263,11 @@ DuplicateGroup DuplicateSet::group(std::size_t i) const {
         CleanableItem item;
         item.path = fileName::decode(c.path());
         item.size = c.allocated;
+        // Dated or not, a file goes only while it is the one the search compared.
+        item.scanned = FileSnapshot{c.inode, c.length, FileSnapshot::kUndated};
         if (c.dated()) {
             item.modified = QDateTime::fromSecsSinceEpoch(c.mtime, Qt::UTC);
-            item.scanned = FileSnapshot{c.inode, c.length, c.mtime * 1'000'000'000LL + c.mtimeNs};
+            item.scanned->modifiedNs = c.mtime * 1'000'000'000LL + c.mtimeNs;
         }
         QStringList otherNames;
         for (std::uint32_t n = 1; n <= m.otherNames; ++n) {

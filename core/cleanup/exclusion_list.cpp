@@ -2,28 +2,18 @@
 
 #include "core/cleanup/path_display.h"
 #include "core/cleanup/safety_guard.h"
-#include "core/platform/file_names.h"
+#include "core/platform/file_paths.h"
 #include "core/shell/preferences.h"
 
 #include <QDir>
 #include <algorithm>
-#include <climits>
-#include <cstdlib>
 
 namespace tarvik {
 namespace {
 
-bool within(const QString& p, const QString& e) {
-    return p == e || p.startsWith(e.endsWith('/') ? e : e + QLatin1Char('/'));
-}
-
 // Where the path really is: every link followed when it exists, else its parents resolved.
 QString resolved(const QString& path) {
-    char buffer[PATH_MAX];
-    if (::realpath(fileName::encode(path).c_str(), buffer) != nullptr) {
-        return fileName::decode(buffer);
-    }
-    return SafetyGuard::canonical(path);
+    return filePath::resolved(path).value_or(SafetyGuard::canonical(path));
 }
 
 } // namespace
@@ -66,7 +56,7 @@ QStringList ExclusionList::forMatching() const {
 bool ExclusionList::contains(const QString& path) const {
     const QString p = QDir::cleanPath(path);
     const auto match = [&p](const QString& e) {
-        return within(p, e);
+        return filePath::isWithin(p, e);
     };
     return std::any_of(paths_.begin(), paths_.end(), match) ||
            std::any_of(resolved_.begin(), resolved_.end(), match);
@@ -75,7 +65,7 @@ bool ExclusionList::contains(const QString& path) const {
 QStringList ExclusionList::inside(const QString& folder) const {
     QStringList out;
     for (const QString& e : forMatching()) {
-        if (e != folder && within(e, folder)) {
+        if (e != folder && filePath::isWithin(e, folder)) {
             out << e;
         }
     }

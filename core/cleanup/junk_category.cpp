@@ -53,7 +53,8 @@ std::optional<JunkCategory> junkCategoryFromRaw(std::string_view raw) {
     return std::nullopt;
 }
 
-std::vector<ScanTarget> targets(JunkCategory category, const QString& downloads) {
+std::vector<ScanTarget> targets(JunkCategory category, const QString& downloads,
+                                const QString& trashFiles) {
     switch (category) {
     case C::UserCaches: {
         std::set<QString> linuxCache = kLinuxPackageCacheNames;
@@ -103,7 +104,10 @@ std::vector<ScanTarget> targets(JunkCategory category, const QString& downloads)
     case C::OldInstallers:
         return {{downloads, M::Files, {"dmg", "pkg", "mpkg", "iso", "xip", "deb", "rpm"}}};
     case C::Trash:
-        return {{".Trash", M::Children, {}}, {".local/share/Trash/files", M::Children, {}}};
+        if (trashFiles.isEmpty()) {
+            return {{".Trash", M::Children, {}}};
+        }
+        return {{".Trash", M::Children, {}}, {trashFiles, M::Children, {}}};
     }
     return {};
 }

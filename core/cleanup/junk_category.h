@@ -59,8 +59,10 @@ struct ScanTarget {
     std::set<QString> names; // Children: names left out; Files: lower-case extensions kept
 };
 
-// The targets of a category. `downloads` is the user's download folder relative to home
-// (it has another name in other languages).
-std::vector<ScanTarget> targets(JunkCategory category, const QString& downloads = "Downloads");
+// The targets of a category, relative to home. `downloads` is the user's download folder (it
+// has another name in other languages), `trashFiles` the home trash's "files" where
+// XDG_DATA_HOME puts it (empty: not in home).
+std::vector<ScanTarget> targets(JunkCategory category, const QString& downloads = "Downloads",
+                                const QString& trashFiles = ".local/share/Trash/files");
 
 } // namespace tarvik

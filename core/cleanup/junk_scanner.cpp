@@ -63,6 +63,10 @@ JunkScanner::Options JunkScanner::optionsForCurrentUser(const Preferences& prefe
     if (downloads.startsWith(o.home + QLatin1Char('/'))) {
         o.downloads = downloads.mid(o.home.size() + 1);
     }
+    // The real Trash, wherever XDG_DATA_HOME put it; a folder merely named so is not offered.
+    const QString trash = xdg::dataHome() + QStringLiteral("/Trash/files");
+    o.trashFiles =
+        trash.startsWith(o.home + QLatin1Char('/')) ? trash.mid(o.home.size() + 1) : QString();
     o.exclusions = ExclusionList::load(preferences, o.home);
     return o;
 }
@@ -114,7 +118,8 @@ JunkScanner::scan(const std::vector<JunkCategory>& categories,
             break;
         }
         JunkScanResult result{category, {}, 0};
-        for (const ScanTarget& target : targets(category, options_.downloads)) {
+        for (const ScanTarget& target :
+             targets(category, options_.downloads, options_.trashFiles)) {
             for (const QString& path : candidates(target)) {
                 if (cancelled()) {
                     return results;

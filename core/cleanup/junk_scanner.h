@@ -25,6 +25,8 @@ public:
     struct Options {
         QString home;
         QString downloads = QStringLiteral("Downloads"); // relative to home
+        // The home trash's "files", relative to home; empty when the trash lies outside home.
+        QString trashFiles = QStringLiteral(".local/share/Trash/files");
         std::optional<ExclusionList> exclusions;
         const std::atomic<bool>* cancel = nullptr;
     };

@@ -3,11 +3,10 @@
 #include "core/cleanup/file_walk.h"
 #include "core/cleanup/hard_link_note.h"
 #include "core/platform/file_names.h"
+#include "core/platform/file_paths.h"
 
 #include <QDir>
 #include <algorithm>
-#include <climits>
-#include <cstdlib>
 #include <mutex>
 
 namespace tarvik {
@@ -76,13 +75,8 @@ std::string encoded(const QString& path) {
 
 // Where a folder really is, links followed; a walk's paths are spelled this way.
 QString real(const QString& path) {
-    const QString absolute =
-        QDir::isAbsolutePath(path) ? path : QDir::currentPath() + QLatin1Char('/') + path;
-    char buffer[PATH_MAX];
-    if (::realpath(fileName::encode(absolute).c_str(), buffer) != nullptr) {
-        return fileName::decode(buffer);
-    }
-    return QDir::cleanPath(absolute);
+    const QString absolute = filePath::absolute(path);
+    return filePath::resolved(absolute).value_or(QDir::cleanPath(absolute));
 }
 
 } // namespace
@@ -103,7 +97,7 @@ SearchScope::SearchScope(const FileSearchOptions& options, const QString& home) 
 
 bool SearchScope::rootExcluded() const {
     return std::any_of(excluded_.begin(), excluded_.end(), [this](const std::string& e) {
-        return root_ == e || (root_.starts_with(e) && (e.ends_with('/') || root_[e.size()] == '/'));
+        return root_ == e || filePath::isStrictlyWithin(root_, e);
     });
 }
 
@@ -158,10 +152,8 @@ std::vector<FoundFile> LargeFileScanner::scan(const Options& options,
         h.file.item.size = size;
         if (dated) {
             h.file.item.modified = QDateTime::fromSecsSinceEpoch(sx.stx_mtime.tv_sec, Qt::UTC);
-            h.file.item.scanned =
-                FileSnapshot{sx.stx_ino, static_cast<std::int64_t>(sx.stx_size),
-                             sx.stx_mtime.tv_sec * 1'000'000'000LL + sx.stx_mtime.tv_nsec};
         }
+        h.file.item.scanned = FileSnapshot::of(sx);
         h.file.kind = fileKind(name);
         h.inode = sx.stx_ino;
         h.links = sx.stx_nlink;

@@ -1,36 +1,22 @@
 #include "core/cleanup/safety_guard.h"
 
 #include "core/platform/file_names.h"
+#include "core/platform/file_paths.h"
 #include "core/platform/xdg_paths.h"
 #include "core/platform/xdg_user_dirs.h"
 
 #include <QDir>
-#include <climits>
-#include <cstdlib>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace tarvik {
 namespace {
 
-// p lies within q: equal, or below it (a q ending in "/" gets no second slash).
-bool within(const QString& p, const QString& q) {
-    if (p == q) {
-        return true;
-    }
-    return q.endsWith('/') ? p.startsWith(q) : p.startsWith(q + QLatin1Char('/'));
-}
+using filePath::absolute;
+using filePath::isWithin;
 
 std::optional<QString> realPath(const QString& path) {
-    char buffer[PATH_MAX];
-    if (::realpath(fileName::encode(path).c_str(), buffer) == nullptr) {
-        return std::nullopt;
-    }
-    return fileName::decode(buffer);
-}
-
-QString absolute(const QString& path) {
-    return QDir::isAbsolutePath(path) ? path : QDir::currentPath() + QLatin1Char('/') + path;
+    return filePath::resolved(path);
 }
 
 // The last component, trailing slashes ignored, is "." or "..": rm refuses these too.
@@ -68,26 +54,29 @@ bool dotDotAfterLink(const QString& path) {
 } // namespace
 
 QString Violation::description() const {
+    // Bytes of a name that are not UTF-8 are shown as \xNN: the sentence is for a person.
+    const QString shown = fileName::display(path);
     switch (kind) {
     case Kind::ProtectedPath:
-        return path + QStringLiteral(" is a protected location and was skipped.");
+        return shown + QStringLiteral(" is a protected location and was skipped.");
     case Kind::OutsideAllowedRoots:
-        return path + QStringLiteral(" is outside the locations Tarvik is allowed to clean.");
+        return shown + QStringLiteral(" is outside the locations Tarvik is allowed to clean.");
     case Kind::NamedByDots:
         return path.isEmpty()
                    ? QStringLiteral("An empty path names nothing and was skipped.")
-                   : path + QStringLiteral(" ends in “.” or “..” and was skipped: name the "
-                                           "folder by its own path.");
+                   : shown + QStringLiteral(" ends in “.” or “..” and was skipped: name the "
+                                            "folder by its own path.");
     case Kind::DotDotAfterLink:
-        return path + QStringLiteral(" goes up with “..” from a symbolic link or a missing folder, "
-                                     "so it is unclear which folder it means, and was skipped.");
+        return shown +
+               QStringLiteral(" goes up with “..” from a symbolic link or a missing folder, "
+                              "so it is unclear which folder it means, and was skipped.");
     case Kind::NoUsableHome:
         return path == QLatin1String("/")
                    ? QStringLiteral("Your home folder is “/”, so Tarvik removes nothing: it "
                                     "cleans only inside a home folder of your own.")
                    : QStringLiteral("Your home folder “%1” is not a folder you own, so Tarvik "
                                     "removes nothing.")
-                         .arg(path);
+                         .arg(shown);
     }
     return {};
 }
@@ -136,6 +125,16 @@ SafetyGuard::SafetyGuard(const QString& home, const QStringList& extraAllowedRoo
     for (const QString& f : extraForbidden) {
         forbiddenSubtrees_ << canonical(f);
     }
+    // A protected place that is itself a link (~/.ssh → ~/dotfiles/ssh) is protected where it
+    // leads too: items are judged with their folders resolved, so they name the target.
+    for (QStringList* list : {&protectedPaths_, &forbiddenSubtrees_}) {
+        const qsizetype given = list->size();
+        for (qsizetype i = 0; i < given; ++i) {
+            if (const auto real = realPath(list->at(i)); real && *real != list->at(i)) {
+                *list << *real;
+            }
+        }
+    }
 }
 
 SafetyGuard SafetyGuard::forCurrentUser() {
@@ -151,7 +150,7 @@ SafetyGuard SafetyGuard::forCurrentUser() {
 
 QString SafetyGuard::stripPrivatePrefix(const QString& path) {
     for (const char* prefix : {"/private/var", "/private/tmp", "/private/etc"}) {
-        if (within(path, QLatin1String(prefix))) {
+        if (isWithin(path, QString::fromLatin1(prefix))) {
             return path.mid(8);
         }
     }
@@ -202,7 +201,7 @@ std::optional<Violation> SafetyGuard::checkCanonical(const QString& p) const {
         }
     }
     for (const QString& f : forbiddenSubtrees_) {
-        if (within(p, f)) {
+        if (isWithin(p, f)) {
             return Violation{Violation::Kind::ProtectedPath, p};
         }
     }
@@ -210,7 +209,7 @@ std::optional<Violation> SafetyGuard::checkCanonical(const QString& p) const {
         return homeProblem_;
     }
     for (const QString& r : allowedRoots_) {
-        if (p != r && within(p, r)) {
+        if (p != r && isWithin(p, r)) {
             return std::nullopt;
         }
     }

@@ -149,7 +149,11 @@ std::optional<std::string> Trash::infoFolderFor(const std::string& folder) const
             const std::string top = trash.size() == suffix.size()
                                         ? std::string("/")
                                         : trash.substr(0, trash.size() - suffix.size());
-            if (isMountTop(top)) {
+            // Only a trash of this user's own, as for moving into it: another user's folder of
+            // that name is not ours to tidy.
+            struct stat st {};
+            if (isMountTop(top) && ::lstat(trash.c_str(), &st) == 0 && S_ISDIR(st.st_mode) &&
+                st.st_uid == ::getuid()) {
                 return info;
             }
         }
@@ -175,7 +179,9 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
         return reason(errno);
     }
     const std::string absolute = (parentPath == "/" ? "" : parentPath) + "/" + name;
-    const std::string home = fileName::encode(homeTrash_);
+    // Where the home trash really is: a home reached through a link (/home → /var/home) still has
+    // one, opened below without following links.
+    const std::string home = fileName::encode(SafetyGuard::canonical(homeTrash_));
     // The home trash's mount: that of the trash, or of the nearest folder above it.
     std::string probe = home;
     std::optional<std::uint64_t> homeMount;

@@ -64,12 +64,13 @@ UniqueFd openDirectoryNoFollow(const std::string& absolutePath) {
         return UniqueFd();
     }
     UniqueFd dir(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    forEachComponent(std::string_view(absolutePath).substr(1), [&dir](std::string_view part) {
-        const std::string name(part);
-        dir = UniqueFd(::openat(dir.get(), name.c_str(), kDirectoryFlags));
-        return dir.valid();
-    });
-    return dir;
+    const bool walked =
+        forEachComponent(std::string_view(absolutePath).substr(1), [&dir](std::string_view part) {
+            const std::string name(part);
+            dir = UniqueFd(::openat(dir.get(), name.c_str(), kDirectoryFlags));
+            return dir.valid();
+        });
+    return walked ? std::move(dir) : UniqueFd(); // a ".." (EINVAL) or a failed open
 }
 
 std::uint64_t mountIdFrom(const struct statx& sx) {
@@ -128,19 +129,31 @@ UniqueFd openBeneath(int base, std::string_view relative, bool crossMounts) {
         return UniqueFd(); // a ".." (errno EINVAL)
     }
     const std::string path = relative.empty() ? std::string(".") : std::string(relative);
-    if (haveOpenat2.load(std::memory_order_relaxed) != 0) {
+    const int known = haveOpenat2.load(std::memory_order_relaxed);
+    if (known != 0) {
         open_how how{};
         how.flags = kDirectoryFlags;
         how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS |
                       (crossMounts ? 0 : RESOLVE_NO_XDEV);
         const long fd = ::syscall(SYS_openat2, base, path.c_str(), &how, sizeof how);
-        if (fd >= 0 || errno != ENOSYS) {
+        // Old kernels say ENOSYS; some container filters say EPERM for a call they don't know,
+        // which opening a folder never says otherwise.
+        const bool missing = fd < 0 && (errno == ENOSYS || (known < 0 && errno == EPERM));
+        if (!missing) {
             haveOpenat2.store(1, std::memory_order_relaxed);
             return UniqueFd(static_cast<int>(fd));
         }
         haveOpenat2.store(0, std::memory_order_relaxed);
     }
-    // Without openat2: one component at a time, each checked to be on the starting mount.
+    return openBeneathStepwise(base, relative, crossMounts);
+}
+
+UniqueFd openBeneathStepwise(int base, std::string_view relative, bool crossMounts) {
+    // One component at a time, each opened without following a link and checked to be on the
+    // starting mount.
+    if (!forEachComponent(relative, [](std::string_view) { return true; })) {
+        return UniqueFd();
+    }
     const auto start = mountIdOf(base);
     UniqueFd dir(::openat(base, ".", kDirectoryFlags));
     if (!start || !dir.valid()) {

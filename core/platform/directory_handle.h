@@ -42,6 +42,8 @@ UniqueFd openDirectoryNoFollow(const std::string& absolutePath);
 // (EXDEV). Linux 5.6 and later do it in one openat2 call; older kernels get the same rules
 // component by component. Sets errno and returns an invalid handle on failure.
 UniqueFd openBeneath(int base, std::string_view relative, bool crossMounts = false);
+// The same rules without openat2, for kernels before 5.6.
+UniqueFd openBeneathStepwise(int base, std::string_view relative, bool crossMounts = false);
 
 // The mount an open file or folder is on (STATX_MNT_ID; the device number on kernels before
 // 5.8, which cannot tell bind mounts apart).

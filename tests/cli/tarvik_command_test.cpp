@@ -2,6 +2,7 @@
 #include "tests/support/private_bus.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/speed_server.h"
+#include "tests/support/tarvik_run.h"
 #include "tests/support/temp_home.h"
 
 #include <QCryptographicHash>
@@ -25,46 +26,16 @@ using tarvik::test::writeFile;
 
 namespace {
 
-struct Outcome {
-    int exitCode = -1;
-    QString out;
-    QString err;
-};
+using tarvik::test::Outcome;
 
 class TarvikCommand : public ::testing::Test {
 protected:
     Outcome tarvik(const QStringList& args, const QString& pathPrefix = {}, int waitMs = 30000) {
-        QProcess p;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        if (!pathPrefix.isEmpty()) {
-            env.insert("PATH", pathPrefix + ":/usr/bin:/bin");
+        tarvik::test::TarvikRun run = run_;
+        if (!pathPrefix.isEmpty() && run.env.count("PATH") == 0) {
+            run.env["PATH"] = pathPrefix + ":/usr/bin:/bin";
         }
-        env.insert("HOME", home_.path());
-        env.insert("XDG_CONFIG_HOME", home_.path() + "/.config");
-        env.insert("XDG_DATA_HOME", home_.path() + "/.local/share");
-        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-            env.remove(name); // headless: no window may open
-        }
-        for (const auto& [name, value] : env_) {
-            env.insert(name, value);
-        }
-        p.setProcessEnvironment(env);
-        if (input_.isEmpty()) {
-            p.setStandardInputFile(QProcess::nullDevice());
-        }
-        p.start(program_, prefix_ + args);
-        if (!input_.isEmpty()) {
-            p.write(input_);
-            p.closeWriteChannel();
-        }
-        if (!p.waitForFinished(waitMs)) {
-            p.kill();
-            p.waitForFinished();
-            ADD_FAILURE() << "tarvik " << args.join(' ').toStdString() << " did not finish";
-        }
-        return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
-                QString::fromUtf8(p.readAllStandardOutput()),
-                QString::fromUtf8(p.readAllStandardError())};
+        return run(args, home_.path(), waitMs);
     }
     // Points the child's system and session buses at `bus`, with logind's stand-in on it; false
     // when the machine lacks dbus-daemon or python3-dbusmock.
@@ -82,10 +53,10 @@ protected:
         return home_.path() + "/.local/share/Tarvik/DockFolders/folders.json";
     }
     QTemporaryDir home_;
-    QString program_ = TARVIK_BINARY;
-    QStringList prefix_; // arguments before the command's own (when program_ runs tarvik)
-    std::map<QString, QString> env_; // added to the child's environment
-    QByteArray input_;               // the child's standard input, when not empty
+    tarvik::test::TarvikRun run_;
+    QString& program_ = run_.program;
+    std::map<QString, QString>& env_ = run_.env;
+    QByteArray& input_ = run_.input;
 };
 
 } // namespace
@@ -705,11 +676,9 @@ TEST_F(TarvikCommand, DupesLeavesOutACopyItCannotRead) {
         // Root reads everything: run as nobody, as a user would.
         QFile::setPermissions(home_.path(), QFile::permissions(home_.path()) |
                                                 QFileDevice::ReadOther | QFileDevice::ExeOther);
-        program_ = QStandardPaths::findExecutable("setpriv");
-        if (program_.isEmpty()) {
+        if (!run_.asUnprivilegedUser()) {
             GTEST_SKIP() << "setpriv (util-linux) is needed to run as another user";
         }
-        prefix_ = {"--reuid=65534", "--regid=65534", "--clear-groups", TARVIK_BINARY};
     }
     const Outcome dupes = tarvik({"dupes", "--min", "1", "--json"});
     ASSERT_EQ(dupes.exitCode, 0) << dupes.err.toStdString();

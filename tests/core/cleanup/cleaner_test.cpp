@@ -2,6 +2,7 @@
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
+#include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/free_space_recorder.h"
 
 #include <QDir>
@@ -295,4 +296,89 @@ TEST(FreeSpaceRecorder, SamplesTheHomeFileSystemIntoTheTimeline) {
     EXPECT_GT(t.samples()[0].totalBytes, 0);
     EXPECT_LE(t.samples()[0].freeBytes, t.samples()[0].totalBytes);
     EXPECT_FALSE(FreeSpaceRecorder("/no/such/home", path).record());
+}
+
+TEST(Cleaner, ACopyGoesOnlyWhileTheKeptFileIsStillAsTheSearchFoundIt) {
+    Sandbox s;
+    // Four groups of two, each original older than its copy.
+    for (const char* name : {"edited", "moved", "copyEdited", "untouched"}) {
+        for (const QString& folder : {s.home + "/orig/", s.home + "/copies/"}) {
+            QDir().mkpath(folder);
+            QFile f(folder + name);
+            ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+            f.write(QByteArray(40'000, name[0])); // each group its own contents
+        }
+        const std::string original = QFile::encodeName(s.home + "/orig/" + name).toStdString();
+        const timespec old[2] = {{1'000'000, 0}, {1'000'000, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, original.c_str(), old, 0), 0);
+    }
+    FileSearchOptions o;
+    o.root = s.home;
+    o.minimumSize = 1;
+    const std::vector<DuplicateGroup> groups = DuplicateFinder(s.home).scan(o);
+    ASSERT_EQ(groups.size(), 4u);
+    std::vector<CleanableItem> copies;
+    for (const DuplicateGroup& g : groups) {
+        ASSERT_TRUE(g.files.front().path.contains("/orig/"));
+        const auto chosen =
+            g.removals([](const CleanableItem& f) { return f.path.contains("/copies/"); });
+        ASSERT_EQ(chosen.size(), 1u);
+        ASSERT_TRUE(chosen[0].keptCopy.has_value());
+        copies.insert(copies.end(), chosen.begin(), chosen.end());
+    }
+    // While the confirmation waits: the original is edited (the copy is now the only copy of
+    // the old contents), another original is moved away, and one copy is edited itself.
+    {
+        QFile f(s.home + "/orig/edited");
+        ASSERT_TRUE(f.open(QIODevice::Append));
+        f.write("new line");
+    }
+    ASSERT_TRUE(QFile::rename(s.home + "/orig/moved", s.outside + "/moved"));
+    {
+        QFile f(s.home + "/copies/copyEdited");
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite));
+        f.write("different");
+    }
+    const CleanReport r = s.cleaner().remove(copies, RemovalMode::DeletePermanently);
+    ASSERT_EQ(r.removed.size(), 1u);
+    EXPECT_EQ(r.removed[0].path, s.home + "/copies/untouched");
+    for (const char* kept : {"edited", "moved", "copyEdited"}) {
+        EXPECT_TRUE(exists(s.home + "/copies/" + kept)) << kept;
+    }
+    ASSERT_EQ(r.failures.size(), 3u);
+    QStringList messages;
+    for (const CleanFailure& f : r.failures) {
+        messages << f.message;
+    }
+    EXPECT_TRUE(messages.contains("“edited” was left: the copy that stays, ~/orig/edited, "
+                                  "changed or moved since the search."))
+        << messages.join('\n').toStdString();
+    EXPECT_TRUE(messages.contains("“moved” was left: the copy that stays, ~/orig/moved, changed "
+                                  "or moved since the search."));
+    EXPECT_TRUE(messages.contains("“copyEdited” changed since the search and was left as it is."));
+
+    // Every file of a group chosen: the original stays all the same.
+    const DuplicateGroup& g = groups.front();
+    EXPECT_EQ(g.removals([](const CleanableItem&) { return true; }).size(), g.files.size() - 1);
+}
+
+TEST(Cleaner, AFolderMerelyNamedTrashKeepsItsNeighboursAndTheTrashIsNeverTrashedAgain) {
+    Sandbox s;
+    // A project's own "Trash/files" next to an "info" folder: not the freedesktop Trash.
+    write(s.home + "/project/Trash/files/x", 100);
+    write(s.home + "/project/Trash/info/x.trashinfo", 50);
+    CleanReport r =
+        s.cleaner().remove({s.item("project/Trash/files/x")}, RemovalMode::DeletePermanently);
+    EXPECT_EQ(r.removed.size(), 1u);
+    EXPECT_TRUE(exists(s.home + "/project/Trash/info/x.trashinfo"));
+
+    // An item of the real Trash is not moved into the Trash a second time.
+    write(s.home + "/.local/share/Trash/files/X", 100);
+    write(s.home + "/.local/share/Trash/info/X.trashinfo", 50);
+    r = s.cleaner().remove({s.item(".local/share/Trash/files/X")}, RemovalMode::MoveToTrash);
+    ASSERT_EQ(r.failures.size(), 1u);
+    EXPECT_EQ(r.failures[0].message, "“X” is in the Trash already.");
+    EXPECT_TRUE(exists(s.home + "/.local/share/Trash/files/X"));
+    EXPECT_TRUE(exists(s.home + "/.local/share/Trash/info/X.trashinfo"));
+    EXPECT_FALSE(exists(s.home + "/.local/share/Trash/files/X.2"));
 }

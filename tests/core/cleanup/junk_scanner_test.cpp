@@ -1,9 +1,12 @@
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/junk_scanner.h"
+#include "core/shell/preferences.h"
+#include "tests/support/temp_home.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -146,4 +149,47 @@ TEST(JunkScanner, TrashIsAlwaysDeletedForGoodAndTheRestUsesTheChosenMode) {
     EXPECT_TRUE(QFile::exists(h.home + "/.local/share/Trash/files/app"));
     EXPECT_FALSE(QFile::exists(h.home + "/.local/share/Trash/files/old.txt"));
     EXPECT_FALSE(QFile::exists(h.home + "/.local/share/Trash/info/old.txt.trashinfo"));
+}
+
+TEST(JunkScanner, LinksAndEmptyFilesInTheTrashAreOfferedSoTheyCanEverGo) {
+    JunkHome h;
+    h.write(".local/share/Trash/files/empty.txt", 0);
+    QDir().mkpath(h.home + "/.local/share/Trash/files");
+    ASSERT_TRUE(QFile::link("/nowhere", h.home + "/.local/share/Trash/files/dangling"));
+    ASSERT_TRUE(QFile::link(h.home + "/Documents", h.home + "/.local/share/Trash/files/docs"));
+    h.write("Library/Caches/empty/nothing", 0);
+    const auto all = h.scan();
+    QStringList trash = names(of(all, JunkCategory::Trash), h.home);
+    trash.sort();
+    EXPECT_EQ(trash,
+              (QStringList{".local/share/Trash/files/dangling", ".local/share/Trash/files/docs",
+                           ".local/share/Trash/files/empty.txt"}));
+    // Elsewhere an empty folder is nothing worth offering.
+    EXPECT_TRUE(of(all, JunkCategory::UserCaches).items.empty());
+}
+
+TEST(JunkScanner, AnExcludedFolderInsideAnOfferedCacheIsNotCountedAndIsNamed) {
+    JunkHome h;
+    h.write(".cache/app/blob", 20'000);
+    h.write(".cache/app/keep/precious", 500'000);
+    const auto all = h.scan(ExclusionList({"~/.cache/app/keep"}, h.home));
+    const auto& caches = of(all, JunkCategory::UserCaches);
+    ASSERT_EQ(caches.items.size(), 1u);
+    EXPECT_LT(caches.items[0].size, 100'000) << "the excluded folder's size is not offered";
+    EXPECT_EQ(caches.items[0].detail, QString("Keeps ~/.cache/app/keep, which you excluded."));
+}
+
+TEST(JunkScanner, TheTrashIsFoundWhereXdgDataHomePutsItAndNowhereElse) {
+    test::TempHome home;
+    const QString h = QDir(home.path()).canonicalPath();
+    ::setenv("HOME", QFile::encodeName(h).constData(), 1);
+    ::setenv("XDG_DATA_HOME", QFile::encodeName(h + "/data").constData(), 1);
+    QDir().mkpath(h + "/data/Trash/files/real");
+    QDir().mkpath(h + "/.local/share/Trash/files/not-the-trash");
+    Preferences prefs;
+    JunkScanner::Options o = JunkScanner::optionsForCurrentUser(prefs);
+    EXPECT_EQ(o.trashFiles, "data/Trash/files");
+    const auto all = JunkScanner(o).scan({JunkCategory::Trash});
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(names(all[0], h), QStringList{"data/Trash/files/real"});
 }

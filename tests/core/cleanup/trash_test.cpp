@@ -1,4 +1,5 @@
 #include "core/cleanup/cleaner.h"
+#include "core/platform/file_names.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,7 +8,13 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QUrl>
+#include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <string>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tarvik;
 
@@ -107,4 +114,91 @@ TEST(Trash, GioListsAndRestoresWhatTarvikTrashed) {
         << listed.toStdString();
     t.run(session, {"--", gio, "trash", "--restore", "trash:///holiday%201.jpg"});
     EXPECT_EQ(readAll(t.home + "/photos/holiday 1.jpg"), "jpeg");
+}
+
+namespace {
+
+// A tmpfs of `size` mounted at `at` for the life of the object (root only).
+struct SmallDisk {
+    std::string at;
+    bool ok = false;
+    SmallDisk(const QString& where, const char* size) : at(QFile::encodeName(where).toStdString()) {
+        QDir().mkpath(where);
+        ok = ::mount("tarvik-test", at.c_str(), "tmpfs", 0, size) == 0;
+    }
+    ~SmallDisk() {
+        if (ok) {
+            ::umount2(at.c_str(), MNT_DETACH);
+        }
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+};
+
+} // namespace
+
+TEST(Trash, ANameThatIsNotUtf8IsDescribedByItsOwnBytes) {
+    TrashHome t;
+    const std::string raw = QFile::encodeName(t.home).toStdString() + "/bad\xff name.txt";
+    QDir().mkpath(t.home);
+    ASSERT_EQ(::close(::open(raw.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600)), 0);
+    const CleanReport r =
+        Cleaner(SafetyGuard(t.home, {}), Trash(t.trash))
+            .remove({{fileName::decode(raw), 0, {}, {}}}, RemovalMode::MoveToTrash);
+    ASSERT_TRUE(r.failures.empty()) << r.failures[0].message.toStdString();
+    const std::string info =
+        QFile::encodeName(t.trash).toStdString() + "/info/bad\xff name.txt.trashinfo";
+    const int fd = ::open(info.c_str(), O_RDONLY);
+    ASSERT_GE(fd, 0);
+    char buffer[512] = {};
+    ASSERT_GT(::read(fd, buffer, sizeof buffer - 1), 0);
+    ::close(fd);
+    EXPECT_TRUE(QByteArray(buffer).contains("/bad%FF%20name.txt\n")) << buffer;
+    std::error_code ec; // QTemporaryDir can't remove names that are not UTF-8
+    std::filesystem::remove_all(QFile::encodeName(t.trash).toStdString(), ec);
+}
+
+TEST(Trash, ATrashFolderOfSomeoneElseIsNeverUsedAndAFullDiskSaysSo) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "mounting needs root; the tests run as root in CI";
+    }
+    TrashHome t;
+    const QString disk = t.home + "/disk";
+    const SmallDisk mounted(disk, "size=256k");
+    ASSERT_TRUE(mounted.ok);
+    // Another user's ".Trash-<our uid>", open to all: taking it would hand them our files.
+    const QString theirs = disk + "/.Trash-" + QString::number(::getuid());
+    QDir().mkpath(theirs + "/files");
+    ASSERT_EQ(::chown(QFile::encodeName(theirs).constData(), 12345, 12345), 0);
+    ASSERT_EQ(::chmod(QFile::encodeName(theirs).constData(), 0777), 0);
+    t.write("disk/photo.jpg", "jpeg");
+    const Cleaner cleaner = Cleaner(SafetyGuard(t.home, {}), Trash(t.trash)).startingAlsoAt(disk);
+    CleanReport r = cleaner.remove({{disk + "/photo.jpg", 0, {}, {}}}, RemovalMode::MoveToTrash);
+    ASSERT_EQ(r.failures.size(), 1u);
+    EXPECT_EQ(r.failures[0].message, "“photo.jpg” couldn't be moved to the Trash: there is no "
+                                     "usable Trash on the disk that holds it.");
+    EXPECT_EQ(readAll(disk + "/photo.jpg"), "jpeg");
+    EXPECT_TRUE(QDir(theirs + "/files").isEmpty());
+
+    // Our own trash on that disk, and the disk full: the reason is the full disk.
+    ASSERT_EQ(::umount2(mounted.at.c_str(), MNT_DETACH), 0);
+    const SmallDisk full(disk, "size=64k");
+    ASSERT_TRUE(full.ok);
+    t.write("disk/photo.jpg", "jpeg");
+    QDir().mkpath(disk + "/.Trash-" + QString::number(::getuid()) + "/files");
+    QDir().mkpath(disk + "/.Trash-" + QString::number(::getuid()) + "/info");
+    {
+        QFile filler(disk + "/filler");
+        ASSERT_TRUE(filler.open(QIODevice::WriteOnly));
+        const QByteArray block(4096, 'f');
+        while (filler.write(block) == block.size() && filler.flush()) {
+        }
+    }
+    r = cleaner.remove({{disk + "/photo.jpg", 0, {}, {}}}, RemovalMode::MoveToTrash);
+    ASSERT_EQ(r.failures.size(), 1u);
+    EXPECT_EQ(r.failures[0].message,
+              "“photo.jpg” couldn't be moved to the Trash: No space left on device.");
+    EXPECT_EQ(readAll(disk + "/photo.jpg"), "jpeg");
+    EXPECT_TRUE(QDir(disk + "/.Trash-" + QString::number(::getuid()) + "/info").isEmpty())
+        << "no empty description is left behind";
 }

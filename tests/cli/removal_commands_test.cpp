@@ -1,6 +1,7 @@
 // Removal from the command line as a user meets it: the real tarvik, run as an unprivileged user
 // (through setpriv when the tests run as root) in a temporary home that the user owns, next to a
 // folder outside home that the user may also write to, so only Tarvik's own rules keep it safe.
+#include "tests/support/mounted.h"
 #include "tests/support/tarvik_run.h"
 #include "tests/support/temp_home.h"
 
@@ -28,6 +29,7 @@
 #include <thread>
 #include <unistd.h>
 
+using tarvik::test::Mounted;
 using tarvik::test::Outcome;
 using tarvik::test::TarvikRun;
 
@@ -137,24 +139,6 @@ protected:
     TarvikRun run_;
 };
 
-// RAII for a mount made by a test.
-struct Mounted {
-    std::string at;
-    bool ok = false;
-    Mounted(const std::string& source, const std::string& target, const char* type,
-            unsigned long flags, const char* data = nullptr)
-        : at(target) {
-        ok = ::mount(source.c_str(), target.c_str(), type, flags, data) == 0;
-    }
-    ~Mounted() {
-        if (ok) {
-            ::umount2(at.c_str(), MNT_DETACH);
-        }
-    }
-    Mounted(const Mounted&) = delete;
-    Mounted& operator=(const Mounted&) = delete;
-};
-
 } // namespace
 
 TEST_F(RemovalCommand, AFolderSwappedForALinkOutOfHomeWhileCleaningNeverSendsARemovalOutside) {
@@ -236,7 +220,7 @@ TEST_F(RemovalCommand, MountsBelowHomeAreNeverEnteredBindMountsOfTheSameDiskIncl
     handOver();
     const Mounted bind(home_ + "/precious", home_ + "/.cache/app/view", nullptr, MS_BIND);
     ASSERT_TRUE(bind.ok) << std::strerror(errno);
-    const Mounted tmpfs("tarvik-test", home_ + "/.cache/other/disk", "tmpfs", 0, "size=4m");
+    const Mounted tmpfs = Mounted::tmpfs(home_ + "/.cache/other/disk", "size=4m");
     ASSERT_TRUE(tmpfs.ok) << std::strerror(errno);
     writeBytes(home_ + "/.cache/other/disk/on-tmpfs", "tmpfs data");
     giveToUser(home_ + "/.cache/other/disk");

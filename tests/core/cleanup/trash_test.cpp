@@ -1,5 +1,6 @@
 #include "core/cleanup/cleaner.h"
 #include "core/platform/file_names.h"
+#include "tests/support/mounted.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,6 +12,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -116,27 +118,6 @@ TEST(Trash, GioListsAndRestoresWhatTarvikTrashed) {
     EXPECT_EQ(readAll(t.home + "/photos/holiday 1.jpg"), "jpeg");
 }
 
-namespace {
-
-// A tmpfs of `size` mounted at `at` for the life of the object (root only).
-struct SmallDisk {
-    std::string at;
-    bool ok = false;
-    SmallDisk(const QString& where, const char* size) : at(QFile::encodeName(where).toStdString()) {
-        QDir().mkpath(where);
-        ok = ::mount("tarvik-test", at.c_str(), "tmpfs", 0, size) == 0;
-    }
-    ~SmallDisk() {
-        if (ok) {
-            ::umount2(at.c_str(), MNT_DETACH);
-        }
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-};
-
-} // namespace
-
 TEST(Trash, ANameThatIsNotUtf8IsDescribedByItsOwnBytes) {
     TrashHome t;
     const std::string raw = QFile::encodeName(t.home).toStdString() + "/bad\xff name.txt";
@@ -164,8 +145,10 @@ TEST(Trash, ATrashFolderOfSomeoneElseIsNeverUsedAndAFullDiskSaysSo) {
     }
     TrashHome t;
     const QString disk = t.home + "/disk";
-    const SmallDisk mounted(disk, "size=256k");
-    ASSERT_TRUE(mounted.ok);
+    QDir().mkpath(disk);
+    const std::string diskPath = QFile::encodeName(disk).toStdString();
+    std::optional<test::Mounted> mounted(test::Mounted::tmpfs(diskPath, "size=256k"));
+    ASSERT_TRUE(mounted->ok);
     // Another user's ".Trash-<our uid>", open to all: taking it would hand them our files.
     const QString theirs = disk + "/.Trash-" + QString::number(::getuid());
     QDir().mkpath(theirs + "/files");
@@ -181,8 +164,8 @@ TEST(Trash, ATrashFolderOfSomeoneElseIsNeverUsedAndAFullDiskSaysSo) {
     EXPECT_TRUE(QDir(theirs + "/files").isEmpty());
 
     // Our own trash on that disk, and the disk full: the reason is the full disk.
-    ASSERT_EQ(::umount2(mounted.at.c_str(), MNT_DETACH), 0);
-    const SmallDisk full(disk, "size=64k");
+    mounted.reset();
+    const test::Mounted full = test::Mounted::tmpfs(diskPath, "size=64k");
     ASSERT_TRUE(full.ok);
     t.write("disk/photo.jpg", "jpeg");
     QDir().mkpath(disk + "/.Trash-" + QString::number(::getuid()) + "/files");

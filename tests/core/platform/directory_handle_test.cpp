@@ -1,5 +1,6 @@
 // Opening folders below a handle with the kernel's rules, with openat2 and without it.
 #include "core/platform/directory_handle.h"
+#include "tests/support/mounted.h"
 
 #include <QDir>
 #include <QFile>
@@ -8,7 +9,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/mount.h>
 #include <unistd.h>
 
 using namespace tarvik;
@@ -89,12 +89,8 @@ TEST_P(OpenBeneath, BindMountsOfTheSameDiskAreMountPointsToo) {
     Tree t;
     const std::string mnt = t.root + "/a/b/mnt";
     ASSERT_EQ(::mkdir(mnt.c_str(), 0700), 0);
-    ASSERT_EQ(::mount((t.root + "/elsewhere").c_str(), mnt.c_str(), nullptr, MS_BIND, nullptr), 0)
-        << std::strerror(errno);
-    struct Unmount {
-        std::string at;
-        ~Unmount() { ::umount2(at.c_str(), MNT_DETACH); }
-    } unmount{mnt};
+    const test::Mounted bind(t.root + "/elsewhere", mnt, nullptr, MS_BIND);
+    ASSERT_TRUE(bind.ok) << std::strerror(errno);
 
     // Same device number on both sides, yet another mount.
     struct stat inside {

@@ -152,7 +152,8 @@ int runAgents(bool json) {
 int runCost(const std::string& periodName, bool json) {
     const UsagePeriod period = *usagePeriodFromRaw(QString::fromStdString(periodName));
     const QDateTime now = QDateTime::currentDateTime();
-    const auto events = LocalUsageLogs::events(interval(period, now).start);
+    const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
+    const auto& events = found.events;
     const UsageSummary summary = UsageSummary::of(events, period, now);
     if (json) {
         QJsonObject o;
@@ -177,10 +178,14 @@ int runCost(const std::string& periodName, bool json) {
             days.append(j);
         }
         o[QStringLiteral("days")] = days;
+        o[QStringLiteral("skippedLines")] = static_cast<double>(found.skippedLines);
         printJson(QJsonDocument(o));
         return kExitOk;
     }
     printLine(QString::fromLatin1(kSpendBasis));
+    if (const QString note = UsageFormat::skippedLines(found.skippedLines); !note.isEmpty()) {
+        printLine(note);
+    }
     if (summary.models.empty()) {
         printLine(QStringLiteral("No usage recorded for this period"));
         return kExitOk;

@@ -27,6 +27,7 @@ AgentsModel::AgentsModel(Preferences& preferences, QObject* parent)
         Spend s = spendWatcher_.result();
         spend_ = std::move(s.summary);
         days_ = std::move(s.days);
+        skippedLines_ = s.skippedLines;
         emit spendChanged();
     });
 }
@@ -225,9 +226,9 @@ void AgentsModel::loadSpend() {
     const UsagePeriod period = period_;
     spendWatcher_.setFuture(QtConcurrent::run([period] {
         const QDateTime now = QDateTime::currentDateTime();
-        const auto events = LocalUsageLogs::events(interval(period, now).start);
-        return Spend{UsageSummary::of(events, period, now),
-                     DailySpend::series(events, period, now)};
+        const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
+        return Spend{UsageSummary::of(found.events, period, now),
+                     DailySpend::series(found.events, period, now), found.skippedLines};
     }));
     emit spendChanged();
 }

@@ -60,6 +60,8 @@ public:
     bool isSpendLoading() const { return spendWatcher_.isRunning(); }
     const std::optional<UsageSummary>& spend() const { return spend_; }
     const std::vector<DailySpend>& days() const { return days_; }
+    // Log lines too long to read in the last spend reading.
+    std::int64_t skippedLines() const { return skippedLines_; }
 
     AgentSessionReading sessionReading() const;
 
@@ -84,10 +86,12 @@ private:
     struct Spend {
         UsageSummary summary;
         std::vector<DailySpend> days;
+        std::int64_t skippedLines = 0;
     };
     QFutureWatcher<Spend> spendWatcher_;
     std::optional<UsageSummary> spend_;
     std::vector<DailySpend> days_;
+    std::int64_t skippedLines_ = 0;
 };
 
 } // namespace tarvik

@@ -289,6 +289,11 @@ void AgentsScreen::renderSpend() {
         delete item;
     }
     const auto& s = model_.spend();
+    if (const QString note = UsageFormat::skippedLines(model_.skippedLines()); !note.isEmpty()) {
+        auto* row = new QLabel(note, this);
+        row->setObjectName(QStringLiteral("skippedLines"));
+        modelLines_->addWidget(row);
+    }
     if (model_.isSpendLoading() && !s) {
         total_->setText(tr("Reading the logs…"));
         chart_->setValues({});

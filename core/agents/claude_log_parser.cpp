@@ -5,6 +5,7 @@
 
 #include <QJsonValue>
 #include <cmath>
+#include <optional>
 #include <simdjson.h>
 #include <string>
 
@@ -13,22 +14,77 @@ namespace {
 
 namespace od = simdjson::ondemand;
 
-// A JSON number, or a string holding one, as a token count (0 when missing or absurd).
-std::int64_t count(od::object& usage, std::string_view field) {
-    auto value = usage.find_field_unordered(field);
-    if (value.error()) {
-        return 0;
+// On-demand parsing reads the line as it goes: after any error the document must not be touched
+// again, so every step is checked and the first error ends the line.
+
+// A JSON number, or a string holding one, as a token count (0 when absurd or another type);
+// none when the value is malformed.
+std::optional<std::int64_t> count(od::value value) {
+    od::json_type type;
+    if (value.type().get(type) != simdjson::SUCCESS) {
+        return std::nullopt;
     }
     double n = 0;
-    if (value.get_double().get(n) != simdjson::SUCCESS) {
+    if (type == od::json_type::number) {
+        if (value.get_double().get(n) != simdjson::SUCCESS) {
+            return std::nullopt;
+        }
+    } else if (type == od::json_type::string) {
         std::string_view text;
         if (value.get_string().get(text) != simdjson::SUCCESS) {
-            return 0;
+            return std::nullopt;
         }
         n = QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toDouble();
+    } else {
+        return 0; // skipped by the next field's read, which checks it is well formed
     }
     // The bound keeps a corrupt figure from overflowing the sums.
     return std::isfinite(n) && n > 0 && n <= 1e15 ? std::llround(n) : 0;
+}
+
+// The four counts of a "usage" object, in one pass; false when it is malformed.
+bool readUsage(od::object& usage, TokenUsageEvent& e) {
+    for (auto field : usage) {
+        std::string_view key;
+        if (field.unescaped_key().get(key) != simdjson::SUCCESS) {
+            return false;
+        }
+        std::int64_t* target = key == "input_tokens"                  ? &e.input
+                               : key == "output_tokens"               ? &e.output
+                               : key == "cache_creation_input_tokens" ? &e.cacheWrite
+                               : key == "cache_read_input_tokens"     ? &e.cacheRead
+                                                                      : nullptr;
+        if (target == nullptr) {
+            continue;
+        }
+        od::value value;
+        if (field.value().get(value) != simdjson::SUCCESS) {
+            return false;
+        }
+        const auto n = count(value);
+        if (!n) {
+            return false;
+        }
+        *target = *n;
+    }
+    return true;
+}
+
+// A string value, or none for another type; false when the value is malformed.
+bool stringOf(od::value value, std::optional<std::string_view>& out) {
+    od::json_type type;
+    if (value.type().get(type) != simdjson::SUCCESS) {
+        return false;
+    }
+    if (type != od::json_type::string) {
+        return true;
+    }
+    std::string_view s;
+    if (value.get_string().get(s) != simdjson::SUCCESS) {
+        return false;
+    }
+    out = s;
+    return true;
 }
 
 QString text(std::string_view s) {
@@ -97,12 +153,19 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
     // One pass over the fields in the order they come.
     for (auto field : root) {
         std::string_view key;
+        od::value value;
         if (field.unescaped_key().get(key) != simdjson::SUCCESS) {
+            return std::nullopt;
+        }
+        if (key != "message" && key != "timestamp" && key != "requestId") {
+            continue;
+        }
+        if (field.value().get(value) != simdjson::SUCCESS) {
             return std::nullopt;
         }
         if (key == "message") {
             od::object message;
-            if (field.value().get_object().get(message) != simdjson::SUCCESS) {
+            if (value.get_object().get(message) != simdjson::SUCCESS) {
                 return std::nullopt;
             }
             for (auto m : message) {
@@ -110,40 +173,53 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
                 if (m.unescaped_key().get(name) != simdjson::SUCCESS) {
                     return std::nullopt;
                 }
-                std::string_view s;
-                if (name == "id" && m.value().get_string().get(s) == simdjson::SUCCESS) {
-                    messageId = s;
-                } else if (name == "model" && m.value().get_string().get(s) == simdjson::SUCCESS) {
-                    e.model = modelName(s);
-                } else if (name == "usage") {
+                if (name != "id" && name != "model" && name != "usage") {
+                    continue;
+                }
+                od::value v;
+                if (m.value().get(v) != simdjson::SUCCESS) {
+                    return std::nullopt;
+                }
+                if (name == "usage") {
                     od::object usage;
-                    if (m.value().get_object().get(usage) != simdjson::SUCCESS) {
+                    if (v.get_object().get(usage) != simdjson::SUCCESS || !readUsage(usage, e)) {
                         return std::nullopt;
                     }
-                    e.input = count(usage, "input_tokens");
-                    e.output = count(usage, "output_tokens");
-                    e.cacheWrite = count(usage, "cache_creation_input_tokens");
-                    e.cacheRead = count(usage, "cache_read_input_tokens");
                     haveUsage = true;
+                    continue;
+                }
+                std::optional<std::string_view> s;
+                if (!stringOf(v, s)) {
+                    return std::nullopt;
+                }
+                if (s && name == "id") {
+                    messageId = *s;
+                } else if (s) {
+                    e.model = modelName(*s);
                 }
             }
         } else if (key == "timestamp") {
-            std::string_view s;
-            if (field.value().get_string().get(s) == simdjson::SUCCESS) {
-                stamp = Stamp::Text;
-                stampText = s;
-            } else {
-                double seconds = 0;
-                if (field.value().get_double().get(seconds) == simdjson::SUCCESS) {
-                    stamp = Stamp::Seconds;
-                    stampSeconds = seconds;
+            od::json_type type;
+            if (value.type().get(type) != simdjson::SUCCESS) {
+                return std::nullopt;
+            }
+            if (type == od::json_type::string) {
+                if (value.get_string().get(stampText) != simdjson::SUCCESS) {
+                    return std::nullopt;
                 }
+                stamp = Stamp::Text;
+            } else if (type == od::json_type::number) {
+                if (value.get_double().get(stampSeconds) != simdjson::SUCCESS) {
+                    return std::nullopt;
+                }
+                stamp = Stamp::Seconds;
             }
-        } else if (key == "requestId") {
-            std::string_view s;
-            if (field.value().get_string().get(s) == simdjson::SUCCESS) {
-                requestId = s;
+        } else {
+            std::optional<std::string_view> s;
+            if (!stringOf(value, s)) {
+                return std::nullopt;
             }
+            requestId = s.value_or(std::string_view());
         }
     }
     if (!haveUsage) {

@@ -71,7 +71,7 @@ std::vector<LogFile> logFiles(const std::filesystem::path& folder, const QDateTi
     return out;
 }
 
-std::vector<TokenUsageEvent> events(const QDateTime& since) {
+Found read(const QDateTime& since) {
     // Files are read on every core, largest first so no thread is left with a long one at the
     // end; repeats are then dropped in the order the files were listed, as one reader would.
     std::vector<LogFile> claudeFiles;
@@ -88,6 +88,7 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
     };
     std::vector<ClaudeAnswers> answers(claudeFiles.size());
     std::vector<std::vector<TokenUsageEvent>> codexEvents(codexFiles.size());
+    std::atomic<std::int64_t> skipped = 0;
     const std::size_t total = claudeFiles.size() + codexFiles.size();
     auto sizeOf = [&](std::size_t i) {
         return i < claudeFiles.size() ? claudeFiles[i].size
@@ -103,23 +104,29 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
             const std::size_t i = order[n];
             if (i < claudeFiles.size()) {
                 ClaudeAnswers& file = answers[i];
-                LogLines::forEach(
-                    claudeFiles[i].path, ClaudeLogParser::markers(), [&](QByteArrayView line) {
-                        if (auto a = ClaudeLogParser::answer(line, LogLines::kReadableAfterLine)) {
-                            file.events.push_back(std::move(a->event));
-                            file.ids.append(a->messageId).append(a->requestId);
-                            file.idLengths.emplace_back(a->messageId.size(), a->requestId.size());
-                        }
-                    });
+                skipped +=
+                    LogLines::forEach(claudeFiles[i].path, ClaudeLogParser::markers(),
+                                      [&](QByteArrayView line) {
+                                          if (auto a = ClaudeLogParser::answer(
+                                                  line, LogLines::kReadableAfterLine)) {
+                                              file.events.push_back(std::move(a->event));
+                                              file.ids.append(a->messageId).append(a->requestId);
+                                              file.idLengths.emplace_back(a->messageId.size(),
+                                                                          a->requestId.size());
+                                          }
+                                      })
+                        .skippedLines;
             } else {
                 const std::size_t k = i - claudeFiles.size();
                 CodexLogParser codex; // totals run per session file
-                LogLines::forEach(
-                    codexFiles[k].path, CodexLogParser::markers(), [&](QByteArrayView line) {
-                        if (auto e = codex.event(line, LogLines::kReadableAfterLine)) {
-                            codexEvents[k].push_back(std::move(*e));
-                        }
-                    });
+                skipped += LogLines::forEach(
+                               codexFiles[k].path, CodexLogParser::markers(),
+                               [&](QByteArrayView line) {
+                                   if (auto e = codex.event(line, LogLines::kReadableAfterLine)) {
+                                       codexEvents[k].push_back(std::move(*e));
+                                   }
+                               })
+                               .skippedLines;
             }
         }
     };
@@ -155,7 +162,7 @@ std::vector<TokenUsageEvent> events(const QDateTime& since) {
     for (auto& file : codexEvents) {
         std::move(file.begin(), file.end(), std::back_inserter(out));
     }
-    return out;
+    return {std::move(out), skipped.load()};
 }
 
 } // namespace tarvik::LocalUsageLogs

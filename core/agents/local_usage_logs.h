@@ -23,8 +23,12 @@ struct LogFile {
 // The ".jsonl" files anywhere under `folder` last changed at or after `since` (all of them when
 // `since` is invalid). A missing or unreadable folder has none.
 std::vector<LogFile> logFiles(const std::filesystem::path& folder, const QDateTime& since);
+struct Found {
+    std::vector<TokenUsageEvent> events;
+    std::int64_t skippedLines = 0; // lines too long to read (LogLines::kLongestLine)
+};
 // Every Claude Code and Codex event in the logs changed since `since`. A file holds events from
 // before its last change, so the caller still picks events by date.
-std::vector<TokenUsageEvent> events(const QDateTime& since);
+Found read(const QDateTime& since);
 
 } // namespace tarvik::LocalUsageLogs

@@ -66,11 +66,33 @@ off_t lineStartBefore(int fd, off_t inside) {
     return 0;
 }
 
+// Where the line after the byte at `at` starts, read forward in a small buffer; -1 when there is
+// none.
+off_t nextLineAfter(int fd, off_t at) {
+    char ahead[64 << 10];
+    for (;;) {
+        const ssize_t got = readAt(fd, ahead, sizeof ahead, at);
+        if (got <= 0) {
+            return -1;
+        }
+        if (const void* br = std::memchr(ahead, '\n', static_cast<std::size_t>(got))) {
+            return at + (static_cast<const char*>(br) - ahead) + 1;
+        }
+        at += got;
+    }
+}
+
 // Hands out the line that starts at `start`, of which `line` already holds the first bytes,
-// reading the rest a block at a time. Where the next line starts, or -1 when this was the last.
+// reading the rest a block at a time; one longer than kLongestLine is skipped and counted. Where
+// the next line starts, or -1 when this was the last.
 off_t deliverLongLine(int fd, off_t start, std::vector<char>& line,
-                      const std::function<void(QByteArrayView)>& onLine) {
+                      const std::function<void(QByteArrayView)>& onLine, Read& read) {
     for (off_t at = start + static_cast<off_t>(line.size());;) {
+        if (line.size() > kLongestLine) {
+            ++read.skippedLines;
+            line = {}; // the memory goes back too: the buffer is the thread's for every file
+            return nextLineAfter(fd, at);
+        }
         const std::size_t had = line.size();
         line.resize(had + kReadBlock);
         const ssize_t got = readAt(fd, line.data() + had, kReadBlock, at);
@@ -229,12 +251,14 @@ const char* withRoomAfter(QByteArrayView line, std::size_t readableAfter, std::s
     return copy.data();
 }
 
-bool forEach(const std::filesystem::path& file, const Markers& markers,
+Read forEach(const std::filesystem::path& file, const Markers& markers,
              const std::function<void(QByteArrayView)>& onLine) {
+    Read read;
     const Descriptor f{::open(file.c_str(), O_RDONLY | O_CLOEXEC)};
     if (f.fd < 0) {
-        return false;
+        return read;
     }
+    read.opened = true;
     // The last bytes of a block are searched again with the next one, so no marker is cut.
     const std::size_t overlap = markers.longest() > 0 ? markers.longest() - 1 : 0;
     // One buffer per thread for every file: thousands of logs would otherwise each allocate one.
@@ -266,7 +290,7 @@ bool forEach(const std::filesystem::path& file, const Markers& markers,
                 const char* lineEnd = after ? static_cast<const char*>(after) : end;
                 deliver(lineStart, lineEnd, onLine);
                 if (!after) {
-                    return true;
+                    return read;
                 }
                 from = lineEnd + 1;
                 continue;
@@ -277,11 +301,11 @@ bool forEach(const std::filesystem::path& file, const Markers& markers,
             if (lineStart) {
                 longLine.assign(lineStart, end);
             } else if ((start = lineStartBefore(f.fd, base)) < 0) {
-                return true;
+                return read;
             }
-            resume = deliverLongLine(f.fd, start, longLine, onLine);
+            resume = deliverLongLine(f.fd, start, longLine, onLine, read);
             if (resume < 0) {
-                return true;
+                return read;
             }
             break;
         }
@@ -292,7 +316,7 @@ bool forEach(const std::filesystem::path& file, const Markers& markers,
             continue;
         }
         if (last) {
-            return true;
+            return read;
         }
         const std::size_t keep =
             std::min<std::size_t>(overlap, static_cast<std::size_t>(end - from));
@@ -304,7 +328,7 @@ bool forEach(const std::filesystem::path& file, const Markers& markers,
     }
 }
 
-bool forEach(const std::filesystem::path& file, const std::function<void(QByteArrayView)>& onLine) {
+Read forEach(const std::filesystem::path& file, const std::function<void(QByteArrayView)>& onLine) {
     return forEach(file, Markers(), onLine);
 }
 

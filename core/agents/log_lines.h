@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArrayView>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <initializer_list>
@@ -48,6 +49,17 @@ inline constexpr std::size_t kReadBlock = std::size_t{256} << 10;
 // read (never written), so a parser that reads a little past its input can take it where it is.
 inline constexpr std::size_t kReadableAfterLine = 64;
 
+// A line longer than this is skipped, not read: no answer an agent logs comes near it, and a
+// file of one endless line must not cost its length in memory.
+inline constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+// What reading a file came to.
+struct Read {
+    bool opened = false;
+    std::int64_t skippedLines = 0; // lines with a marker longer than kLongestLine
+    explicit operator bool() const { return opened; }
+};
+
 // The line's bytes where `need` bytes after them may be read: the line itself when
 // `readableAfter` is enough, else a copy in a buffer of the calling thread, valid until its next
 // call.
@@ -56,12 +68,12 @@ const char* withRoomAfter(QByteArrayView line, std::size_t readableAfter, std::s
 // Calls `onLine` with each line of the file that holds one of `markers` (every line when there
 // are none), without its line break, in order; the last line counts even without a break. The
 // file is read a block at a time into one reused buffer and the markers are looked for in the
-// whole block, so the lines without one are never split out, and a log of any size, with lines of
-// any length, costs neither a copy per line nor memory for more than a block; a line with a
-// marker that goes past its block is read again on its own. A view is valid only during its
-// call. False when the file can't be opened.
-bool forEach(const std::filesystem::path& file, const Markers& markers,
+// whole block, so the lines without one are never split out, and a log of any size costs neither a
+// copy per line nor memory for more than a block; a line with a marker that goes past its block
+// is read again on its own, up to kLongestLine (longer ones are skipped and counted). A view is
+// valid only during its call.
+Read forEach(const std::filesystem::path& file, const Markers& markers,
              const std::function<void(QByteArrayView)>& onLine);
-bool forEach(const std::filesystem::path& file, const std::function<void(QByteArrayView)>& onLine);
+Read forEach(const std::filesystem::path& file, const std::function<void(QByteArrayView)>& onLine);
 
 } // namespace tarvik::LogLines

@@ -37,4 +37,12 @@ QString tokens(std::int64_t count) {
     return QString::number(count);
 }
 
+QString skippedLines(std::int64_t count) {
+    if (count <= 0) {
+        return {};
+    }
+    return count == 1 ? QStringLiteral("One log line longer than 16 MiB was skipped.")
+                      : QStringLiteral("%1 log lines longer than 16 MiB were skipped.").arg(count);
+}
+
 } // namespace tarvik::UsageFormat

@@ -10,5 +10,7 @@ namespace tarvik::UsageFormat {
 QString dollars(double value);
 // A token count in a short form: "999", "2K", "2.5M", "1.2B".
 QString tokens(std::int64_t count);
+// The note for log lines too long to read, or nothing when there were none.
+QString skippedLines(std::int64_t count);
 
 } // namespace tarvik::UsageFormat

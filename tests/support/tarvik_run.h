@@ -2,14 +2,23 @@
 
 // Runs the real tarvik executable as a child process with a temporary home, optionally as an
 // unprivileged user (through setpriv) when the tests run as root.
+#include "tests/support/temp_home.h"
+
 #include <QByteArray>
+#include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace tarvik::test {
 
@@ -17,6 +26,7 @@ struct Outcome {
     int exitCode = -1;
     QString out;
     QString err;
+    long peakKiB = -1; // the child's peak resident memory, when measured
 };
 
 // The user an unprivileged run uses when the tests run as root.
@@ -43,6 +53,62 @@ struct TarvikRun {
     }
     // The user the child runs as.
     static uid_t childUid() { return ::geteuid() == 0 ? kNobody : ::geteuid(); }
+
+    // Runs the command and reads its peak memory (getrusage of that child alone, through wait4).
+    Outcome measured(const QStringList& args, const QString& home) const {
+        QTemporaryDir dir;
+        const QByteArray outPath = QFile::encodeName(dir.path() + "/out");
+        const QByteArray errPath = QFile::encodeName(dir.path() + "/err");
+        std::vector<QByteArray> argv8{QFile::encodeName(program)};
+        for (const QString& a : prefix + args) {
+            argv8.push_back(a.toUtf8());
+        }
+        std::vector<char*> argv;
+        for (QByteArray& a : argv8) {
+            argv.push_back(a.data());
+        }
+        argv.push_back(nullptr);
+        std::map<QString, QString> all = env;
+        all.emplace("HOME", home);
+        all.emplace("XDG_CONFIG_HOME", home + "/.config");
+        all.emplace("XDG_DATA_HOME", home + "/.local/share");
+        std::vector<QByteArray> env8;
+        for (const QString& kept : {QStringLiteral("PATH"), QStringLiteral("ASAN_OPTIONS"),
+                                    QStringLiteral("UBSAN_OPTIONS"), QStringLiteral("LANG")}) {
+            if (all.count(kept) == 0 && qEnvironmentVariableIsSet(kept.toUtf8().constData())) {
+                all[kept] = qEnvironmentVariable(kept.toUtf8().constData());
+            }
+        }
+        for (const auto& [name, value] : all) {
+            env8.push_back((name + "=" + value).toUtf8());
+        }
+        std::vector<char*> envp;
+        for (QByteArray& e : env8) {
+            envp.push_back(e.data());
+        }
+        envp.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, 1, outPath.constData(),
+                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        posix_spawn_file_actions_addopen(&actions, 2, errPath.constData(),
+                                         O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        pid_t pid = -1;
+        Outcome o;
+        if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data()) == 0) {
+            int status = 0;
+            struct rusage usage {};
+            if (::wait4(pid, &status, 0, &usage) == pid) {
+                o.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+                o.peakKiB = usage.ru_maxrss;
+            }
+        }
+        posix_spawn_file_actions_destroy(&actions);
+        o.out = QString::fromUtf8(readAll(dir.path() + "/out"));
+        o.err = QString::fromUtf8(readAll(dir.path() + "/err"));
+        return o;
+    }
 
     Outcome operator()(const QStringList& args, const QString& home, int waitMs = 60000) const {
         QProcess p;

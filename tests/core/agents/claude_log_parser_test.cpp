@@ -1,6 +1,8 @@
 // Claude Code's project log lines: what an answer cost in tokens, and what isn't counted.
 #include "core/agents/claude_log_parser.h"
 
+#include <QDir>
+#include <QFile>
 #include <gtest/gtest.h>
 #include <random>
 #include <set>
@@ -110,6 +112,36 @@ TEST(ClaudeLogParser, SyntheticUndatedAndMalformedLinesAreSkipped) {
                                    "2025-02-29T09:30:12Z"))); // no such day
     EXPECT_FALSE(parser.event(""));
     EXPECT_FALSE(parser.event("\x00\xff\"usage\"\x01"));
+}
+
+TEST(ClaudeLogParser, LinesAFuzzerFoundToCrashItAreSkippedSafely) {
+    // Each once crashed the parser by reading on in a document after an error (a value of the
+    // wrong type, then a malformed one). Read where they lie and as copies alike.
+    const QDir dir(QStringLiteral(TARVIK_FIXTURES "/agents/claude-crashes"));
+    const QStringList names = dir.entryList(QDir::Files);
+    ASSERT_GE(names.size(), 20);
+    ClaudeLogParser parser;
+    for (const QString& name : names) {
+        QFile f(dir.filePath(name));
+        ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+        const QByteArray bytes = f.readAll();
+        const QByteArray padded = bytes + QByteArray(LogLines::kReadableAfterLine, '}');
+        EXPECT_FALSE(parser.event(bytes)) << name.toStdString();
+        EXPECT_FALSE(ClaudeLogParser::answer(QByteArrayView(padded).first(bytes.size()),
+                                             LogLines::kReadableAfterLine))
+            << name.toStdString();
+    }
+    // A count given as text still counts; one of another type counts nothing; the rest of the
+    // line is read all the same.
+    const auto a =
+        parser.event(line("msg_t", "req_t", "claude-sonnet-4-5",
+                          R"({"input_tokens":"12","output_tokens":null,)"
+                          R"("cache_read_input_tokens":[1,2],"cache_creation_input_tokens":3})"));
+    ASSERT_TRUE(a);
+    EXPECT_EQ(a->input, 12);
+    EXPECT_EQ(a->output, 0);
+    EXPECT_EQ(a->cacheRead, 0);
+    EXPECT_EQ(a->cacheWrite, 3);
 }
 
 TEST(ClaudeLogParser, ALineReadWhereItLiesIsNotCompletedByTheBytesAfterIt) {

@@ -108,14 +108,14 @@ TEST(LocalUsageLogs, RecentClaudeAndCodexLogsUnderHomeOldAndBrokenFilesSkipped) 
 
     const QDateTime since = QDateTime::currentDateTimeUtc().addSecs(-3600);
     using P = std::vector<std::pair<AgentProvider, std::int64_t>>;
-    EXPECT_EQ(seen(LocalUsageLogs::events(since)), (P{{AgentProvider::Claude, 1},
+    EXPECT_EQ(seen(LocalUsageLogs::read(since).events), (P{{AgentProvider::Claude, 1},
                                                       {AgentProvider::Claude, 2},
                                                       {AgentProvider::Claude, 4},
                                                       {AgentProvider::Codex, 100},
                                                       {AgentProvider::Codex, 150},
                                                       {AgentProvider::Codex, 300}}));
     // Without a time limit the old session counts too.
-    EXPECT_EQ(seen(LocalUsageLogs::events(QDateTime())).size(), 7u);
+    EXPECT_EQ(seen(LocalUsageLogs::read(QDateTime()).events).size(), 7u);
 }
 
 TEST(LocalUsageLogs, FoldersFromTheEnvironmentEachOnce) {
@@ -130,7 +130,7 @@ TEST(LocalUsageLogs, FoldersFromTheEnvironmentEachOnce) {
         EXPECT_EQ(LocalUsageLogs::codexSessionsFolder(), h / "work-codex/sessions");
         writeFile(home.path() + "/work-claude/projects/p/s.jsonl", claudeLine("msg_1", 7));
         writeFile(home.path() + "/work-codex/sessions/r.jsonl", codexTotals(9));
-        EXPECT_EQ(seen(LocalUsageLogs::events(QDateTime())),
+        EXPECT_EQ(seen(LocalUsageLogs::read(QDateTime()).events),
                   (std::vector<std::pair<AgentProvider, std::int64_t>>{{AgentProvider::Claude, 7},
                                                                        {AgentProvider::Codex, 9}}));
     }
@@ -411,7 +411,7 @@ TEST(LocalUsageLogs, FilesChangedBeforeThePeriodAreNeverOpened) {
     ASSERT_GE(recentWatch, 0);
     ASSERT_GE(oldWatch, 0);
 
-    EXPECT_EQ(LocalUsageLogs::events(QDateTime::currentDateTime().addDays(-1)).size(), 1u);
+    EXPECT_EQ(LocalUsageLogs::read(QDateTime::currentDateTime().addDays(-1)).events.size(), 1u);
 
     std::vector<int> opened;
     alignas(inotify_event) char buffer[4096];

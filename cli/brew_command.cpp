@@ -26,6 +26,7 @@ struct BrewOptions {
     bool cask = false;
     bool force = false;
     bool dryRun = false;
+    bool yes = false;
     std::vector<std::string> names;
     std::string name;
 };
@@ -239,6 +240,17 @@ int run(const std::string& action, const BrewOptions& o) {
             return runWithLog(runner, BrewCommands::install(name, kind), name);
         }
         if (action == "uninstall") {
+            if (!o.yes) {
+                const Confirmation c = confirmOnTerminal(
+                    o.force ? QStringLiteral("Uninstall %1 even if other packages depend on it?")
+                                  .arg(name)
+                            : QStringLiteral("Uninstall %1?").arg(name));
+                if (c != Confirmation::Given) {
+                    printError(notConfirmed(c, QStringLiteral("Nothing was uninstalled"),
+                                            QStringLiteral("uninstalling")));
+                    return kExitUsage;
+                }
+            }
             waitWhileBusy(runner);
             // Removing what runs as root needs a way to ask for the password.
             return runWithLog(runner, BrewCommands::uninstall(name, kind, o.force), name,
@@ -251,8 +263,7 @@ int run(const std::string& action, const BrewOptions& o) {
                               QStringLiteral("Homebrew"));
         }
         if (action == "search") {
-            const auto r = runner.run(BrewCommands::search(name));
-            const BrewSearchResult found = parseBrewSearch(r.output);
+            const BrewSearchResult found = searchBrew(runner, name);
             if (o.json) {
                 printJson(QJsonDocument(
                     QJsonObject{{"formulae", QJsonArray::fromStringList(found.formulae)},
@@ -317,6 +328,7 @@ void addBrewCommand(CLI::App& app, CommandResult& result) {
     uninstall->add_option("name", o->name, "The package")->required();
     uninstall->add_flag("--cask", o->cask, "It is a cask");
     uninstall->add_flag("--force", o->force, "Also when other packages depend on it");
+    uninstall->add_flag("--yes", o->yes, "Do not ask for confirmation");
     auto* cleanup = add("cleanup", "Remove old versions and caches");
     cleanup->add_flag("--dry-run", o->dryRun, "Only show what would be removed");
     add("doctor", "Check Homebrew for problems");

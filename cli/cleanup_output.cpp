@@ -20,24 +20,6 @@
 
 namespace tarvik::cli {
 
-bool confirmOnTerminal(const QString& question) {
-    if (::isatty(STDIN_FILENO) != 1) {
-        return false;
-    }
-    std::fputs((question + QStringLiteral(" [y/N] ")).toUtf8().constData(), stdout);
-    std::fflush(stdout);
-    std::string answer;
-    if (!std::getline(std::cin, answer)) {
-        return false;
-    }
-    return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes";
-}
-
-QString needsConfirmation() {
-    return QStringLiteral("Nothing was removed: removing needs your confirmation. Run this in a "
-                          "terminal to be asked, or pass --yes.");
-}
-
 void printCleanReport(const CleanReport& report, const QString& home) {
     printLine(cleanSummary(report, QStringLiteral("item"), QStringLiteral("items")));
     for (const auto& f : report.failures) {
@@ -139,8 +121,9 @@ int confirmAndClean(const std::vector<CleanupGroup>& groups, const QString& sour
         if (!extraWarning.isEmpty()) {
             question += QLatin1Char(' ') + extraWarning;
         }
-        if (!confirmOnTerminal(question)) {
-            printError(needsConfirmation());
+        if (const Confirmation c = confirmOnTerminal(question); c != Confirmation::Given) {
+            printError(
+                notConfirmed(c, QStringLiteral("Nothing was removed"), QStringLiteral("removing")));
             return kExitUsage;
         }
     }

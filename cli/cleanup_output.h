@@ -12,9 +12,6 @@
 namespace tarvik::cli {
 
 // Asks on the terminal; without one (a script, a pipe) there is nobody to ask: false.
-bool confirmOnTerminal(const QString& question);
-// The sentence that explains a refusal to act without confirmation.
-QString needsConfirmation();
 
 void printCleanReport(const CleanReport& report, const QString& home);
 QJsonObject cleanReportJson(const CleanReport& report);

@@ -5,6 +5,8 @@
 #include "core/platform/file_paths.h"
 
 #include <cstdio>
+#include <iostream>
+#include <string>
 #include <unistd.h>
 
 namespace tarvik::cli {
@@ -36,6 +38,30 @@ QString pathArgument(const std::string& raw) {
 
 QString shownPath(const QString& path, const QString& home) {
     return fileName::display(PathDisplay::abbreviate(path, home));
+}
+
+Confirmation confirmOnTerminal(const QString& question) {
+    if (::isatty(STDIN_FILENO) != 1) {
+        return Confirmation::NoTerminal;
+    }
+    std::fputs((question + QStringLiteral(" [y/N] ")).toUtf8().constData(), stdout);
+    std::fflush(stdout);
+    std::string answer;
+    if (!std::getline(std::cin, answer)) {
+        return Confirmation::Declined;
+    }
+    return answer == "y" || answer == "Y" || answer == "yes" || answer == "Yes"
+               ? Confirmation::Given
+               : Confirmation::Declined;
+}
+
+QString notConfirmed(Confirmation c, const QString& nothingDone, const QString& doing) {
+    if (c == Confirmation::Declined) {
+        return nothingDone + QLatin1Char('.');
+    }
+    return QStringLiteral("%1: %2 needs your confirmation. Run this in a terminal to be asked, or "
+                          "pass --yes.")
+        .arg(nothingDone, doing);
 }
 
 void printRows(const std::vector<std::pair<QString, QString>>& rows) {

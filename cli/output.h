@@ -17,6 +17,13 @@ void printJson(const QJsonDocument& document);
 QString pathArgument(const std::string& raw);
 // A path as a person reads it: "~" for home, stray bytes as \xNN.
 QString shownPath(const QString& path, const QString& home);
+// How a question on the terminal was answered.
+enum class Confirmation { Given, Declined, NoTerminal };
+// Asks a yes/no question on the terminal (no means no, and so does no answer).
+Confirmation confirmOnTerminal(const QString& question);
+// Why nothing was done: "Nothing was removed." after a no; without a terminal, how to confirm
+// (`doing`: "removing", "uninstalling").
+QString notConfirmed(Confirmation c, const QString& nothingDone, const QString& doing);
 // Two columns, the labels padded to the widest one.
 void printRows(const std::vector<std::pair<QString, QString>>& rows);
 

@@ -105,10 +105,7 @@ int runTest(const SpeedOptions& o) {
         printError(QStringLiteral("The speed test was cancelled."));
         return kExitFailed;
     }
-    const SpeedTestHistoryStore store;
-    auto history = store.load();
-    history.insert(history.begin(), *result);
-    if (!store.save(history)) {
+    if (!SpeedTestHistoryStore().add(*result)) {
         printError(QStringLiteral("Couldn't save the result to the history."));
     }
     if (o.json) {

@@ -222,8 +222,7 @@ void BrewModel::search(const QString& query) {
         BrewSearchResult found;
         QString error;
         try {
-            const auto r = runner->run(BrewCommands::search(query));
-            found = parseBrewSearch(r.output);
+            found = searchBrew(*runner, query);
         } catch (const BrewError& e) {
             error = e.message();
         }

@@ -63,11 +63,7 @@ void SpeedTestModel::start(const std::optional<QString>& connection) {
                 if (result) {
                     self->last_ = result;
                     self->server_ = result->server;
-                    self->history_.insert(self->history_.begin(), *result);
-                    if (self->history_.size() > SpeedTestHistoryStore::kLimit) {
-                        self->history_.resize(SpeedTestHistoryStore::kLimit);
-                    }
-                    self->saveHistory();
+                    self->updateHistory(self->store_.add(*result));
                 }
                 emit self->changed();
                 emit self->finished();
@@ -83,19 +79,19 @@ void SpeedTestModel::cancel() {
 }
 
 void SpeedTestModel::deleteResult(const QUuid& id) {
-    std::erase_if(history_, [&id](const SpeedTestResult& r) { return r.id == id; });
-    saveHistory();
+    updateHistory(store_.remove(id));
     emit changed();
 }
 
 void SpeedTestModel::clearHistory() {
-    history_.clear();
-    saveHistory();
+    updateHistory(store_.clear());
     emit changed();
 }
 
-void SpeedTestModel::saveHistory() {
-    if (!store_.save(history_)) {
+void SpeedTestModel::updateHistory(std::optional<std::vector<SpeedTestResult>> history) {
+    if (history) {
+        history_ = std::move(*history);
+    } else {
         error_ = tr("Couldn't save the speed test history.");
     }
 }

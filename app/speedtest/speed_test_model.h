@@ -40,7 +40,8 @@ signals:
     void finished();
 
 private:
-    void saveHistory();
+    // The history as the store left it, or the reason it could not be changed.
+    void updateHistory(std::optional<std::vector<SpeedTestResult>> history);
 
     std::function<SpeedTestConfiguration()> config_;
     SpeedTestHistoryStore store_;

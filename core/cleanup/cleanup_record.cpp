@@ -1,13 +1,10 @@
 #include "core/cleanup/cleanup_record.h"
 
+#include "core/platform/json_file.h"
 #include "core/platform/xdg_paths.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 #include <utility>
 
 namespace tarvik {
@@ -38,13 +35,12 @@ QString FreeSpaceTimeline::defaultFilePath() {
 }
 
 void FreeSpaceTimeline::load() {
+    readFrom(JsonFile::read(path_).document.object());
+}
+
+void FreeSpaceTimeline::readFrom(const QJsonObject& root) {
     records_.clear();
     samples_.clear();
-    QFile f(path_);
-    if (!f.open(QIODevice::ReadOnly)) {
-        return;
-    }
-    const QJsonObject root = QJsonDocument::fromJson(f.readAll()).object();
     for (const auto& v : root.value(QLatin1String("cleanups")).toArray()) {
         if (auto r = CleanupRecord::fromJson(v.toObject())) {
             records_.push_back(*r);
@@ -62,10 +58,11 @@ void FreeSpaceTimeline::load() {
     }
 }
 
-bool FreeSpaceTimeline::save() const {
+QJsonObject FreeSpaceTimeline::toJson() const {
     QJsonArray cleanups;
-    for (const auto& r : records_) {
-        cleanups.append(r.toJson());
+    const std::size_t first = records_.size() > kMostRecords ? records_.size() - kMostRecords : 0;
+    for (std::size_t i = first; i < records_.size(); ++i) {
+        cleanups.append(records_[i].toJson());
     }
     QJsonArray samples;
     for (const auto& s : samples_) {
@@ -74,19 +71,36 @@ bool FreeSpaceTimeline::save() const {
                         {QStringLiteral("freeBytes"), static_cast<double>(s.freeBytes)},
                         {QStringLiteral("totalBytes"), static_cast<double>(s.totalBytes)}});
     }
-    QDir().mkpath(QFileInfo(path_).absolutePath());
-    QSaveFile f(path_);
-    if (!f.open(QIODevice::WriteOnly)) {
-        return false;
-    }
-    f.write(QJsonDocument(QJsonObject{{QStringLiteral("cleanups"), cleanups},
-                                      {QStringLiteral("samples"), samples}})
-                .toJson(QJsonDocument::Indented));
-    return f.commit();
+    return {{QStringLiteral("cleanups"), cleanups}, {QStringLiteral("samples"), samples}};
+}
+
+bool FreeSpaceTimeline::change(const std::function<bool(FreeSpaceTimeline&)>& edit) {
+    bool changed = false;
+    const bool written = JsonFile::update(path_, [&](QJsonDocument& document) {
+        readFrom(document.object());
+        changed = edit(*this);
+        document = QJsonDocument(toJson());
+    });
+    return written && changed;
+}
+
+bool FreeSpaceTimeline::record(const CleanupRecord& record) {
+    return change([&record](FreeSpaceTimeline& t) {
+        t.add(record);
+        return true;
+    });
+}
+
+bool FreeSpaceTimeline::recordSampleIfDue(const FreeSpaceSample& sample) {
+    return change([&sample](FreeSpaceTimeline& t) { return t.addSampleIfDue(sample); });
 }
 
 void FreeSpaceTimeline::add(const CleanupRecord& record) {
     records_.push_back(record);
+    if (records_.size() > kMostRecords) {
+        records_.erase(records_.begin(),
+                       records_.begin() + static_cast<long>(records_.size() - kMostRecords));
+    }
 }
 
 bool FreeSpaceTimeline::addSampleIfDue(const FreeSpaceSample& sample) {
@@ -94,10 +108,9 @@ bool FreeSpaceTimeline::addSampleIfDue(const FreeSpaceSample& sample) {
         return false;
     }
     samples_.push_back(sample);
-    constexpr std::size_t kKept = std::size_t{90} * 24;
-    if (samples_.size() > kKept) {
+    if (samples_.size() > kMostSamples) {
         samples_.erase(samples_.begin(),
-                       samples_.begin() + static_cast<long>(samples_.size() - kKept));
+                       samples_.begin() + static_cast<long>(samples_.size() - kMostSamples));
     }
     return true;
 }

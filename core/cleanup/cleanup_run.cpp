@@ -30,10 +30,8 @@ CleanReport runCleanup(const Cleaner& cleaner, const std::vector<CleanupGroup>& 
         }
     }
     if (merged.freedBytes >= 1 && timeline != nullptr) {
-        timeline->load();
-        timeline->add({QDateTime::currentDateTimeUtc(), merged.freedBytes,
-                       static_cast<int>(merged.removed.size()), source});
-        timeline->save();
+        timeline->record({QDateTime::currentDateTimeUtc(), merged.freedBytes,
+                          static_cast<int>(merged.removed.size()), source});
     }
     return merged;
 }

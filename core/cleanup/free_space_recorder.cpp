@@ -23,12 +23,11 @@ bool FreeSpaceRecorder::record() {
         return false;
     }
     FreeSpaceTimeline timeline(path_);
-    timeline.load();
     const FreeSpaceSample sample{
         QDateTime::currentDateTimeUtc(),
         static_cast<std::int64_t>(fs.f_bavail) * static_cast<std::int64_t>(fs.f_frsize),
         static_cast<std::int64_t>(fs.f_blocks) * static_cast<std::int64_t>(fs.f_frsize)};
-    return timeline.addSampleIfDue(sample) && timeline.save();
+    return timeline.recordSampleIfDue(sample);
 }
 
 } // namespace tarvik

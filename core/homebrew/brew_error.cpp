@@ -14,6 +14,13 @@ QString BrewError::message() const {
         return QStringLiteral("Cancelled.");
     case Kind::CouldNotRun:
         return QStringLiteral("Couldn't run brew.");
+    case Kind::TimedOut:
+        return code % 60 == 0 && code >= 120
+                   ? QStringLiteral("brew gave no answer for %1 minutes and was stopped.")
+                         .arg(code / 60)
+               : code == 1 ? QStringLiteral("brew gave no answer for 1 second and was stopped.")
+                           : QStringLiteral("brew gave no answer for %1 seconds and was stopped.")
+                                 .arg(code);
     }
     return {};
 }

@@ -9,9 +9,18 @@ namespace BrewLogParser {
 QString stripANSI(const QString& text) {
     static const QRegularExpression kControl(QStringLiteral("\x1b\\[[0-9;?]*[ -/]*[@-~]"));
     static const QRegularExpression kOsc(QStringLiteral("\x1b\\][^\x07\x1b]*(?:\x07|\x1b\\\\)"));
+    // Any other escape sequence: ESC, its intermediate bytes and its final byte (ESC c, ESC ( B).
+    static const QRegularExpression kEscape(QStringLiteral("\x1b[ -/]*[0-~]?"));
     QString out = text;
     out.remove(kControl);
     out.remove(kOsc);
+    out.remove(kEscape);
+    // Whatever other control characters are left (a lone escape, a bell, a backspace, C1
+    // codes) would act on the terminal they are printed to: they go too, tabs aside.
+    out.removeIf([](QChar c) {
+        const char16_t u = c.unicode();
+        return (u < 0x20 && u != u'\t') || (u >= 0x7F && u <= 0x9F);
+    });
     return out;
 }
 

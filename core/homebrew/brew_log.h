@@ -19,6 +19,8 @@ struct BrewLogLine {
 };
 
 namespace BrewLogParser {
+// One line of output as plain text: colour and title sequences, and every other control
+// character but the tab, removed.
 QString stripANSI(const QString& text);
 BrewLogLine parse(const QString& rawLine, std::uint64_t id = 0);
 } // namespace BrewLogParser

@@ -3,6 +3,7 @@
 #include "core/homebrew/line_collector.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QRegularExpression>
@@ -66,7 +67,8 @@ BrewEnvironment BrewRunner::resolve() {
 
 BrewRunner::Result BrewRunner::run(const QStringList& arguments, bool autoUpdate,
                                    const QMap<QString, QString>& extraEnvironment,
-                                   const std::function<void(const QString&)>& onLine) {
+                                   const std::function<void(const QString&)>& onLine,
+                                   std::optional<std::chrono::milliseconds> quietLimit) {
     acquire();
     // The turn is given up on every way out, so a failed command never blocks the queue.
     struct Turn {
@@ -101,11 +103,31 @@ BrewRunner::Result BrewRunner::run(const QStringList& arguments, bool autoUpdate
     if (cancelled_) {
         ::kill(static_cast<pid_t>(runningPid_.load()), SIGINT); // cancelled while starting
     }
+    QElapsedTimer quiet;
+    quiet.start();
+    bool hung = false;
     while (child.state() != QProcess::NotRunning) {
         child.waitForReadyRead(200);
-        collector.append(child.readAll());
+        const QByteArray got = child.readAll();
+        if (!got.isEmpty()) {
+            quiet.restart();
+            collector.append(got);
+        } else if (quietLimit && !hung &&
+                   std::chrono::milliseconds(quiet.elapsed()) >= *quietLimit) {
+            // Taken to hang: asked to stop as at Ctrl-C, then made to.
+            hung = true;
+            ::kill(static_cast<pid_t>(child.processId()), SIGINT);
+            if (!child.waitForFinished(3000)) {
+                child.kill();
+                child.waitForFinished(3000);
+            }
+        }
     }
     runningPid_ = 0;
+    if (hung) {
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(*quietLimit);
+        throw BrewError{BrewError::Kind::TimedOut, static_cast<int>(seconds.count())};
+    }
     collector.append(child.readAll()); // drain what is left in the pipe
     collector.flush();
     if (cancelled_) {
@@ -115,8 +137,12 @@ BrewRunner::Result BrewRunner::run(const QStringList& arguments, bool autoUpdate
     return {code, collector.text()};
 }
 
+BrewRunner::Result BrewRunner::answer(const QStringList& arguments) {
+    return run(arguments, false, {}, {}, options_.answerQuietLimit);
+}
+
 QByteArray BrewRunner::json(const QStringList& arguments) {
-    const Result r = run(arguments);
+    const Result r = answer(arguments);
     if (!r.succeeded()) {
         throw BrewError{BrewError::Kind::Failed, r.code};
     }

@@ -7,6 +7,7 @@
 #include <QMap>
 #include <QStringList>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -23,6 +24,10 @@ public:
     struct Options {
         QStringList candidates = defaultBrewCandidates();
         std::optional<QString> searchPath; // default: $PATH
+        // How long a command that answers a question (JSON, a search) may stay silent before it
+        // is taken to hang and is stopped. Upgrades and installs may build for an hour without
+        // a word, so they have no such limit: they are cancelled by the person.
+        std::chrono::milliseconds answerQuietLimit = std::chrono::minutes(2);
     };
     struct Result {
         int code = 0;
@@ -39,10 +44,13 @@ public:
     BrewRunner();
     explicit BrewRunner(Options options);
 
-    // Throws BrewError.
+    // Throws BrewError (TimedOut when `quietLimit` passes without a byte of output).
     Result run(const QStringList& arguments, bool autoUpdate = false,
                const QMap<QString, QString>& extraEnvironment = {},
-               const std::function<void(const QString&)>& onLine = {});
+               const std::function<void(const QString&)>& onLine = {},
+               std::optional<std::chrono::milliseconds> quietLimit = std::nullopt);
+    // The output of a command that answers a question, within the answer quiet limit.
+    Result answer(const QStringList& arguments);
     // The output of a JSON command; throws BrewError::Failed when brew exits non-zero.
     QByteArray json(const QStringList& arguments);
     // Interrupts the running command (as Ctrl-C); it then fails with Cancelled. Queued

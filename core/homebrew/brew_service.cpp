@@ -83,9 +83,20 @@ QStringList search(const QString& query) {
 namespace tarvik {
 
 BrewSnapshot loadBrewSnapshot(BrewRunner& runner, bool includeGreedy) {
-    auto installed = BrewParsing::parseInstalled(runner.json(BrewCommands::installed()));
-    const auto outdated =
-        BrewParsing::parseOutdated(runner.json(BrewCommands::outdated(includeGreedy)));
+    // brew failing to list is a list that can't be read, in the same words as one that is no
+    // JSON; a hang or a cancel keeps its own.
+    const auto listed = [&runner](const QStringList& arguments) {
+        try {
+            return runner.json(arguments);
+        } catch (const BrewError& e) {
+            if (e.kind == BrewError::Kind::Failed) {
+                throw BrewParseError{};
+            }
+            throw;
+        }
+    };
+    auto installed = BrewParsing::parseInstalled(listed(BrewCommands::installed()));
+    const auto outdated = BrewParsing::parseOutdated(listed(BrewCommands::outdated(includeGreedy)));
     QMap<QString, BrewServiceState> services;
     try {
         services = BrewParsing::parseServices(runner.json(BrewCommands::services()));

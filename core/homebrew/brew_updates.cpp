@@ -1,6 +1,8 @@
 #include "core/homebrew/brew_updates.h"
 
 #include "core/homebrew/brew_log.h"
+#include "core/homebrew/brew_runner.h"
+#include "core/homebrew/brew_service.h"
 
 namespace tarvik {
 
@@ -31,6 +33,14 @@ BrewSearchResult parseBrewSearch(const QString& output) {
         }
     }
     return r;
+}
+
+BrewSearchResult searchBrew(BrewRunner& runner, const QString& query) {
+    const BrewRunner::Result r = runner.answer(BrewCommands::search(query));
+    if (!r.succeeded() && !r.output.contains(QLatin1String("No formulae or casks found"))) {
+        throw BrewError{BrewError::Kind::Failed, r.code};
+    }
+    return parseBrewSearch(r.output);
 }
 
 } // namespace tarvik

@@ -18,5 +18,8 @@ struct BrewSearchResult {
     QStringList casks;
 };
 BrewSearchResult parseBrewSearch(const QString& output);
+// Searches Homebrew's catalogue. Finding nothing is an empty answer (brew says so with exit status
+// 1); any other failure throws BrewError, so it never reads as "nothing matches".
+BrewSearchResult searchBrew(class BrewRunner& runner, const QString& query);
 
 } // namespace tarvik

@@ -10,14 +10,16 @@ void LineCollector::append(const QByteArray& data) {
         std::lock_guard lock(mutex_);
         buffer_.append(data);
         qsizetype start = 0;
-        for (qsizetype i = 0; i < buffer_.size(); ++i) {
-            const char c = buffer_[i];
+        const char* bytes = buffer_.constData();
+        for (qsizetype i = scanned_; i < buffer_.size(); ++i) {
+            const char c = bytes[i];
             if (c == '\r' || c == '\n') {
-                lines << QString::fromUtf8(buffer_.constData() + start, i - start);
+                lines << QString::fromUtf8(bytes + start, i - start);
                 start = i + 1;
             }
         }
         buffer_.remove(0, start);
+        scanned_ = buffer_.size();
         for (const QString& line : lines) {
             text_ += line + QLatin1Char('\n');
         }
@@ -33,6 +35,7 @@ void LineCollector::flush() {
             lines << QString::fromUtf8(buffer_);
             text_ += lines.front() + QLatin1Char('\n');
             buffer_.clear();
+            scanned_ = 0;
         }
     }
     emitLines(lines);

@@ -1,13 +1,10 @@
 #include "core/speedtest/speed_test_history.h"
 
+#include "core/platform/json_file.h"
 #include "core/platform/xdg_paths.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 #include <utility>
 
 namespace tarvik {
@@ -18,40 +15,59 @@ QString SpeedTestHistoryStore::defaultFilePath() {
     return xdg::applicationSupport() + QStringLiteral("/speedtests.json");
 }
 
-std::vector<SpeedTestResult> SpeedTestHistoryStore::load() const {
+namespace {
+
+std::vector<SpeedTestResult> readable(const QJsonArray& entries) {
     std::vector<SpeedTestResult> out;
-    QFile f(path_);
-    if (!f.open(QIODevice::ReadOnly)) {
-        return out;
-    }
-    const QJsonDocument doc = QJsonDocument::fromJson(f.readAll());
-    if (!doc.isArray()) {
-        return out;
-    }
-    for (const auto& v : doc.array()) {
+    for (const auto& v : entries) {
         if (auto r = SpeedTestResult::fromJson(v.toObject())) {
             out.push_back(std::move(*r));
-        } else {
-            return {}; // a damaged history is an empty one, never a partial guess
         }
     }
     return out;
 }
 
-bool SpeedTestHistoryStore::save(const std::vector<SpeedTestResult>& results) const {
-    QJsonArray array;
-    for (std::size_t i = 0; i < results.size() && i < kLimit; ++i) {
-        array.append(results[i].toJson());
+} // namespace
+
+std::vector<SpeedTestResult> SpeedTestHistoryStore::load() const {
+    return readable(JsonFile::read(path_).document.array());
+}
+
+std::optional<std::vector<SpeedTestResult>>
+SpeedTestHistoryStore::change(const std::function<void(QJsonArray&)>& edit) const {
+    QJsonArray entries;
+    const bool written = JsonFile::update(path_, [&](QJsonDocument& document) {
+        entries = document.array();
+        edit(entries);
+        while (entries.size() > static_cast<qsizetype>(kLimit)) {
+            entries.removeLast();
+        }
+        document = QJsonDocument(entries);
+    });
+    if (!written) {
+        return std::nullopt;
     }
-    if (!QDir().mkpath(QFileInfo(path_).absolutePath())) {
-        return false;
-    }
-    QSaveFile f(path_);
-    if (!f.open(QIODevice::WriteOnly)) {
-        return false;
-    }
-    f.write(QJsonDocument(array).toJson(QJsonDocument::Indented));
-    return f.commit();
+    return readable(entries);
+}
+
+std::optional<std::vector<SpeedTestResult>>
+SpeedTestHistoryStore::add(const SpeedTestResult& result) const {
+    return change([&result](QJsonArray& entries) { entries.prepend(result.toJson()); });
+}
+
+std::optional<std::vector<SpeedTestResult>> SpeedTestHistoryStore::remove(const QUuid& id) const {
+    return change([&id](QJsonArray& entries) {
+        for (qsizetype i = entries.size() - 1; i >= 0; --i) {
+            const auto r = SpeedTestResult::fromJson(entries[i].toObject());
+            if (r && r->id == id) {
+                entries.removeAt(i);
+            }
+        }
+    });
+}
+
+std::optional<std::vector<SpeedTestResult>> SpeedTestHistoryStore::clear() const {
+    return change([](QJsonArray& entries) { entries = {}; });
 }
 
 } // namespace tarvik

@@ -4,15 +4,21 @@
 #include "core/cleanup/directory_sizer.h"
 #include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/free_space_recorder.h"
+#include "core/platform/json_file.h"
+#include "tests/support/temp_home.h"
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/fs.h>
+#include <set>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace tarvik;
@@ -219,70 +225,82 @@ TEST(CleanupRun, GroupsKeepTheirModesProgressSpansAllAndOnlyRealCleanupsAreRecor
     EXPECT_EQ(reread.records().size(), 1u);
 }
 
-TEST(FreeSpaceTimeline, KeepsAnHourlyHistoryAndReadsADamagedFileAsEmpty) {
+TEST(FreeSpaceTimeline, KeepsAnHourlyHistoryAndSetsADamagedFileAsideInsteadOfLosingIt) {
     QTemporaryDir dir;
     const QString path = dir.path() + "/t.json";
     FreeSpaceTimeline t(path);
     const QDateTime start = QDateTime::fromSecsSinceEpoch(1'800'000'000);
-    EXPECT_TRUE(t.addSampleIfDue({start, 100, 1000}));
-    EXPECT_FALSE(t.addSampleIfDue({start.addSecs(1800), 90, 1000}));
-    EXPECT_TRUE(t.addSampleIfDue({start.addSecs(3600), 80, 1000}));
-    ASSERT_TRUE(t.save());
+    EXPECT_TRUE(t.recordSampleIfDue({start, 100, 1000}));
+    EXPECT_FALSE(t.recordSampleIfDue({start.addSecs(1800), 90, 1000}));
+    EXPECT_TRUE(t.recordSampleIfDue({start.addSecs(3600), 80, 1000}));
     FreeSpaceTimeline again(path);
     again.load();
     ASSERT_EQ(again.samples().size(), 2u);
     EXPECT_EQ(again.samples()[1].freeBytes, 80);
 
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write("{\"cleanups\": [{\"date\": \"not a date\"}], \"samples\": 7");
-    f.close();
+    // Damaged: read as empty, and kept aside when the next cleanup is recorded.
+    const QByteArray damaged = "{\"cleanups\": [{\"date\": \"not a date\"}], \"samples\": 7";
+    test::writeFile(path, damaged);
     again.load();
-    EXPECT_TRUE(again.records().empty());
     EXPECT_TRUE(again.samples().empty());
+    ASSERT_TRUE(again.record({start, 5, 1, "System Junk"}));
+    EXPECT_EQ(test::readAll(path + ".damaged"), damaged);
+    again.load();
+    EXPECT_EQ(again.records().size(), 1u);
+
+    // One that can't be opened is never written over.
+    if (::geteuid() != 0) {
+        QFile::setPermissions(path, {});
+        EXPECT_FALSE(again.record({start, 5, 1, "System Junk"}));
+        QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    }
+    QDir().mkpath(dir.path() + "/folder.json");
+    EXPECT_FALSE(FreeSpaceTimeline(dir.path() + "/folder.json").record({start, 5, 1, "x"}));
+    EXPECT_TRUE(QDir(dir.path() + "/folder.json").exists());
 }
 
-TEST(DirectorySizer, CountsRegularFilesOnceNeverFollowsLinksAndSkipsWhatItCannotRead) {
-    Sandbox s;
-    write(s.home + "/t/a", 10000);
-    write(s.home + "/t/deep/er/b", 30000);
-    ASSERT_EQ(::link(QFile::encodeName(s.home + "/t/a").constData(),
-                     QFile::encodeName(s.home + "/t/deep/a-again").constData()),
-              0);
-    ASSERT_EQ(::link(QFile::encodeName(s.home + "/t/deep/er/b").constData(),
-                     QFile::encodeName(s.outside + "/b-elsewhere").constData()),
-              0);
-    write(s.outside + "/huge", 1 << 20);
-    ASSERT_TRUE(QFile::link(s.outside, s.home + "/t/link"));
-    // A sparse file: 100 MB long, almost nothing allocated.
-    const int fd =
-        ::open(QFile::encodeName(s.home + "/t/sparse").constData(), O_CREAT | O_WRONLY, 0600);
-    ASSERT_GE(fd, 0);
-    ASSERT_EQ(::ftruncate(fd, 100 << 20), 0);
-    ::close(fd);
-    // Many folders, so the walk shares its work between threads.
-    for (int i = 0; i < 40; ++i) {
-        write(s.home + QString("/t/wide/%1/f").arg(i), 4096);
+TEST(FreeSpaceTimeline, CleanupsEndingTogetherAreAllRecordedAndOnlyTheNewestThousandKept) {
+    QTemporaryDir dir;
+    const QString path = dir.path() + "/t.json";
+    const QDateTime start = QDateTime::fromSecsSinceEpoch(1'800'000'000);
+    {
+        // A history written before there was a limit.
+        QJsonArray many;
+        for (int i = 0; i < 1100; ++i) {
+            many.append(CleanupRecord{start.addSecs(i), i + 1, 1, "old"}.toJson());
+        }
+        test::writeFile(path, QJsonDocument(QJsonObject{{"cleanups", many}}).toJson());
+        ASSERT_TRUE(FreeSpaceTimeline(path).recordSampleIfDue({start, 1, 2}));
     }
-    std::int64_t wide = 0;
-    for (int i = 0; i < 40; ++i) {
-        wide += allocated(s.home + QString("/t/wide/%1/f").arg(i));
-    }
-    const std::int64_t a = allocated(s.home + "/t/a");
-    const std::int64_t b = allocated(s.home + "/t/deep/er/b");
-    const SizeResult r = DirectorySizer().measure(s.home + "/t");
-    EXPECT_EQ(r.allocated, a + b + wide + allocated(s.home + "/t/sparse"));
-    EXPECT_EQ(r.releasable, r.allocated - b); // b has a name outside
-    EXPECT_EQ(r.files, 44);
-    for (int threads : {1, 2, 7}) {
-        EXPECT_EQ(DirectorySizer(nullptr, threads).measure(s.home + "/t").allocated, r.allocated);
-    }
-    EXPECT_EQ(DirectorySizer().size(s.home + "/t/link"), 0);
-    EXPECT_EQ(DirectorySizer().size(s.home + "/t/a"), a);
-    EXPECT_EQ(DirectorySizer().size(s.home + "/nothing-here"), 0);
+    FreeSpaceTimeline capped(path);
+    capped.load();
+    ASSERT_EQ(capped.records().size(), FreeSpaceTimeline::kMostRecords);
+    EXPECT_EQ(capped.records().back().freedBytes, 1100);
 
-    std::atomic<bool> cancelled = true;
-    EXPECT_LT(DirectorySizer(&cancelled).measure(s.home + "/t").allocated, r.allocated);
+    // Twenty cleanups that end at once, each in its own process's way: all twenty are kept.
+    std::vector<std::thread> cleans;
+    for (int i = 0; i < 20; ++i) {
+        cleans.emplace_back([&, i] {
+            FreeSpaceTimeline mine(path);
+            EXPECT_TRUE(mine.record({start.addDays(1), 10'000 + i, 1, "together"}));
+        });
+    }
+    for (auto& c : cleans) {
+        c.join();
+    }
+    capped.load();
+    EXPECT_EQ(capped.records().size(), FreeSpaceTimeline::kMostRecords);
+    std::set<std::int64_t> together;
+    for (const auto& r : capped.records()) {
+        if (r.source == "together") {
+            together.insert(r.freedBytes);
+        }
+    }
+    EXPECT_EQ(together.size(), 20u);
+    // A file of megabytes that no history reaches is not read into memory.
+    test::writeFile(path, QByteArray(JsonFile::kLargest + 1, ' '));
+    capped.load();
+    EXPECT_TRUE(capped.records().empty());
 }
 
 TEST(FreeSpaceRecorder, SamplesTheHomeFileSystemIntoTheTimeline) {

@@ -42,6 +42,8 @@ struct StandIn {
   wait) trap 'echo interrupted; exit 130' INT; echo started; for i in $(seq 1 200); do sleep 0.05; done; echo finished ;;
   progress) printf 'abc\r50%%\r100%%\ndone' ;;
   fail) echo "Error: nope"; exit 3 ;;
+  hang) echo "thinking"; trap '' INT; sleep 60 ;;
+  oneline) head -c "$2" /dev/zero | tr '\0' 'x'; echo ;;
   *) echo "args: $*" ;;
 esac
 )SH";
@@ -199,6 +201,34 @@ TEST(BrewRunner, CancelInterruptsDrainsAndTheNextCommandRuns) {
     canceller.join();
     EXPECT_EQ(lines, (QStringList{"started", "interrupted"})); // brew's own last words arrive
     EXPECT_EQ(r.run({"hello"}).output, "args: hello\n");
+}
+
+TEST(BrewRunner, AnAnswerThatNeverComesIsStoppedWithTheReasonAndTheQueueGoesOn) {
+    StandIn s;
+    BrewRunner r({{s.brew}, QString(), std::chrono::seconds(1)});
+    try {
+        // It ignores Ctrl-C too: it is made to stop.
+        r.answer({"hang"});
+        ADD_FAILURE() << "expected TimedOut";
+    } catch (const BrewError& e) {
+        EXPECT_EQ(e.kind, BrewError::Kind::TimedOut);
+        EXPECT_EQ(e.message(), "brew gave no answer for 1 second and was stopped.");
+    }
+    EXPECT_EQ(BrewError({BrewError::Kind::TimedOut, 120}).message(),
+              "brew gave no answer for 2 minutes and was stopped.");
+    EXPECT_EQ(r.answer({"hello"}).output, "args: hello\n");
+    // Commands that do the work have no such limit.
+    EXPECT_EQ(r.run({"slow", "a", "1"}).output, "done a\n");
+}
+
+TEST(LineCollector, OneLineOfManyMegabytesArrivingInPiecesIsOneLine) {
+    // brew's JSON comes as one line; each piece is looked at once, not the whole line again.
+    StandIn s;
+    BrewRunner r = s.runner();
+    const auto big = r.answer({"oneline", "45000000"});
+    ASSERT_EQ(big.output.size(), 45'000'001);
+    EXPECT_TRUE(big.output.startsWith("xxx"));
+    EXPECT_TRUE(big.output.endsWith("x\n"));
 }
 
 TEST(BrewRunner, NoBrewMeansNotInstalledWithTheApplicationsText) {

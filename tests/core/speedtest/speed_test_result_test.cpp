@@ -1,8 +1,11 @@
 #include "core/speedtest/speed_test_history.h"
 #include "core/speedtest/speed_test_result.h"
+#include "tests/support/temp_home.h"
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -101,7 +104,7 @@ TEST(SpeedTestServer, MetaTraceMergeAndLocation) {
     EXPECT_EQ(SpeedTestServer::fromJson(meta->toJson()), *meta);
 }
 
-TEST(SpeedTestHistoryStore, KeepsTheNewestHundredAndReadsDamageAsEmpty) {
+TEST(SpeedTestHistoryStore, KeepsTheNewestHundredAndNeverLosesWhatItCouldNotRead) {
     QTemporaryDir dir;
     const QString path = dir.path() + "/Tarvik/speedtests.json";
     SpeedTestHistoryStore store(path);
@@ -113,7 +116,9 @@ TEST(SpeedTestHistoryStore, KeepsTheNewestHundredAndReadsDamageAsEmpty) {
         r.server = SpeedTestServer::fromTrace("colo=FRA");
         many.push_back(r);
     }
-    ASSERT_TRUE(store.save(many));
+    for (auto it = many.rbegin(); it != many.rend(); ++it) {
+        ASSERT_TRUE(store.add(*it)); // newest added last, so many[0] ends first
+    }
     const auto back = store.load();
     ASSERT_EQ(back.size(), 100u);
     EXPECT_EQ(back[0].id, many[0].id);
@@ -123,14 +128,32 @@ TEST(SpeedTestHistoryStore, KeepsTheNewestHundredAndReadsDamageAsEmpty) {
     EXPECT_FALSE(back[5].uploadLatency);
     EXPECT_EQ(back[5].server->colo, "FRA");
     EXPECT_EQ(back[5].connection, "Wi-Fi");
+    const auto fewer = store.remove(many[1].id);
+    ASSERT_TRUE(fewer);
+    EXPECT_EQ(fewer->size(), 99u);
+    EXPECT_EQ((*fewer)[1].id, many[2].id);
 
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write("[{\"id\": \"not-a-uuid\"}]");
-    f.close();
+    // Five good records and one bad: the five are shown, and a new test keeps all six.
+    QJsonArray entries;
+    for (int i = 0; i < 5; ++i) {
+        entries.append(many[static_cast<std::size_t>(i)].toJson());
+    }
+    entries.insert(2, QJsonObject{{"id", "not-a-uuid"}});
+    test::writeFile(path, QJsonDocument(entries).toJson());
+    EXPECT_EQ(store.load().size(), 5u);
+    const auto added = store.add(many[50]);
+    ASSERT_TRUE(added);
+    EXPECT_EQ(added->size(), 6u);
+    EXPECT_EQ(QJsonDocument::fromJson(test::readAll(path)).array().size(), 7);
+
+    // Not JSON at all: kept aside, never overwritten in place.
+    test::writeFile(path, "[{\"id\": ");
     EXPECT_TRUE(store.load().empty());
+    ASSERT_TRUE(store.add(many[60]));
+    EXPECT_EQ(test::readAll(path + ".damaged"), "[{\"id\": ");
+    EXPECT_EQ(store.load().size(), 1u);
 
-    // A folder where the file should be: saving reports the failure.
+    // A folder where the file should be: the change reports the failure.
     QDir().mkpath(dir.path() + "/blocked/speedtests.json");
-    EXPECT_FALSE(SpeedTestHistoryStore(dir.path() + "/blocked/speedtests.json").save(many));
+    EXPECT_FALSE(SpeedTestHistoryStore(dir.path() + "/blocked/speedtests.json").add(many[0]));
 }

@@ -107,6 +107,10 @@ AgentUsageClient::Answer AgentUsageClient::get(QNetworkRequest r, const QDateTim
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     r.setRawHeader("User-Agent", "Tarvik");
+    // A redirect to another host, port or scheme would carry the sign-in or key along: such a
+    // redirect is not followed, and the answer is the redirect itself.
+    r.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                   QNetworkRequest::SameOriginRedirectPolicy);
     QNetworkReply* reply = nam_->get(r);
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);

@@ -199,6 +199,30 @@ TEST(AgentUsageClient, CopilotAndOpenRouterWithSavedOrPastedKeys) {
     EXPECT_EQ(failure(closed, AgentProvider::OpenRouter).kind, AgentUsageError::Kind::Network);
 }
 
+TEST(AgentUsageClient, AKeyIsNeverSentOnToAnotherOriginByARedirect) {
+    test::TempHome home;
+    ScriptedServer service;
+    ScriptedServer elsewhere;
+    elsewhere.answer("/api/v1/key", {200, R"({"data":{"label":"stolen"}})"});
+    // The same machine under another name is another origin all the same.
+    const QByteArray away =
+        QStringLiteral("http://localhost:%1/api/v1/key").arg(elsewhere.url().port()).toUtf8();
+    service.answer("/api/v1/key", {302, {}, {{"Location", away}}});
+    auto c = client(service, QString("sk-or-secret"));
+    const AgentUsageError e = failure(c, AgentProvider::OpenRouter);
+    EXPECT_EQ(e.message(), "The server answered with HTTP 302");
+    for (const auto& r : elsewhere.requests()) {
+        EXPECT_EQ(r.headers.count("authorization"), 0u) << "the key went to " << away.toStdString();
+    }
+    EXPECT_TRUE(elsewhere.requests().empty());
+
+    // Within the same origin a redirect is followed, key and all.
+    service.answer("/api/v1/key", {301, {}, {{"Location", "/api/v1/key2"}}});
+    service.answer("/api/v1/key2", {200, R"({"data":{"label":"mine","usage":1,"limit":10}})"});
+    service.answer("/api/v1/credits", {200, R"({"data":{"total_credits":20,"total_usage":1}})"});
+    EXPECT_EQ(c.fetch(AgentProvider::OpenRouter, kNow).account, "mine");
+}
+
 TEST(AgentUsageClient, AMalformedSignInFileIsNoSignIn) {
     test::TempHome home;
     ScriptedServer server;

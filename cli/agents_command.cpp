@@ -134,6 +134,16 @@ int runAgents(bool json) {
             } else {
                 printLine(title(providers[i]));
                 printLine(QStringLiteral("  ") + error.message());
+                // Where the window has a field to paste into, the terminal has a command.
+                if (error.kind == AgentUsageError::Kind::NotSignedIn) {
+                    if (providers[i] == AgentProvider::OpenRouter) {
+                        printLine(QStringLiteral("  Save one with: tarvik agents key set "
+                                                 "openrouter < key.txt"));
+                    } else if (providers[i] == AgentProvider::Copilot) {
+                        printLine(QStringLiteral("  Save one with: tarvik agents key set github "
+                                                 "< token.txt"));
+                    }
+                }
             }
         }
         if (!json && i + 1 < providers.size()) {

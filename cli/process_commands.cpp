@@ -12,6 +12,7 @@
 #include <QJsonObject>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <pwd.h>
 #include <thread>
 #include <unistd.h>
@@ -46,7 +47,7 @@ std::vector<ProcessUsage> sampleProcesses(double seconds) {
 
 struct PsOptions {
     std::string sort = "cpu";
-    int limit = 20;
+    std::optional<int> limit; // 20 on a terminal, all for --json
     double interval = 0.5;
     bool json = false;
 };
@@ -56,8 +57,10 @@ int runPs(const PsOptions& o) {
     sortProcesses(processes, *processSortFromKey(o.sort));
     const std::uint64_t total = totalProcessMemory(processes);
     const std::size_t count = processes.size();
-    if (o.limit > 0 && processes.size() > static_cast<std::size_t>(o.limit)) {
-        processes.resize(static_cast<std::size_t>(o.limit));
+    // A script reading JSON gets every process unless it asks for fewer.
+    const int limit = o.limit.value_or(o.json ? 0 : 20);
+    if (limit > 0 && processes.size() > static_cast<std::size_t>(limit)) {
+        processes.resize(static_cast<std::size_t>(limit));
     }
     const auto apps = DesktopApplications::load(DesktopApplications::defaultFolders());
     if (o.json) {
@@ -206,7 +209,7 @@ void addProcessCommands(CLI::App& app, CommandResult& result) {
     auto* psCmd = app.add_subcommand("ps", "List running processes by CPU, memory or name");
     psCmd->add_option("--sort", ps->sort, "cpu, memory, name or pid (default cpu)")
         ->check(CLI::IsMember({"cpu", "memory", "name", "pid"}));
-    psCmd->add_option("--limit", ps->limit, "Show this many (default 20; 0 shows all)")
+    psCmd->add_option("--limit", ps->limit, "Show this many (default 20, all with --json; 0 shows all)")
         ->check(CLI::Range(0, 1'000'000));
     psCmd
         ->add_option("--interval", ps->interval,

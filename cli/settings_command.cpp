@@ -16,9 +16,11 @@ QJsonValue jsonValue(const PreferenceKey& key, const QVariant& v) {
         return v.toBool();
     case PreferenceType::Double:
         return v.toDouble();
-    case PreferenceType::Text:
     case PreferenceType::MenuBarStats:
     case PreferenceType::Choice:
+    case PreferenceType::Url:
+    case PreferenceType::Agents:
+    case PreferenceType::Schedules:
         return v.toString();
     }
     return {};

@@ -1,5 +1,6 @@
 #include "cli/commands.h"
 #include "cli/output.h"
+#include "core/shell/preferences.h"
 #include "core/cleanup/path_display.h"
 #include "core/speedtest/speed_test_engine.h"
 #include "core/speedtest/speed_test_history.h"
@@ -51,6 +52,7 @@ void printResult(const SpeedTestResult& r) {
 
 int runTest(const SpeedOptions& o) {
     SpeedTestConfiguration config;
+    config.baseURL = Preferences().speedTestBaseURL();
     if (!o.baseUrl.empty()) {
         QUrl url(QString::fromStdString(o.baseUrl));
         if (!url.isValid() || url.scheme().isEmpty()) {

@@ -48,8 +48,11 @@ int printStatus(bool asJson) {
         titles << issue.title;
     }
     rows.emplace_back(QStringLiteral("Health"),
+                      // A glance has one reading: how busy the CPU has been takes tarvik health's
+                      // few seconds, so "nothing" is said for what was looked at.
                       titles.isEmpty()
-                          ? QStringLiteral("Nothing needs your attention")
+                          ? QStringLiteral("Nothing at a glance; tarvik health also watches the "
+                                           "CPU for a few seconds")
                           : titles.join(QStringLiteral("; ")) + QStringLiteral(" (tarvik health)"));
     if (awake) {
         rows.emplace_back(QStringLiteral("Keep awake"),

@@ -33,10 +33,7 @@ AppModels::AppModels(const Options& options, QObject* parent)
       speedTest_(
           [this] {
               SpeedTestConfiguration c;
-              const QUrl url(preferences_.value(pref::kSpeedTestBaseURL).toString());
-              if (url.isValid() && !url.scheme().isEmpty()) {
-                  c.baseURL = url; // tests and mirrors point it elsewhere
-              }
+              c.baseURL = preferences_.speedTestBaseURL(); // tests and mirrors point it elsewhere
               return c;
           },
           SpeedTestHistoryStore(options.timelinePath.isEmpty()

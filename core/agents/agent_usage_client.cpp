@@ -276,7 +276,7 @@ AgentUsageReport AgentUsageClient::fetchCopilot(const QDateTime& now) {
     if (!token) {
         throw AgentUsageError::notSignedIn(
             QStringLiteral("Sign in to GitHub with the gh command-line tool (gh auth login), or "
-                           "paste a GitHub token below."));
+                           "paste a GitHub token."));
     }
     QNetworkRequest r =
         request(options_.endpoints.copilot, QStringLiteral("copilot_internal/user"));
@@ -305,7 +305,7 @@ AgentUsageReport AgentUsageClient::fetchOpenRouter(const QDateTime& now) {
     const auto key = options_.pastedKey(AgentProvider::OpenRouter);
     if (!key) {
         throw AgentUsageError::notSignedIn(
-            QStringLiteral("Paste an OpenRouter API key below (make one at %1).")
+            QStringLiteral("Paste an OpenRouter API key (make one at %1).")
                 .arg(QLatin1String(OpenRouterUsage::kKeysPage)));
     }
     auto call = [&](const QString& path) {

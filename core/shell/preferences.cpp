@@ -1,11 +1,15 @@
 #include "core/shell/preferences.h"
 
+#include "core/agents/agent_provider.h"
+#include "core/awake/keep_awake_schedule_store.h"
 #include "core/platform/qt_text.h"
 #include "core/platform/xdg_paths.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
+#include <QUrl>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <utility>
@@ -76,7 +80,7 @@ constexpr std::array<PreferenceKey, 18> kKeys{{
      {},
      {}},
     {pref::kSpeedTestBaseURL,
-     PreferenceType::Text,
+     PreferenceType::Url,
      "https://speed.cloudflare.com/",
      "The speed-test service's address.",
      {},
@@ -89,19 +93,19 @@ constexpr std::array<PreferenceKey, 18> kKeys{{
      {},
      "moveToTrash|deletePermanently"},
     {pref::kAgentUsageOrder,
-     PreferenceType::Text,
+     PreferenceType::Agents,
      "claude,codex,copilot,openRouter",
      "The order of the agents' cards: claude, codex, copilot, openRouter.",
      {},
      {}},
     {pref::kAgentUsageEnabled,
-     PreferenceType::Text,
+     PreferenceType::Agents,
      "claude,codex,copilot,openRouter",
      "The agents whose usage is fetched and shown.",
      {},
      {}},
     {pref::kKeepAwakeSchedules,
-     PreferenceType::Text,
+     PreferenceType::Schedules,
      "",
      "The keep-awake schedules as JSON; `tarvik awake schedules` edits them.",
      {},
@@ -160,8 +164,57 @@ ParsedPreference parsePreference(const PreferenceKey& key, const QString& text) 
         }
         return {v, {}};
     }
-    case PreferenceType::Text:
+    case PreferenceType::Url: {
+        QUrl url(t, QUrl::StrictMode);
+        if (!url.isValid() ||
+            (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https")) ||
+            url.host().isEmpty()) {
+            return {{},
+                    QStringLiteral("%1 takes a full http or https address, such as "
+                                   "https://speed.cloudflare.com/, not \"%2\".")
+                        .arg(toQString(key.key), text)};
+        }
+        if (!url.path().endsWith(QLatin1Char('/'))) {
+            url.setPath(url.path() + QLatin1Char('/'));
+        }
+        return {url.toString(), {}};
+    }
+    case PreferenceType::Agents: {
+        QStringList chosen;
+        for (const QString& piece : t.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            const auto provider = agentProviderFromRaw(piece.trimmed());
+            if (!provider) {
+                return {{},
+                        QStringLiteral("\"%1\" is not an agent; choose from claude, codex, "
+                                       "copilot, openRouter.")
+                            .arg(piece.trimmed())};
+            }
+            if (!chosen.contains(rawValue(*provider))) {
+                chosen << rawValue(*provider);
+            }
+        }
+        return {chosen.join(QLatin1Char(',')), {}};
+    }
+    case PreferenceType::Schedules: {
+        if (t.isEmpty()) {
+            return {t, {}};
+        }
+        const auto decoded = KeepAwakeScheduleStore::decode(t.toUtf8());
+        const bool inRange = std::all_of(
+            decoded.schedules.begin(), decoded.schedules.end(), [](const KeepAwakeSchedule& k) {
+                return k.startMinutes >= 0 && k.startMinutes < kMinutesPerDay &&
+                       k.endMinutes >= 0 && k.endMinutes < kMinutesPerDay && !k.weekdays.empty() &&
+                       *k.weekdays.begin() >= 1 && *k.weekdays.rbegin() <= 7;
+            });
+        if (!decoded.error.isEmpty() || !inRange) {
+            return {{},
+                    QStringLiteral("%1 takes a list of schedules as JSON, each with an id, days "
+                                   "from 1 (Sunday) to 7 and times in minutes from 0 to 1439; "
+                                   "tarvik awake schedules add makes them.")
+                        .arg(toQString(key.key))};
+        }
         return {t, {}};
+    }
     case PreferenceType::Choice: {
         const QStringList allowed = toQString(key.choices).split(QLatin1Char('|'));
         if (!allowed.contains(t)) {
@@ -198,9 +251,11 @@ QString formatPreference(const PreferenceKey& key, const QVariant& value) {
         return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
     case PreferenceType::Double:
         return QString::number(value.toDouble());
-    case PreferenceType::Text:
     case PreferenceType::MenuBarStats:
     case PreferenceType::Choice:
+    case PreferenceType::Url:
+    case PreferenceType::Agents:
+    case PreferenceType::Schedules:
         return value.toString();
     }
     return {};
@@ -240,6 +295,19 @@ QVariant Preferences::value(std::string_view key) const {
     if (k->type == PreferenceType::MenuBarStats) {
         // Reading is lenient where writing is strict: unknown readings are ignored.
         return QString::fromStdString(writeMenuBarStats(parseMenuBarStats(text.toStdString())));
+    }
+    if (k->type == PreferenceType::Schedules) {
+        return text; // damage is the schedules' reader's to report, not to hide as "none"
+    }
+    if (k->type == PreferenceType::Agents) {
+        // Lenient like the readings: names it doesn't know are left out.
+        QStringList known;
+        for (const QString& piece : text.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+            if (agentProviderFromRaw(piece.trimmed())) {
+                known << piece.trimmed();
+            }
+        }
+        return parsePreference(*k, known.join(QLatin1Char(','))).value;
     }
     auto parsed = parsePreference(*k, text);
     if (!parsed.ok() && k->type == PreferenceType::Double) {
@@ -304,6 +372,12 @@ std::optional<QString> Preferences::readProblem() const {
         return QStringLiteral("it is not a settings file");
     }
     return std::nullopt;
+}
+
+QUrl Preferences::speedTestBaseURL() const {
+    const PreferenceKey& key = *findPreferenceKey(pref::kSpeedTestBaseURL);
+    const ParsedPreference parsed = parsePreference(key, value(pref::kSpeedTestBaseURL).toString());
+    return QUrl(parsed.ok() ? parsed.value.toString() : toQString(key.defaultText));
 }
 
 QStringList Preferences::exclusions() const {

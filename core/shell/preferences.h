@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QSettings>
 #include <QString>
+#include <QUrl>
 #include <QVariant>
 #include <memory>
 #include <optional>
@@ -14,7 +15,9 @@
 
 namespace tarvik {
 
-enum class PreferenceType { Bool, Double, Text, MenuBarStats, Choice };
+// Url: an http or https address; Agents: agent names separated by commas;
+// Schedules: the keep-awake schedules' JSON.
+enum class PreferenceType { Bool, Double, MenuBarStats, Choice, Url, Agents, Schedules };
 
 struct PreferenceKey {
     std::string_view key;
@@ -96,6 +99,9 @@ public:
     // Why the settings file can't be read, when it exists and can't: its values are then
     // unknown, not the defaults.
     std::optional<QString> readProblem() const;
+
+    // The speed-test service's address; the default when the stored one is not an http(s) one.
+    QUrl speedTestBaseURL() const;
 
     QStringList exclusions() const;
     void setExclusions(const QStringList& paths);

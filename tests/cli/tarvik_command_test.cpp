@@ -14,6 +14,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
@@ -72,6 +73,16 @@ TEST_F(TarvikCommand, SettingsRejectBadInputWithExitTwoAndWriteNothing) {
         {"settings", "set", "monitorInterval", "soon"},
         {"settings", "set", "showMenuBarExtra", "maybe"},
         {"settings", "set", "menuBarStats", "cpu,volume"},
+        {"settings", "set", "speedTestBaseURL", "speed test please"},
+        {"settings", "set", "speedTestBaseURL", "ftp://mirror.example/"},
+        {"settings", "set", "speedTestBaseURL", "http://"},
+        {"settings", "set", "agentUsage.enabled", "claude,gemini"},
+        {"settings", "set", "agentUsage.order", "codex;claude"},
+        {"settings", "set", "keepAwakeSchedules", "every day"},
+        {"settings", "set", "keepAwakeSchedules", "{\"a\": 1}"},
+        {"settings", "set", "keepAwakeSchedules",
+         R"([{"id":"{6f1d3c1e-0000-4000-8000-000000000001}","weekdays":[2],)"
+         R"("startMinutes":99999,"endMinutes":60}])"},
         {"settings", "set", "noSuchKey", "1"},
         {"settings", "get", "noSuchKey"},
         {"settings", "reset", "noSuchKey"},
@@ -88,6 +99,22 @@ TEST_F(TarvikCommand, SettingsRejectBadInputWithExitTwoAndWriteNothing) {
     EXPECT_TRUE(tarvik({"settings", "set", "noSuchKey", "1"}).err.contains("noSuchKey"));
     EXPECT_TRUE(tarvik({"settings", "set", "monitorInterval", "11"})
                     .err.contains("monitorInterval must be between 1 and 10."));
+    EXPECT_TRUE(tarvik({"settings", "set", "agentUsage.enabled", "claude,gemini"})
+                    .err.contains("\"gemini\" is not an agent; choose from claude, codex, copilot, "
+                                  "openRouter."));
+
+    // Good values are kept in one spelling.
+    ASSERT_EQ(tarvik({"settings", "set", "speedTestBaseURL", "http://127.0.0.1:8080"}).exitCode, 0);
+    EXPECT_EQ(tarvik({"settings", "get", "speedTestBaseURL"}).out, "http://127.0.0.1:8080/\n");
+    ASSERT_EQ(tarvik({"settings", "set", "agentUsage.enabled", " codex ,claude,codex"}).exitCode,
+              0);
+    EXPECT_EQ(tarvik({"settings", "get", "agentUsage.enabled"}).out, "codex,claude\n");
+    ASSERT_EQ(tarvik({"settings", "set", "agentUsage.enabled", ""}).exitCode, 0); // none
+    ASSERT_EQ(tarvik({"settings", "set", "keepAwakeSchedules",
+                      R"([{"id":"{6f1d3c1e-0000-4000-8000-000000000001}","weekdays":[2,3],)"
+                      R"("startMinutes":540,"endMinutes":1020}])"})
+                  .exitCode,
+              0);
 }
 
 TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
@@ -436,6 +463,16 @@ TEST_F(TarvikCommand, SpeedTestRunsAgainstALocalServerAndKeepsItsHistory) {
     EXPECT_TRUE(refused.err.contains("Couldn't reach the speed test server. "))
         << refused.err.toStdString();
     EXPECT_EQ(tarvik({"speedtest", "--duration", "0"}).exitCode, 2);
+
+    // The setting is the address when none is given.
+    ASSERT_EQ(tarvik({"settings", "set", "speedTestBaseURL", base}).exitCode, 0);
+    const Outcome bySetting = tarvik({"speedtest", "--duration", "1", "--json"});
+    ASSERT_EQ(bySetting.exitCode, 0) << bySetting.err.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(bySetting.out.toUtf8())
+                  .object()["server"]
+                  .toObject()["colo"]
+                  .toString(),
+              "FRA");
 }
 
 TEST_F(TarvikCommand, PsListsQuitEndsAndRefusesWithDistinctExitCodes) {
@@ -763,8 +800,13 @@ TEST_F(TarvikCommand, AwakeSchedulesAreAddedListedAndRemoved) {
     ASSERT_EQ(tarvik({"awake", "schedules", "remove", id}).exitCode, 0);
     EXPECT_TRUE(tarvik({"awake", "schedules", "list"}).out.contains("No keep-awake schedules"));
 
-    // A damaged store: no schedules, and the reason.
-    ASSERT_EQ(tarvik({"settings", "set", "keepAwakeSchedules", "[{oops"}).exitCode, 0);
+    // A damaged store (settings set refuses such a value; the file can still be edited by hand):
+    // no schedules, and the reason.
+    EXPECT_EQ(tarvik({"settings", "set", "keepAwakeSchedules", "[{oops"}).exitCode, 2);
+    {
+        QSettings file(conf(), QSettings::NativeFormat);
+        file.setValue("keepAwakeSchedules", "[{oops");
+    }
     const Outcome damaged = tarvik({"awake", "status"});
     EXPECT_EQ(damaged.exitCode, 0);
     EXPECT_TRUE(damaged.err.contains("couldn't be read")) << damaged.err.toStdString();

@@ -1,7 +1,7 @@
 // The memory reading is parsed on every sample of the live readings, so it must stay far
 // below the cost of reading the file itself.
-#include "core/platform/meminfo.h"
-#include "core/platform/system_files.h"
+#include "core/monitor/meminfo.h"
+#include "core/sys/system_files.h"
 
 #include <benchmark/benchmark.h>
 

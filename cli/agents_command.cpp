@@ -7,8 +7,8 @@
 #include "core/agents/usage_format.h"
 #include "core/agents/usage_period.h"
 #include "core/agents/usage_summary.h"
-#include "core/platform/secret_store.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/secret_store.h"
 
 #include <QFuture>
 #include <QJsonArray>

@@ -1,13 +1,13 @@
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/cleanup/path_display.h"
 #include "core/homebrew/brew_askpass.h"
 #include "core/homebrew/brew_log.h"
 #include "core/homebrew/brew_parsing.h"
 #include "core/homebrew/brew_service.h"
 #include "core/homebrew/brew_updates.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/path_display.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -5,9 +5,9 @@
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/path_display.h"
 
 #include <QDir>
 #include <QJsonDocument>

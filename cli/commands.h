@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/monitor/system_health.h"
-#include "core/platform/logind.h"
+#include "core/sys/logind.h"
 
 #include <CLI/CLI.hpp>
 #include <functional>

@@ -1,8 +1,8 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/cleanup/exclusion_list.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QDir>
 #include <memory>

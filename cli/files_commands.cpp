@@ -5,10 +5,10 @@
 #include "cli/output.h"
 #include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/exclusion_list.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/file_names.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/file_names.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/path_display.h"
 
 #include <QDir>
 #include <QJsonArray>

@@ -1,6 +1,6 @@
 #include "cli/json_writer.h"
 
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 #include <ctime>
 

@@ -4,10 +4,10 @@
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/junk_scanner.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/qt_text.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/path_display.h"
+#include "core/text/qt_text.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

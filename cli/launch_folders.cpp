@@ -1,6 +1,6 @@
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "dock/app_folder.h"
 
 namespace tarvik::cli {

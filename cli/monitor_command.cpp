@@ -3,7 +3,7 @@
 #include "core/monitor/reading_report.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/monitor/system_sampler.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 
 #include <QJsonDocument>
 #include <chrono>

@@ -1,8 +1,8 @@
 #include "cli/output.h"
 
-#include "core/cleanup/path_display.h"
-#include "core/platform/file_names.h"
-#include "core/platform/file_paths.h"
+#include "core/sys/file_names.h"
+#include "core/sys/file_paths.h"
+#include "core/text/path_display.h"
 
 #include <cstdio>
 #include <iostream>

@@ -1,12 +1,12 @@
 // tarvik ps, tarvik quit and tarvik health: the process table and the health check.
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/monitor/metric_format.h"
 #include "core/monitor/process_control.h"
 #include "core/monitor/process_naming.h"
 #include "core/monitor/system_health.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/monitor/system_sampler.h"
+#include "core/text/metric_format.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -209,7 +209,9 @@ void addProcessCommands(CLI::App& app, CommandResult& result) {
     auto* psCmd = app.add_subcommand("ps", "List running processes by CPU, memory or name");
     psCmd->add_option("--sort", ps->sort, "cpu, memory, name or pid (default cpu)")
         ->check(CLI::IsMember({"cpu", "memory", "name", "pid"}));
-    psCmd->add_option("--limit", ps->limit, "Show this many (default 20, all with --json; 0 shows all)")
+    psCmd
+        ->add_option("--limit", ps->limit,
+                     "Show this many (default 20, all with --json; 0 shows all)")
         ->check(CLI::Range(0, 1'000'000));
     psCmd
         ->add_option("--interval", ps->interval,

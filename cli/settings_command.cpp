@@ -1,7 +1,7 @@
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/platform/qt_text.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/text/qt_text.h"
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -1,9 +1,9 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/cleanup/directory_sizer.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/file_names.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/file_names.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/path_display.h"
 
 #include <QDir>
 #include <QJsonArray>

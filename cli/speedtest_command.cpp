@@ -1,9 +1,9 @@
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/shell/preferences.h"
-#include "core/cleanup/path_display.h"
+#include "core/settings/preferences.h"
 #include "core/speedtest/speed_test_engine.h"
 #include "core/speedtest/speed_test_history.h"
+#include "core/text/path_display.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,10 +1,10 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/cleanup/junk_scanner.h"
-#include "core/cleanup/path_display.h"
 #include "core/monitor/machine_summary.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/path_display.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

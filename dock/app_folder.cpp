@@ -1,6 +1,6 @@
 #include "dock/app_folder.h"
 
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QFile>
 #include <QJsonArray>

@@ -1,8 +1,8 @@
 #include "app/agents/agents_model.h"
 
 #include "core/agents/local_usage_logs.h"
-#include "core/platform/secret_store.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/secret_store.h"
 
 #include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/awake/escape_unlock_tracker.h"
-#include "core/platform/input_device_grab.h"
+#include "core/sys/input_device_grab.h"
 
 #include <QObject>
 #include <QPointer>

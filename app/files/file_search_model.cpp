@@ -2,8 +2,8 @@
 
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
-#include "core/platform/xdg_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QMetaObject>
 #include <QtConcurrent/QtConcurrentRun>

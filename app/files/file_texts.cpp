@@ -1,7 +1,7 @@
 #include "app/files/file_texts.h"
 
-#include "core/cleanup/path_display.h"
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
+#include "core/text/path_display.h"
 
 #include <QLocale>
 

@@ -3,7 +3,7 @@
 #include "app/files/file_kind_icons.h"
 #include "app/files/file_texts.h"
 #include "app/files/large_files_model.h"
-#include "core/cleanup/path_display.h"
+#include "core/text/path_display.h"
 
 #include <QFileInfo>
 

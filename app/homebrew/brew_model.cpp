@@ -4,7 +4,7 @@
 #include "core/homebrew/brew_parsing.h"
 #include "core/homebrew/brew_service.h"
 #include "core/homebrew/brew_updates.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 
 #include <QMetaObject>
 #include <QPointer>

@@ -3,7 +3,7 @@
 #include "app/homebrew/brew_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/cleanup/path_display.h"
+#include "core/text/path_display.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>

@@ -2,7 +2,7 @@
 
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 
 #include <QMetaObject>
 #include <QPointer>

@@ -3,9 +3,9 @@
 #include "app/junk/junk_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/file_names.h"
-#include "core/platform/qt_text.h"
+#include "core/sys/file_names.h"
+#include "core/text/path_display.h"
+#include "core/text/qt_text.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>

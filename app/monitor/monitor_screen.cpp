@@ -4,8 +4,8 @@
 #include "app/monitor/process_panel.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/monitor/metric_format.h"
 #include "core/monitor/system_monitor_model.h"
+#include "core/text/metric_format.h"
 
 #include <QFrame>
 #include <QGridLayout>

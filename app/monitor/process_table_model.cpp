@@ -1,6 +1,6 @@
 #include "app/monitor/process_table_model.h"
 
-#include "core/monitor/metric_format.h"
+#include "core/text/metric_format.h"
 
 #include <QFileInfo>
 #include <pwd.h>

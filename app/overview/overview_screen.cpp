@@ -7,9 +7,9 @@
 #include "app/shell/section_subtitles.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/cleanup/path_display.h"
 #include "core/monitor/system_monitor_model.h"
 #include "core/shell/navigator.h"
+#include "core/text/path_display.h"
 
 #include <QFormLayout>
 #include <QGroupBox>

@@ -4,9 +4,9 @@
 #include "app/shell/section_subtitles.h"
 #include "app/shell/tray_item.h"
 #include "core/cleanup/removal_mode.h"
-#include "core/platform/qt_text.h"
+#include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
-#include "core/shell/preferences.h"
+#include "core/text/qt_text.h"
 
 #include <QApplication>
 #include <QCheckBox>

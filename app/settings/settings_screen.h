@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/monitor/menu_bar_stat.h"
 #include "core/shell/app_permission.h"
-#include "core/shell/menu_bar_stat.h"
 
 #include <QFutureWatcher>
 #include <QWidget>

@@ -1,7 +1,7 @@
 #include "app/shell/app_models.h"
 
 #include "core/cleanup/cleanup_record.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QCoreApplication>
 

@@ -10,10 +10,10 @@
 #include "core/cleanup/free_space_recorder.h"
 #include "core/homebrew/brew_update_checker.h"
 #include "core/monitor/system_monitor_model.h"
-#include "core/platform/sleep_watcher.h"
+#include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "core/shell/navigator.h"
-#include "core/shell/preferences.h"
+#include "core/sys/sleep_watcher.h"
 
 #include <QObject>
 

@@ -17,8 +17,8 @@
 #include "app/shell/sidebar_model.h"
 #include "app/shell/unavailable_screen.h"
 #include "app/speedtest/speed_test_screen.h"
-#include "core/platform/qt_text.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/qt_text.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -1,8 +1,8 @@
 #include "app/shell/navigation_commands.h"
 
 #include "app/shell/section_icons.h"
-#include "core/platform/qt_text.h"
 #include "core/shell/navigator.h"
+#include "core/text/qt_text.h"
 
 #include <QMenu>
 

@@ -1,7 +1,7 @@
 #include "app/shell/sidebar_model.h"
 
 #include "app/shell/section_icons.h"
-#include "core/platform/qt_text.h"
+#include "core/text/qt_text.h"
 
 #include <QFont>
 #include <QGuiApplication>

@@ -5,7 +5,7 @@
 #include "app/shell/section_icons.h"
 #include "app/shell/tray_icon_renderer.h"
 #include "app/shell/tray_panel.h"
-#include "core/platform/qt_text.h"
+#include "core/text/qt_text.h"
 
 #include <QCursor>
 #include <QMenu>

@@ -2,7 +2,7 @@
 
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/platform/qt_text.h"
+#include "core/text/qt_text.h"
 
 #include <QLabel>
 #include <QVBoxLayout>

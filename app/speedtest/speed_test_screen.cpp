@@ -3,8 +3,8 @@
 #include "app/monitor/sparkline.h"
 #include "app/shell/screen_header.h"
 #include "app/speedtest/speed_test_model.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/connection_label.h"
+#include "core/sys/connection_label.h"
+#include "core/text/path_display.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>

@@ -5,8 +5,8 @@
 #include "core/agents/copilot_usage.h"
 #include "core/agents/openrouter_usage.h"
 #include "core/agents/rate_limit_headers.h"
-#include "core/platform/platform_words.h"
-#include "core/platform/secret_store.h"
+#include "core/sys/secret_store.h"
+#include "core/text/platform_words.h"
 
 #include <QDir>
 #include <QEventLoop>

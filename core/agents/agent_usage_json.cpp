@@ -1,6 +1,6 @@
 #include "core/agents/agent_usage_json.h"
 
-#include "core/monitor/metric_format.h"
+#include "core/text/metric_format.h"
 
 #include <QJsonArray>
 

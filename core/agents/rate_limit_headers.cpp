@@ -1,6 +1,6 @@
 #include "core/agents/rate_limit_headers.h"
 
-#include "core/platform/retry_after.h"
+#include "core/agents/retry_after.h"
 
 #include <QString>
 #include <algorithm>

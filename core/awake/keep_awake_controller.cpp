@@ -2,8 +2,8 @@
 
 #include "core/awake/keep_awake_schedule_store.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/platform/platform_words.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/text/platform_words.h"
 
 #include <algorithm>
 

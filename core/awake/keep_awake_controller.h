@@ -1,8 +1,8 @@
 #pragma once
 
 #include "core/awake/keep_awake_evaluator.h"
-#include "core/platform/logind.h"
-#include "core/platform/screen_saver_inhibit.h"
+#include "core/sys/logind.h"
+#include "core/sys/screen_saver_inhibit.h"
 
 #include <QDBusConnection>
 #include <QObject>

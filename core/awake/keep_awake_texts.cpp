@@ -1,6 +1,6 @@
 #include "core/awake/keep_awake_texts.h"
 
-#include "core/platform/platform_words.h"
+#include "core/text/platform_words.h"
 
 namespace tarvik::awake_text {
 

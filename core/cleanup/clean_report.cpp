@@ -1,6 +1,6 @@
 #include "core/cleanup/clean_report.h"
 
-#include "core/cleanup/path_display.h"
+#include "core/text/path_display.h"
 
 #include <QtGlobal>
 #include <algorithm>

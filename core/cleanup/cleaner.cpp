@@ -1,11 +1,11 @@
 #include "core/cleanup/cleaner.h"
 
 #include "core/cleanup/directory_sizer.h"
-#include "core/cleanup/path_display.h"
 #include "core/cleanup/safe_remove.h"
-#include "core/platform/directory_handle.h"
-#include "core/platform/file_names.h"
-#include "core/platform/file_paths.h"
+#include "core/sys/directory_handle.h"
+#include "core/sys/file_names.h"
+#include "core/sys/file_paths.h"
+#include "core/text/path_display.h"
 
 #include <cerrno>
 #include <cstring>

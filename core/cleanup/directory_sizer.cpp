@@ -1,8 +1,8 @@
 #include "core/cleanup/directory_sizer.h"
 
 #include "core/cleanup/file_walk.h"
-#include "core/platform/directory_handle.h"
-#include "core/platform/file_names.h"
+#include "core/sys/directory_handle.h"
+#include "core/sys/file_names.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -2,7 +2,7 @@
 
 #include "core/cleanup/file_walk.h"
 #include "core/cleanup/hard_link_note.h"
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,9 +1,9 @@
 #include "core/cleanup/exclusion_list.h"
 
-#include "core/cleanup/path_display.h"
 #include "core/cleanup/safety_guard.h"
-#include "core/platform/file_paths.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/file_paths.h"
+#include "core/text/path_display.h"
 
 #include <QDir>
 #include <algorithm>

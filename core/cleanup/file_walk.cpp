@@ -1,6 +1,6 @@
 #include "core/cleanup/file_walk.h"
 
-#include "core/platform/directory_handle.h"
+#include "core/sys/directory_handle.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "core/cleanup/hard_link_note.h"
 
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 namespace tarvik {
 

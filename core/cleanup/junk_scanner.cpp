@@ -2,12 +2,12 @@
 
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
-#include "core/cleanup/path_display.h"
-#include "core/platform/directory_handle.h"
-#include "core/platform/file_names.h"
-#include "core/platform/xdg_paths.h"
-#include "core/platform/xdg_user_dirs.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/directory_handle.h"
+#include "core/sys/file_names.h"
+#include "core/sys/xdg_paths.h"
+#include "core/sys/xdg_user_dirs.h"
+#include "core/text/path_display.h"
 
 #include <QDir>
 #include <algorithm>

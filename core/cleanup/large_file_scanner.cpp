@@ -2,8 +2,8 @@
 
 #include "core/cleanup/file_walk.h"
 #include "core/cleanup/hard_link_note.h"
-#include "core/platform/file_names.h"
-#include "core/platform/file_paths.h"
+#include "core/sys/file_names.h"
+#include "core/sys/file_paths.h"
 
 #include <QDir>
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "core/cleanup/removal_mode.h"
 
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 
 namespace tarvik {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/platform/directory_handle.h"
+#include "core/sys/directory_handle.h"
 
 #include <cstdint>
 #include <string>

@@ -1,9 +1,9 @@
 #include "core/cleanup/safety_guard.h"
 
-#include "core/platform/file_names.h"
-#include "core/platform/file_paths.h"
-#include "core/platform/xdg_paths.h"
-#include "core/platform/xdg_user_dirs.h"
+#include "core/sys/file_names.h"
+#include "core/sys/file_paths.h"
+#include "core/sys/xdg_paths.h"
+#include "core/sys/xdg_user_dirs.h"
 
 #include <QDir>
 #include <sys/stat.h>

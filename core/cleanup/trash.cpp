@@ -1,9 +1,9 @@
 #include "core/cleanup/trash.h"
 
 #include "core/cleanup/safety_guard.h"
-#include "core/platform/directory_handle.h"
-#include "core/platform/file_names.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/directory_handle.h"
+#include "core/sys/file_names.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "core/homebrew/brew_askpass.h"
 
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QDir>
 #include <QFile>

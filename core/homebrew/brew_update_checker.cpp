@@ -3,8 +3,8 @@
 #include "core/homebrew/brew_parsing.h"
 #include "core/homebrew/brew_service.h"
 #include "core/homebrew/brew_updates.h"
-#include "core/platform/desktop_notifier.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
+#include "core/sys/desktop_notifier.h"
 
 #include <QtConcurrent/QtConcurrentRun>
 

@@ -1,6 +1,6 @@
 #include "core/monitor/disk.h"
 
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <array>
 #include <cctype>

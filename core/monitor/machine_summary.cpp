@@ -1,9 +1,9 @@
 #include "core/monitor/machine_summary.h"
 
 #include "core/monitor/disk.h"
-#include "core/platform/meminfo.h"
-#include "core/platform/qt_text.h"
-#include "core/platform/system_files.h"
+#include "core/monitor/meminfo.h"
+#include "core/sys/system_files.h"
+#include "core/text/qt_text.h"
 
 #include <charconv>
 #include <unistd.h>
@@ -99,7 +99,7 @@ MachineSummary readMachineSummary(const MachineSummaryOptions& options) {
 
 } // namespace tarvik
 
-#include "core/monitor/metric_format.h"
+#include "core/text/metric_format.h"
 
 namespace tarvik {
 namespace {

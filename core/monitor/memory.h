@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/platform/meminfo.h"
+#include "core/monitor/meminfo.h"
 
 #include <QString>
 #include <cstdint>

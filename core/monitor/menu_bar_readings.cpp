@@ -1,7 +1,7 @@
 #include "core/monitor/menu_bar_readings.h"
 
-#include "core/monitor/metric_format.h"
-#include "core/platform/qt_text.h"
+#include "core/text/metric_format.h"
+#include "core/text/qt_text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "core/monitor/menu_bar_stat.h"
 #include "core/monitor/system_reading.h"
-#include "core/shell/menu_bar_stat.h"
 
 #include <QString>
 #include <optional>

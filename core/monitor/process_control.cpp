@@ -1,7 +1,7 @@
 #include "core/monitor/process_control.h"
 
-#include "core/platform/platform_words.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
+#include "core/text/platform_words.h"
 
 #include <array>
 #include <csignal>

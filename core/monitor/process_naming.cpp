@@ -1,8 +1,8 @@
 #include "core/monitor/process_naming.h"
 
 #include "core/monitor/process_tracker.h"
-#include "core/platform/qt_text.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
+#include "core/text/qt_text.h"
 
 #include <QDir>
 #include <QFileInfo>

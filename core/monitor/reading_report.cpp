@@ -1,6 +1,6 @@
 #include "core/monitor/reading_report.h"
 
-#include "core/monitor/metric_format.h"
+#include "core/text/metric_format.h"
 
 #include <QJsonArray>
 

@@ -1,7 +1,7 @@
 #include "core/monitor/system_health.h"
 
-#include "core/monitor/metric_format.h"
-#include "core/platform/platform_words.h"
+#include "core/text/metric_format.h"
+#include "core/text/platform_words.h"
 
 #include <algorithm>
 #include <cmath>

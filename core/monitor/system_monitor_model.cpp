@@ -1,6 +1,6 @@
 #include "core/monitor/system_monitor_model.h"
 
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 
 #include <QtConcurrent/QtConcurrentRun>
 #include <cmath>

@@ -1,6 +1,6 @@
 #include "core/monitor/system_sampler.h"
 
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <ctime>
 #include <system_error>

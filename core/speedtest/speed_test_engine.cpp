@@ -1,7 +1,7 @@
 #include "core/speedtest/speed_test_engine.h"
 
-#include "core/platform/retry_after.h"
-#include "core/platform/tcp_acked.h"
+#include "core/agents/retry_after.h"
+#include "core/sys/tcp_acked.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

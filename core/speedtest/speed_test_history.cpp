@@ -1,7 +1,7 @@
 #include "core/speedtest/speed_test_history.h"
 
-#include "core/platform/json_file.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/json_file.h"
+#include "core/sys/xdg_paths.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/platform/tcp_acked.h"
 #include "core/speedtest/speed_test_server.h"
+#include "core/sys/tcp_acked.h"
 
 #include <QString>
 #include <QUrl>

@@ -1,6 +1,6 @@
 #include "app/homebrew/brew_model.h"
 #include "app/homebrew/brew_screen.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 
 #include <QApplication>

@@ -6,7 +6,7 @@
 #include "app/files/search_controls.h"
 #include "app/shell/app_models.h"
 #include "app/shell/main_window.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 
 #include <QApplication>

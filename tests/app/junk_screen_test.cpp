@@ -1,8 +1,8 @@
 #include "app/junk/junk_model.h"
 #include "app/junk/junk_screen.h"
 #include "app/settings/settings_screen.h"
+#include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
-#include "core/shell/preferences.h"
 #include "tests/support/temp_home.h"
 
 #include <QApplication>

@@ -4,7 +4,7 @@
 #include "app/shell/sidebar_model.h"
 #include "app/shell/tray_item.h"
 #include "app/shell/unavailable_screen.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
 #include "tests/support/app_options.h"
 #include "tests/support/temp_home.h"
 

@@ -1,7 +1,7 @@
 #include "app/settings/settings_screen.h"
-#include "core/platform/xdg_paths.h"
+#include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
-#include "core/shell/preferences.h"
+#include "core/sys/xdg_paths.h"
 #include "tests/support/temp_home.h"
 
 #include <QCheckBox>

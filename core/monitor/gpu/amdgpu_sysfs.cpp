@@ -1,6 +1,6 @@
 // AMD GPUs report their busy share in percent through the amdgpu driver's sysfs attribute.
 #include "core/monitor/gpu/gpu_source.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 #include "core/monitor/gpu/gpu_source.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <algorithm>
 #include <cctype>

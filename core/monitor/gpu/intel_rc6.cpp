@@ -1,7 +1,7 @@
 // Intel's i915 driver has no busy percentage; it exposes how long the graphics tile has been in
 // its RC6 sleep state. Busy = 1 − (time asleep ÷ time elapsed) between two samples.
 #include "core/monitor/gpu/gpu_source.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <algorithm>
 

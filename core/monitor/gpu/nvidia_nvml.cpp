@@ -1,7 +1,7 @@
 // NVIDIA GPUs through NVML, loaded at run time from the driver's libnvidia-ml.so.1 so that
 // Tarvik neither builds against nor requires the proprietary driver.
 #include "core/monitor/gpu/gpu_source.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <algorithm>
 #include <dlfcn.h>

@@ -1,5 +1,5 @@
 #include "core/awake/keep_awake_controller.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/private_bus.h"
 #include "tests/support/temp_home.h"
 

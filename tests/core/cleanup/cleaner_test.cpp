@@ -4,7 +4,7 @@
 #include "core/cleanup/directory_sizer.h"
 #include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/free_space_recorder.h"
-#include "core/platform/json_file.h"
+#include "core/sys/json_file.h"
 #include "tests/support/temp_home.h"
 
 #include <QDir>

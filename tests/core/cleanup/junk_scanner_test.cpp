@@ -1,6 +1,6 @@
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/junk_scanner.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 
 #include <QDir>

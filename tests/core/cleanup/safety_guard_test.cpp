@@ -1,7 +1,7 @@
 #include "core/cleanup/exclusion_list.h"
-#include "core/cleanup/path_display.h"
 #include "core/cleanup/safety_guard.h"
-#include "core/platform/xdg_user_dirs.h"
+#include "core/sys/xdg_user_dirs.h"
+#include "core/text/path_display.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "core/cleanup/cleaner.h"
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 #include "tests/support/mounted.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
 #include "core/homebrew/brew_update_checker.h"
 #include "core/homebrew/brew_updates.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 
 #include <QCoreApplication>

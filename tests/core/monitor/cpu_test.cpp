@@ -1,5 +1,5 @@
 #include "core/monitor/cpu.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 #include "tests/support/fixture_tree.h"
 
 #include <gtest/gtest.h>

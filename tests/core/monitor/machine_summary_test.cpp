@@ -1,6 +1,6 @@
 #include "core/monitor/machine_summary.h"
-#include "core/monitor/metric_format.h"
-#include "core/platform/meminfo.h"
+#include "core/monitor/meminfo.h"
+#include "core/text/metric_format.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

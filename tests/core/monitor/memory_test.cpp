@@ -1,5 +1,5 @@
 #include "core/monitor/memory.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <gtest/gtest.h>
 

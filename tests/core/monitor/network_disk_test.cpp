@@ -1,6 +1,6 @@
 #include "core/monitor/disk.h"
 #include "core/monitor/network.h"
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 #include "tests/support/fixture_tree.h"
 
 #include <gtest/gtest.h>

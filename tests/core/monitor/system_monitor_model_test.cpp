@@ -1,5 +1,5 @@
 #include "core/monitor/system_monitor_model.h"
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
 

@@ -1,5 +1,5 @@
-#include "core/platform/xdg_paths.h"
 #include "core/shell/login_item.h"
+#include "core/sys/xdg_paths.h"
 #include "tests/support/temp_home.h"
 
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "core/platform/connection_label.h"
+#include "core/sys/connection_label.h"
 #include "tests/support/fixture_tree.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 
 #include "core/agents/agent_provider.h"
 #include "core/awake/keep_awake_schedule_store.h"
-#include "core/platform/qt_text.h"
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
+#include "core/text/qt_text.h"
 
 #include <QFile>
 #include <QFileInfo>

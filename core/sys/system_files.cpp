@@ -1,4 +1,4 @@
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <array>
 #include <cerrno>

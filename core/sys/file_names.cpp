@@ -1,4 +1,4 @@
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 #include <QStringBuilder>
 

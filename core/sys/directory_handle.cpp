@@ -1,4 +1,4 @@
-#include "core/platform/directory_handle.h"
+#include "core/sys/directory_handle.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "core/platform/logind.h"
+#include "core/sys/logind.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>

@@ -1,6 +1,6 @@
-#include "core/platform/xdg_user_dirs.h"
+#include "core/sys/xdg_user_dirs.h"
 
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <QDir>
 

@@ -1,5 +1,5 @@
 // Opening folders below a handle with the kernel's rules, with openat2 and without it.
-#include "core/platform/directory_handle.h"
+#include "core/sys/directory_handle.h"
 #include "tests/support/mounted.h"
 
 #include <QDir>

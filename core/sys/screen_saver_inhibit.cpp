@@ -1,4 +1,4 @@
-#include "core/platform/screen_saver_inhibit.h"
+#include "core/sys/screen_saver_inhibit.h"
 
 #include <QDBusMessage>
 

@@ -1,6 +1,6 @@
-#include "core/platform/json_file.h"
+#include "core/sys/json_file.h"
 
-#include "core/platform/directory_handle.h"
+#include "core/sys/directory_handle.h"
 
 #include <QDir>
 #include <QFile>

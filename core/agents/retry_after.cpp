@@ -1,4 +1,4 @@
-#include "core/platform/retry_after.h"
+#include "core/agents/retry_after.h"
 
 #include <QLocale>
 #include <algorithm>

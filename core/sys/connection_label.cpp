@@ -1,6 +1,6 @@
-#include "core/platform/connection_label.h"
+#include "core/sys/connection_label.h"
 
-#include "core/platform/system_files.h"
+#include "core/sys/system_files.h"
 
 #include <QDBusConnection>
 #include <QDBusInterface>

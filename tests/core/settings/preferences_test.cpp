@@ -1,4 +1,4 @@
-#include "core/shell/preferences.h"
+#include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 
 #include <QCoreApplication>

@@ -1,4 +1,4 @@
-#include "core/platform/desktop_notifier.h"
+#include "core/sys/desktop_notifier.h"
 
 #include <QDBusConnection>
 #include <QDBusInterface>

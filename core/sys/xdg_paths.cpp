@@ -1,6 +1,6 @@
-#include "core/platform/xdg_paths.h"
+#include "core/sys/xdg_paths.h"
 
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 #include <QDir>
 #include <cstdlib>

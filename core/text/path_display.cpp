@@ -1,6 +1,6 @@
-#include "core/cleanup/path_display.h"
+#include "core/text/path_display.h"
 
-#include "core/monitor/metric_format.h"
+#include "core/text/metric_format.h"
 
 #include <QDir>
 

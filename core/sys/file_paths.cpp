@@ -1,6 +1,6 @@
-#include "core/platform/file_paths.h"
+#include "core/sys/file_paths.h"
 
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 #include <climits>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/shell/menu_bar_stat.h"
+#include "core/monitor/menu_bar_stat.h"
 
 #include <QObject>
 #include <QSettings>

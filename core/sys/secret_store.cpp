@@ -1,4 +1,4 @@
-#include "core/platform/secret_store.h"
+#include "core/sys/secret_store.h"
 
 #include <QEventLoop>
 #include <qt6keychain/keychain.h>

@@ -1,6 +1,6 @@
 // A real TCP connection over loopback whose receiving end reads nothing at first, then
 // everything.
-#include "core/platform/tcp_acked.h"
+#include "core/sys/tcp_acked.h"
 
 #include <QElapsedTimer>
 #include <QThread>

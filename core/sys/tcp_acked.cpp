@@ -1,4 +1,4 @@
-#include "core/platform/tcp_acked.h"
+#include "core/sys/tcp_acked.h"
 
 #include <charconv>
 #include <cstddef>

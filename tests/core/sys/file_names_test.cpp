@@ -1,5 +1,5 @@
 // File names are bytes: every name survives the trip into a QString and back unchanged.
-#include "core/platform/file_names.h"
+#include "core/sys/file_names.h"
 
 #include <gtest/gtest.h>
 #include <set>

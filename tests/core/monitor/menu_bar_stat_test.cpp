@@ -1,4 +1,4 @@
-#include "core/shell/menu_bar_stat.h"
+#include "core/monitor/menu_bar_stat.h"
 
 #include <gtest/gtest.h>
 

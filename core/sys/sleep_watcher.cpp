@@ -1,4 +1,4 @@
-#include "core/platform/sleep_watcher.h"
+#include "core/sys/sleep_watcher.h"
 
 #include <QDBusConnection>
 

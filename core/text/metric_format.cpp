@@ -1,4 +1,4 @@
-#include "core/monitor/metric_format.h"
+#include "core/text/metric_format.h"
 
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "core/platform/meminfo.h"
+#include "core/monitor/meminfo.h"
 
 #include <charconv>
 

@@ -1,4 +1,4 @@
-#include "core/platform/input_device_grab.h"
+#include "core/sys/input_device_grab.h"
 
 #include <QDir>
 #include <QSocketNotifier>

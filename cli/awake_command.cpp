@@ -1,8 +1,8 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/awake/keep_awake_controller.h"
-#include "core/awake/keep_awake_schedule_store.h"
 #include "core/awake/keep_awake_texts.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/text/platform_words.h"
 
@@ -64,17 +64,6 @@ std::optional<std::set<int>> parseDays(const QString& text) {
         days.insert(static_cast<int>(i) + 1);
     }
     return days.empty() ? std::nullopt : std::optional(days);
-}
-
-KeepAwakeScheduleStore::Decoded storedSchedules(const Preferences& prefs) {
-    return KeepAwakeScheduleStore::decode(
-        prefs.value(pref::kKeepAwakeSchedules).toString().toUtf8());
-}
-
-void storeSchedules(Preferences& prefs, const std::vector<KeepAwakeSchedule>& schedules) {
-    prefs.setValue(pref::kKeepAwakeSchedules,
-                   QString::fromUtf8(KeepAwakeScheduleStore::encode(schedules)));
-    prefs.sync();
 }
 
 QString scheduleLine(const KeepAwakeSchedule& s) {
@@ -148,8 +137,11 @@ int hold(const HoldOptions& o) {
         std::signal(SIGTERM, SIG_DFL);
     });
 
-    Preferences prefs;
-    KeepAwakeController controller(prefs);
+    const Preferences prefs;
+    KeepAwakeController controller;
+    auto stored = CapabilitySettings::schedules(prefs);
+    controller.setSchedules(std::move(stored.schedules), stored.error);
+    controller.setKeepsRunningWithLidClosed(prefs.value(pref::kKeepAwakeLidClosed).toBool());
     controller.startManual(session);
     if (!controller.error().isEmpty()) {
         printError(controller.error());
@@ -177,7 +169,7 @@ int hold(const HoldOptions& o) {
 
 int status(bool asJson) {
     const Preferences prefs;
-    const auto stored = storedSchedules(prefs);
+    const auto stored = CapabilitySettings::schedules(prefs);
     const QDateTime now = QDateTime::currentDateTime();
     const KeepAwakeState bySchedule =
         KeepAwakeEvaluator::evaluate(stored.schedules, std::nullopt, now);
@@ -242,7 +234,7 @@ int status(bool asJson) {
 
 int listSchedules(bool asJson) {
     const Preferences prefs;
-    const auto stored = storedSchedules(prefs);
+    const auto stored = CapabilitySettings::schedules(prefs);
     if (!stored.error.isEmpty()) {
         printError(stored.error);
     }
@@ -301,12 +293,12 @@ int addSchedule(const AddOptions& o) {
         return kExitUsage;
     }
     Preferences prefs;
-    auto stored = storedSchedules(prefs);
+    auto stored = CapabilitySettings::schedules(prefs);
     if (!stored.error.isEmpty()) {
         printError(stored.error);
     }
     stored.schedules.push_back(s);
-    storeSchedules(prefs, stored.schedules);
+    CapabilitySettings::storeSchedules(prefs, stored.schedules);
     QString line = QStringLiteral("Added “%1”: %2.").arg(s.displayName(), scheduleLine(s));
     if (s.endsNextDay()) {
         line += QLatin1Char(' ') + endsNextDayText();
@@ -317,7 +309,7 @@ int addSchedule(const AddOptions& o) {
 
 int removeSchedule(const std::string& which) {
     Preferences prefs;
-    auto stored = storedSchedules(prefs);
+    auto stored = CapabilitySettings::schedules(prefs);
     const QString key = QString::fromStdString(which);
     std::vector<KeepAwakeSchedule> matches;
     for (const auto& s : stored.schedules) {
@@ -338,7 +330,7 @@ int removeSchedule(const std::string& which) {
     }
     std::erase_if(stored.schedules,
                   [&](const KeepAwakeSchedule& s) { return s.id == matches.front().id; });
-    storeSchedules(prefs, stored.schedules);
+    CapabilitySettings::storeSchedules(prefs, stored.schedules);
     printLine(QStringLiteral("Removed “%1”.").arg(matches.front().displayName()));
     return kExitOk;
 }

@@ -5,6 +5,7 @@
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/exclusion_list.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
@@ -57,7 +58,7 @@ void addRemovalOptions(CLI::App* command, RemovalOptions& options, const char* m
 std::optional<RemovalMode> chosenMode(const RemovalOptions& options,
                                       std::string_view preferenceKey) {
     if (options.mode.empty()) {
-        return removalModePreference(Preferences(), preferenceKey);
+        return CapabilitySettings::removalMode(Preferences(), preferenceKey);
     }
     const auto mode = removalModeFromRaw(options.mode);
     if (!mode) {
@@ -91,7 +92,7 @@ int confirmAndClean(const std::vector<CleanupGroup>& groups, const QString& sour
         printError(guard.homeProblem()->description());
         return kExitFailed;
     }
-    ExclusionList exclusions = ExclusionList::load(Preferences(), home);
+    ExclusionList exclusions = CapabilitySettings::exclusions(Preferences(), home);
     if (exclusions.error()) {
         printError(*exclusions.error());
         return kExitFailed;

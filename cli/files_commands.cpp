@@ -5,6 +5,7 @@
 #include "cli/output.h"
 #include "core/cleanup/duplicate_finder.h"
 #include "core/cleanup/exclusion_list.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
@@ -85,7 +86,7 @@ std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int6
     s.minimumSize = *min;
     s.includeLibrary = o.includeLibrary;
     s.includeHidden = o.includeHidden;
-    s.excluded = ExclusionList::load(Preferences(), home).forMatching();
+    s.excluded = CapabilitySettings::exclusions(Preferences(), home).forMatching();
     return s;
 }
 

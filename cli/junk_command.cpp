@@ -4,6 +4,7 @@
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/junk_scanner.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
 #include "core/text/path_display.h"
@@ -23,7 +24,7 @@ struct JunkOptions {
 };
 
 std::vector<JunkScanResult> scanAll(const Preferences& prefs) {
-    const JunkScanner scanner(JunkScanner::optionsForCurrentUser(prefs));
+    const JunkScanner scanner(CapabilitySettings::junkScanner(prefs));
     return scanner.scan({kAllJunkCategories.begin(), kAllJunkCategories.end()});
 }
 
@@ -95,8 +96,8 @@ int runClean(const JunkOptions& o) {
         }
     }
     const Preferences prefs;
-    const auto groups = junkCleanupGroups(
-        JunkScanner(JunkScanner::optionsForCurrentUser(prefs)).scan(chosen), *mode);
+    const auto groups =
+        junkCleanupGroups(JunkScanner(CapabilitySettings::junkScanner(prefs)).scan(chosen), *mode);
     if (groups.empty()) {
         printLine(QStringLiteral("No junk found in the chosen categories."));
         return kExitOk;

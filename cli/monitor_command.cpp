@@ -1,7 +1,7 @@
 #include "cli/commands.h"
 #include "cli/output.h"
+#include "core/monitor/process_order.h"
 #include "core/monitor/reading_report.h"
-#include "core/monitor/system_monitor_model.h"
 #include "core/monitor/system_sampler.h"
 #include "core/settings/preferences.h"
 

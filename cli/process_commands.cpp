@@ -3,8 +3,8 @@
 #include "cli/output.h"
 #include "core/monitor/process_control.h"
 #include "core/monitor/process_naming.h"
+#include "core/monitor/process_order.h"
 #include "core/monitor/system_health.h"
-#include "core/monitor/system_monitor_model.h"
 #include "core/monitor/system_sampler.h"
 #include "core/text/metric_format.h"
 

@@ -2,6 +2,7 @@
 #include "cli/output.h"
 #include "core/cleanup/junk_scanner.h"
 #include "core/monitor/machine_summary.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
 #include "core/text/path_display.h"
@@ -15,7 +16,7 @@ namespace tarvik::cli {
 int printStatus(bool asJson) {
     const MachineSummary summary = readMachineSummary({"/", xdg::home()});
     const Preferences prefs;
-    const JunkScanner scanner(JunkScanner::optionsForCurrentUser(prefs));
+    const JunkScanner scanner(CapabilitySettings::junkScanner(prefs));
     std::int64_t junk = 0;
     for (const auto& r : scanner.scan({kAllJunkCategories.begin(), kAllJunkCategories.end()})) {
         if (info(r.category).selectedByDefault) {

@@ -178,7 +178,7 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     });
     connect(lid_, &QCheckBox::toggled, this, [this](bool on) {
         if (!filling_) {
-            controller_.setKeepsRunningWithLidClosed(on);
+            controller_.chooseKeepsRunningWithLidClosed(on);
         }
     });
     connect(add, &QPushButton::clicked, this, [this] { editSchedule(-1); });

@@ -2,6 +2,7 @@
 
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
 
@@ -35,7 +36,7 @@ FileSearchModel::~FileSearchModel() {
 }
 
 RemovalMode FileSearchModel::removalMode() const {
-    return removalModePreference(prefs_, pref::kFileRemovalMode);
+    return CapabilitySettings::removalMode(prefs_, pref::kFileRemovalMode);
 }
 
 void FileSearchModel::cancel() {
@@ -62,7 +63,7 @@ void FileSearchModel::endScan() {
 }
 
 ExclusionList FileSearchModel::exclusions() const {
-    return ExclusionList::load(prefs_, deps_.home);
+    return CapabilitySettings::exclusions(prefs_, deps_.home);
 }
 
 void FileSearchModel::postProgress(const QString& phase, std::int64_t count) {

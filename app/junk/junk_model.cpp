@@ -2,6 +2,7 @@
 
 #include "core/cleanup/cleanup_record.h"
 #include "core/cleanup/cleanup_run.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 
 #include <QMetaObject>
@@ -12,7 +13,7 @@
 namespace tarvik {
 
 JunkModel::Dependencies JunkModel::forCurrentUser(const Preferences& preferences) {
-    return {[&preferences] { return JunkScanner::optionsForCurrentUser(preferences); },
+    return {[&preferences] { return CapabilitySettings::junkScanner(preferences); },
             [] { return Cleaner(SafetyGuard::forCurrentUser()); },
             FreeSpaceTimeline::defaultFilePath()};
 }
@@ -109,7 +110,7 @@ std::int64_t JunkModel::selectedSize() const {
 }
 
 RemovalMode JunkModel::junkMode() const {
-    return removalModePreference(prefs_, pref::kJunkRemovalMode);
+    return CapabilitySettings::removalMode(prefs_, pref::kJunkRemovalMode);
 }
 
 void JunkModel::scan() {
@@ -178,8 +179,8 @@ void JunkModel::clean() {
     QPointer<JunkModel> self(this);
     const auto groups = junkCleanupGroups(chosen, junkMode());
     // The exclusions as they are now: an unreadable list stops every removal with its reason.
-    const Cleaner cleaner =
-        deps_.cleaner().withExclusions(ExclusionList::load(prefs_, deps_.scannerOptions().home));
+    const Cleaner cleaner = deps_.cleaner().withExclusions(
+        CapabilitySettings::exclusions(prefs_, deps_.scannerOptions().home));
     cleanWatcher_.setFuture(
         QtConcurrent::run([self, groups, flag, cleaner, path = deps_.timelinePath] {
             FreeSpaceTimeline timeline(path);

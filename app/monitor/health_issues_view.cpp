@@ -1,7 +1,7 @@
 #include "app/monitor/health_issues_view.h"
 
+#include "app/monitor/system_monitor_model.h"
 #include "app/shell/section_icons.h"
-#include "core/monitor/system_monitor_model.h"
 #include "core/shell/navigator.h"
 
 #include <QFrame>

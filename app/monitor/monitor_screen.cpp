@@ -2,9 +2,9 @@
 
 #include "app/monitor/health_issues_view.h"
 #include "app/monitor/process_panel.h"
+#include "app/monitor/system_monitor_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/monitor/system_monitor_model.h"
 #include "core/text/metric_format.h"
 
 #include <QFrame>

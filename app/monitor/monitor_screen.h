@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/monitor/sparkline.h"
-#include "core/monitor/system_monitor_model.h"
+#include "app/monitor/system_monitor_model.h"
 
 #include <QWidget>
 #include <map>

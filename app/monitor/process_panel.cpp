@@ -1,7 +1,7 @@
 #include "app/monitor/process_panel.h"
 
 #include "app/monitor/process_table_model.h"
-#include "core/monitor/system_monitor_model.h"
+#include "app/monitor/system_monitor_model.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "app/monitor/system_monitor_model.h"
 #include "core/monitor/process_naming.h"
-#include "core/monitor/system_monitor_model.h"
 
 #include <QAbstractTableModel>
 #include <QIcon>

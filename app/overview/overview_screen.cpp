@@ -2,12 +2,12 @@
 
 #include "app/agents/agents_model.h"
 #include "app/monitor/health_issues_view.h"
+#include "app/monitor/system_monitor_model.h"
 #include "app/overview/overview_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/monitor/system_monitor_model.h"
 #include "core/shell/navigator.h"
 #include "core/text/path_display.h"
 

@@ -1,6 +1,7 @@
 #include "app/shell/app_models.h"
 
 #include "core/cleanup/cleanup_record.h"
+#include "core/settings/capability_settings.h"
 #include "core/sys/xdg_paths.h"
 
 #include <QCoreApplication>
@@ -39,8 +40,7 @@ AppModels::AppModels(const Options& options, QObject* parent)
           SpeedTestHistoryStore(options.timelinePath.isEmpty()
                                     ? QString()
                                     : SpeedTestHistoryStore::defaultFilePath())),
-      agents_(preferences_),
-      keepAwake_(preferences_, options.keepAwakeBuses.value_or(KeepAwakeBuses{})),
+      agents_(preferences_), keepAwake_(options.keepAwakeBuses.value_or(KeepAwakeBuses{})),
       keyboardLock_(options.inputDir) {
     // A fresh list knows how many packages are outdated as well as the periodic check does.
     connect(&brew_, &BrewModel::changed, this, [this] {
@@ -52,8 +52,40 @@ AppModels::AppModels(const Options& options, QObject* parent)
         freeSpace_ =
             std::make_unique<FreeSpaceRecorder>(options.summary.homePath, options.timelinePath);
     }
+    wireKeepAwake();
     // Counters moved while the machine slept: the next rates start afresh.
     connect(&sleep_, &SleepWatcher::resumed, &monitor_, &SystemMonitorModel::resetBaselines);
+}
+
+void AppModels::wireKeepAwake() {
+    // The controller keeps no settings: it is told them, and what the person edits is stored,
+    // which tells it again (as an edit with `tarvik awake schedules` does).
+    const auto loadSchedules = [this] {
+        auto stored = CapabilitySettings::schedules(preferences_);
+        keepAwake_.setSchedules(std::move(stored.schedules), stored.error);
+    };
+    const auto loadLid = [this] {
+        keepAwake_.setKeepsRunningWithLidClosed(
+            preferences_.value(pref::kKeepAwakeLidClosed).toBool());
+    };
+    loadSchedules();
+    loadLid();
+    connect(&preferences_, &Preferences::changed, this,
+            [loadSchedules, loadLid](const QString& key) {
+                if (key == QLatin1String(pref::kKeepAwakeSchedules)) {
+                    loadSchedules();
+                } else if (key == QLatin1String(pref::kKeepAwakeLidClosed)) {
+                    loadLid();
+                }
+            });
+    connect(&keepAwake_, &KeepAwakeController::schedulesEdited, this,
+            [this](const std::vector<KeepAwakeSchedule>& schedules) {
+                CapabilitySettings::storeSchedules(preferences_, schedules);
+            });
+    connect(&keepAwake_, &KeepAwakeController::lidOptionEdited, this, [this](bool on) {
+        preferences_.setValue(pref::kKeepAwakeLidClosed, on);
+        preferences_.sync();
+    });
 }
 
 } // namespace tarvik

@@ -3,13 +3,13 @@
 #include "app/agents/agents_model.h"
 #include "app/awake/keyboard_lock.h"
 #include "app/homebrew/brew_model.h"
+#include "app/homebrew/brew_update_checker.h"
 #include "app/junk/junk_model.h"
+#include "app/monitor/system_monitor_model.h"
 #include "app/overview/overview_model.h"
 #include "app/speedtest/speed_test_model.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/cleanup/free_space_recorder.h"
-#include "core/homebrew/brew_update_checker.h"
-#include "core/monitor/system_monitor_model.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "core/shell/navigator.h"
@@ -59,6 +59,7 @@ public:
     KeyboardLock& keyboardLock() { return keyboardLock_; }
 
 private:
+    void wireKeepAwake();
     Preferences preferences_;
     SystemMonitorModel monitor_;
     SleepWatcher sleep_;

@@ -1,7 +1,7 @@
 #include "app/shell/tray_panel.h"
 
+#include "app/monitor/system_monitor_model.h"
 #include "core/monitor/reading_report.h"
-#include "core/monitor/system_monitor_model.h"
 
 #include <QFormLayout>
 #include <QGuiApplication>

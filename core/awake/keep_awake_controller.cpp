@@ -1,8 +1,6 @@
 #include "core/awake/keep_awake_controller.h"
 
-#include "core/awake/keep_awake_schedule_store.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/settings/preferences.h"
 #include "core/text/platform_words.h"
 
 #include <algorithm>
@@ -20,24 +18,11 @@ const QString kWhy = QStringLiteral("Tarvik Keep Awake");
 
 } // namespace
 
-KeepAwakeController::KeepAwakeController(Preferences& preferences, KeepAwakeBuses buses,
-                                         Clock clock, QObject* parent)
-    : QObject(parent), preferences_(preferences), logind_(buses.system),
-      screenSaver_(buses.session),
+KeepAwakeController::KeepAwakeController(KeepAwakeBuses buses, Clock clock, QObject* parent)
+    : QObject(parent), logind_(buses.system), screenSaver_(buses.session),
       clock_(clock ? std::move(clock) : Clock([] { return QDateTime::currentDateTime(); })) {
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &KeepAwakeController::evaluate);
-    connect(&preferences_, &Preferences::changed, this, [this](const QString& key) {
-        if (key == QLatin1String(pref::kKeepAwakeSchedules)) {
-            loadSchedules();
-            evaluate();
-        } else if (key == QLatin1String(pref::kKeepAwakeLidClosed)) {
-            declinedLidTarget_.reset();
-            apply();
-            emit changed();
-        }
-    });
-    loadSchedules();
     evaluate();
 }
 
@@ -45,17 +30,10 @@ KeepAwakeController::~KeepAwakeController() {
     releaseAll();
 }
 
-void KeepAwakeController::loadSchedules() {
-    const QVariant stored = preferences_.value(pref::kKeepAwakeSchedules);
-    auto decoded = KeepAwakeScheduleStore::decode(stored.toString().toUtf8());
-    schedules_ = std::move(decoded.schedules);
-    schedulesError_ = decoded.error;
-}
-
-void KeepAwakeController::storeSchedules() {
-    preferences_.setValue(pref::kKeepAwakeSchedules,
-                          QString::fromUtf8(KeepAwakeScheduleStore::encode(schedules_)));
-    preferences_.sync();
+void KeepAwakeController::setSchedules(std::vector<KeepAwakeSchedule> schedules, QString error) {
+    schedules_ = std::move(schedules);
+    schedulesError_ = std::move(error);
+    evaluate();
 }
 
 void KeepAwakeController::saveSchedule(const KeepAwakeSchedule& schedule) {
@@ -66,12 +44,14 @@ void KeepAwakeController::saveSchedule(const KeepAwakeSchedule& schedule) {
         schedules_.push_back(schedule);
     }
     schedulesError_.clear();
-    storeSchedules(); // the store's change notice re-evaluates
+    emit schedulesEdited(schedules_);
+    evaluate();
 }
 
 void KeepAwakeController::removeSchedule(const QUuid& id) {
     std::erase_if(schedules_, [&](const KeepAwakeSchedule& s) { return s.id == id; });
-    storeSchedules();
+    emit schedulesEdited(schedules_);
+    evaluate();
 }
 
 void KeepAwakeController::startManual(const ManualSession& session) {
@@ -93,13 +73,19 @@ void KeepAwakeController::turnOff() {
     evaluate();
 }
 
-bool KeepAwakeController::keepsRunningWithLidClosed() const {
-    return preferences_.value(pref::kKeepAwakeLidClosed).toBool();
+void KeepAwakeController::setKeepsRunningWithLidClosed(bool on) {
+    if (on == lidClosed_) {
+        return;
+    }
+    lidClosed_ = on;
+    declinedLidTarget_.reset();
+    apply();
+    emit changed();
 }
 
-void KeepAwakeController::setKeepsRunningWithLidClosed(bool on) {
-    preferences_.setValue(pref::kKeepAwakeLidClosed, on); // the change notice applies it
-    preferences_.sync();
+void KeepAwakeController::chooseKeepsRunningWithLidClosed(bool on) {
+    emit lidOptionEdited(on);
+    setKeepsRunningWithLidClosed(on);
 }
 
 void KeepAwakeController::evaluate() {

@@ -11,8 +11,6 @@
 
 namespace tarvik {
 
-class Preferences;
-
 struct KeepAwakeBuses {
     QDBusConnection system = QDBusConnection::systemBus();
     QDBusConnection session = QDBusConnection::sessionBus();
@@ -23,19 +21,24 @@ struct KeepAwakeBuses {
 // controller goes away. With the lid option on it also holds a "handle-lid-switch" inhibitor;
 // when that ends with the lid already shut (keeping awake stops, or Tarvik exits), it asks
 // logind to suspend, so a closed laptop is not left running in a bag.
+//
+// It keeps no settings: the schedules and the lid option are given to it (and again whenever they
+// change), and what the person edits is announced for the caller to keep.
 class KeepAwakeController : public QObject {
     Q_OBJECT
 public:
     using Clock = std::function<QDateTime()>;
 
-    explicit KeepAwakeController(Preferences& preferences, KeepAwakeBuses buses = {},
-                                 Clock clock = {}, QObject* parent = nullptr);
+    explicit KeepAwakeController(KeepAwakeBuses buses = {}, Clock clock = {},
+                                 QObject* parent = nullptr);
     ~KeepAwakeController() override;
 
     const std::vector<KeepAwakeSchedule>& schedules() const { return schedules_; }
     // Why the stored schedules were left out, when they could not be read.
     const QString& schedulesError() const { return schedulesError_; }
-    // Adds `schedule`, or replaces the one with its id; stores the list.
+    // The schedules as stored, or why they could not be read (then there are none).
+    void setSchedules(std::vector<KeepAwakeSchedule> schedules, QString error = {});
+    // Adds `schedule`, or replaces the one with its id, and announces the new list.
     void saveSchedule(const KeepAwakeSchedule& schedule);
     void removeSchedule(const QUuid& id);
 
@@ -50,8 +53,11 @@ public:
     const QDateTime& now() const { return now_; }
     bool isAssertionHeld() const { return sleepLock_.isHeld(); }
 
-    bool keepsRunningWithLidClosed() const;
+    bool keepsRunningWithLidClosed() const { return lidClosed_; }
+    // The lid option as stored: applied at once.
     void setKeepsRunningWithLidClosed(bool on);
+    // The person's choice: announced (lidOptionEdited) and applied.
+    void chooseKeepsRunningWithLidClosed(bool on);
     bool lidSleepOverridden() const { return lidLock_.isHeld(); }
     std::optional<bool> declinedLidTarget() const { return declinedLidTarget_; }
 
@@ -63,21 +69,22 @@ public:
 
 signals:
     void changed();
+    // What the person edited, for the caller to keep.
+    void schedulesEdited(const std::vector<KeepAwakeSchedule>& schedules);
+    void lidOptionEdited(bool on);
 
 private:
-    void loadSchedules();
-    void storeSchedules();
     void apply();
     void applyLid(bool target);
     void releaseAll();
     void armTimer();
 
-    Preferences& preferences_;
     Logind logind_;
     ScreenSaverInhibit screenSaver_;
     Clock clock_;
     std::vector<KeepAwakeSchedule> schedules_;
     QString schedulesError_;
+    bool lidClosed_ = false;
     std::optional<ManualSession> manual_;
     std::optional<QDateTime> skipWindowUntil_;
     KeepAwakeState state_;

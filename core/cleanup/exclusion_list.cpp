@@ -1,9 +1,7 @@
 #include "core/cleanup/exclusion_list.h"
 
 #include "core/cleanup/safety_guard.h"
-#include "core/settings/preferences.h"
 #include "core/sys/file_paths.h"
-#include "core/text/path_display.h"
 
 #include <QDir>
 #include <algorithm>
@@ -31,16 +29,10 @@ ExclusionList::ExclusionList(const QStringList& paths, const QString& home) {
     }
 }
 
-ExclusionList ExclusionList::load(const Preferences& preferences, const QString& home) {
-    if (const auto problem = preferences.readProblem()) {
-        ExclusionList unknown({}, home);
-        unknown.error_ =
-            QStringLiteral("Tarvik couldn't read your exclusion list in %1 (%2), so it removes "
-                           "nothing until it can.")
-                .arg(PathDisplay::abbreviate(preferences.filePath(), home), *problem);
-        return unknown;
-    }
-    return ExclusionList(preferences.exclusions(), home);
+ExclusionList ExclusionList::unknown(const QString& home, QString why) {
+    ExclusionList list({}, home);
+    list.error_ = std::move(why);
+    return list;
 }
 
 QStringList ExclusionList::forMatching() const {

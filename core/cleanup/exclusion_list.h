@@ -8,8 +8,6 @@
 
 namespace tarvik {
 
-class Preferences;
-
 // Locations no scan may offer and no removal may touch, from the preference "exclusions".
 class ExclusionList {
 public:
@@ -18,9 +16,9 @@ public:
     // matches what a walk finds.
     ExclusionList() = default;
     ExclusionList(const QStringList& paths, const QString& home);
-    // The list in the settings; when the settings can't be read the list is unknown, and
-    // `error()` says so: a removal must then stop rather than treat the list as empty.
-    static ExclusionList load(const Preferences& preferences, const QString& home);
+    // A list that could not be read, and why: a removal must then stop rather than treat the
+    // list as empty.
+    static ExclusionList unknown(const QString& home, QString why);
 
     // As the user named them, standardised.
     const QStringList& paths() const { return paths_; }

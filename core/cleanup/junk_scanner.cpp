@@ -2,11 +2,8 @@
 
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
-#include "core/settings/preferences.h"
 #include "core/sys/directory_handle.h"
 #include "core/sys/file_names.h"
-#include "core/sys/xdg_paths.h"
-#include "core/sys/xdg_user_dirs.h"
 #include "core/text/path_display.h"
 
 #include <QDir>
@@ -54,21 +51,6 @@ bool isFolderOrFile(const QString& path, mode_t type, bool& mountRoot) {
 
 JunkScanner::JunkScanner(Options options) : options_(std::move(options)) {
     options_.home = QDir::cleanPath(options_.home);
-}
-
-JunkScanner::Options JunkScanner::optionsForCurrentUser(const Preferences& preferences) {
-    Options o;
-    o.home = xdg::home();
-    const QString downloads = xdg::downloadDir(xdg::configHome(), o.home);
-    if (downloads.startsWith(o.home + QLatin1Char('/'))) {
-        o.downloads = downloads.mid(o.home.size() + 1);
-    }
-    // The real Trash, wherever XDG_DATA_HOME put it; a folder merely named so is not offered.
-    const QString trash = xdg::dataHome() + QStringLiteral("/Trash/files");
-    o.trashFiles =
-        trash.startsWith(o.home + QLatin1Char('/')) ? trash.mid(o.home.size() + 1) : QString();
-    o.exclusions = ExclusionList::load(preferences, o.home);
-    return o;
 }
 
 std::vector<QString> JunkScanner::candidates(const ScanTarget& target) const {

@@ -31,8 +31,6 @@ public:
         const std::atomic<bool>* cancel = nullptr;
     };
     explicit JunkScanner(Options options);
-    // This user's home, download folder and exclusions.
-    static Options optionsForCurrentUser(const class Preferences& preferences);
 
     std::vector<JunkScanResult>
     scan(const std::vector<JunkCategory>& categories,

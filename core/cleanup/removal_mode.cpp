@@ -1,7 +1,5 @@
 #include "core/cleanup/removal_mode.h"
 
-#include "core/settings/preferences.h"
-
 namespace tarvik {
 
 std::string_view rawValue(RemovalMode mode) {
@@ -20,15 +18,6 @@ std::optional<RemovalMode> removalModeFromRaw(std::string_view raw) {
         }
     }
     return std::nullopt;
-}
-
-RemovalMode removalModePreference(const Preferences& preferences, std::string_view key) {
-    const QByteArray raw = preferences.value(key).toString().toUtf8();
-    const auto fallback =
-        key == pref::kJunkRemovalMode ? RemovalMode::DeletePermanently : RemovalMode::MoveToTrash;
-    return removalModeFromRaw(
-               std::string_view(raw.constData(), static_cast<std::size_t>(raw.size())))
-        .value_or(fallback);
 }
 
 } // namespace tarvik

@@ -16,8 +16,4 @@ std::string_view rawValue(RemovalMode mode);
 QString title(RemovalMode mode);
 std::optional<RemovalMode> removalModeFromRaw(std::string_view raw);
 
-class Preferences;
-// "junkRemovalMode" (default delete permanently) or "fileRemovalMode" (default move to Trash).
-RemovalMode removalModePreference(const Preferences& preferences, std::string_view key);
-
 } // namespace tarvik

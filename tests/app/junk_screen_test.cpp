@@ -1,6 +1,7 @@
 #include "app/junk/junk_model.h"
 #include "app/junk/junk_screen.h"
 #include "app/settings/settings_screen.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "tests/support/temp_home.h"
@@ -32,7 +33,7 @@ struct JunkWorld {
         return {[this, h] {
                     JunkScanner::Options o;
                     o.home = h;
-                    o.exclusions = ExclusionList::load(prefs, h);
+                    o.exclusions = CapabilitySettings::exclusions(prefs, h);
                     return o;
                 },
                 [h] { return Cleaner(SafetyGuard(h, {}), Trash(h + "/.local/share/Trash")); },

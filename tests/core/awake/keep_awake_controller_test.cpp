@@ -1,4 +1,5 @@
 #include "core/awake/keep_awake_controller.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "tests/support/private_bus.h"
 #include "tests/support/temp_home.h"
@@ -58,9 +59,18 @@ protected:
         ASSERT_EQ(reply.type(), QDBusMessage::ReplyMessage) << reply.errorMessage().toStdString();
     }
 
+    // A controller told the stored settings, whose edits are stored, as the window wires it.
     std::unique_ptr<KeepAwakeController> controller() {
-        return std::make_unique<KeepAwakeController>(
-            *prefs_, KeepAwakeBuses{bus_.connection(), bus_.connection()}, [this] { return now_; });
+        auto c = std::make_unique<KeepAwakeController>(
+            KeepAwakeBuses{bus_.connection(), bus_.connection()}, [this] { return now_; });
+        auto stored = CapabilitySettings::schedules(*prefs_);
+        c->setSchedules(std::move(stored.schedules), stored.error);
+        c->setKeepsRunningWithLidClosed(prefs_->value(pref::kKeepAwakeLidClosed).toBool());
+        QObject::connect(c.get(), &KeepAwakeController::schedulesEdited,
+                         [this](const std::vector<KeepAwakeSchedule>& schedules) {
+                             CapabilitySettings::storeSchedules(*prefs_, schedules);
+                         });
+        return c;
     }
 
     std::vector<Inhibitor> inhibitors() {
@@ -254,7 +264,7 @@ TEST_F(KeepAwakeOnBus, PolkitRefusingTheLidLockAsksForThePassword) {
 TEST_F(KeepAwakeOnBus, WithoutLogindTheLidFailureSaysSoAndIsNotTakenForARefusal) {
     PrivateBus empty; // a bus on which logind never started
     ASSERT_TRUE(empty.isRunning());
-    KeepAwakeController c(*prefs_, KeepAwakeBuses{empty.connection(), empty.connection()},
+    KeepAwakeController c(KeepAwakeBuses{empty.connection(), empty.connection()},
                           [this] { return now_; });
     c.setKeepsRunningWithLidClosed(true);
     c.startManual(ManualSession::indefinite());

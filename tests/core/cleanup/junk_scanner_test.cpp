@@ -1,5 +1,6 @@
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/junk_scanner.h"
+#include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 
@@ -187,7 +188,7 @@ TEST(JunkScanner, TheTrashIsFoundWhereXdgDataHomePutsItAndNowhereElse) {
     QDir().mkpath(h + "/data/Trash/files/real");
     QDir().mkpath(h + "/.local/share/Trash/files/not-the-trash");
     Preferences prefs;
-    JunkScanner::Options o = JunkScanner::optionsForCurrentUser(prefs);
+    JunkScanner::Options o = CapabilitySettings::junkScanner(prefs);
     EXPECT_EQ(o.trashFiles, "data/Trash/files");
     const auto all = JunkScanner(o).scan({JunkCategory::Trash});
     ASSERT_EQ(all.size(), 1u);

@@ -1,8 +1,8 @@
 // Processes: reading /proc, CPU shares between samples, who may be quit, and quitting.
 #include "core/monitor/process_control.h"
+#include "core/monitor/process_order.h"
 #include "core/monitor/process_sample.h"
 #include "core/monitor/process_tracker.h"
-#include "core/monitor/system_monitor_model.h"
 #include "tests/support/fixture_tree.h"
 
 #include <QProcess>

@@ -1,4 +1,4 @@
-#include "core/monitor/system_monitor_model.h"
+#include "app/monitor/system_monitor_model.h"
 #include "core/settings/preferences.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"

@@ -1,4 +1,4 @@
-#include "core/homebrew/brew_update_checker.h"
+#include "app/homebrew/brew_update_checker.h"
 
 #include "core/homebrew/brew_parsing.h"
 #include "core/homebrew/brew_service.h"

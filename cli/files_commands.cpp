@@ -7,6 +7,7 @@
 #include "core/cleanup/exclusion_list.h"
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
 #include "core/text/path_display.h"
@@ -70,7 +71,7 @@ std::optional<FileSearchOptions> searchOptions(const SearchOptions& o, std::int6
     FileSearchOptions s;
     s.root = o.root.empty() ? home : QDir::cleanPath(pathArgument(o.root));
     struct stat st {};
-    if (::stat(fileName::encode(s.root).c_str(), &st) != 0) {
+    if (sys::stat(fileName::encode(s.root).c_str(), &st) != 0) {
         printError(QStringLiteral("There is no folder %1.").arg(shownPath(s.root, home)));
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/cleanup/directory_sizer.h"
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
 #include "core/text/path_display.h"
@@ -29,7 +30,7 @@ int runSize(const SizeOptions& o) {
     for (const auto& p : o.paths) {
         const QString path = QDir::cleanPath(pathArgument(p));
         struct stat st {};
-        if (::lstat(fileName::encode(path).c_str(), &st) != 0) {
+        if (sys::lstat(fileName::encode(path).c_str(), &st) != 0) {
             printError(QStringLiteral("%1 does not exist.").arg(shownPath(path, home)));
             status = kExitFailed;
             continue;

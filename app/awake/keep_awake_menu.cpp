@@ -3,7 +3,7 @@
 #include "app/awake/keyboard_lock.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/shell/app_permission.h"
+#include "core/sys/permission_probe.h"
 
 #include <QMenu>
 #include <QMessageBox>

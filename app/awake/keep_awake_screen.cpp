@@ -6,7 +6,7 @@
 #include "app/shell/section_subtitles.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/shell/app_permission.h"
+#include "core/sys/permission_probe.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -6,6 +6,7 @@
 #include "core/cleanup/removal_mode.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
+#include "core/sys/permission_probe.h"
 #include "core/text/qt_text.h"
 
 #include <QApplication>

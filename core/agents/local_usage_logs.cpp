@@ -4,6 +4,7 @@
 #include "core/agents/claude_log_parser.h"
 #include "core/agents/codex_log_parser.h"
 #include "core/agents/log_lines.h"
+#include "core/sys/file_calls.h"
 
 #include <algorithm>
 #include <atomic>
@@ -59,7 +60,7 @@ std::vector<LogFile> logFiles(const std::filesystem::path& folder, const QDateTi
         // One stat for kind, age and size. Old sessions are passed over by their time stamp,
         // without being opened.
         struct stat st {};
-        if (::stat(it->path().c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        if (sys::stat(it->path().c_str(), &st) != 0 || !S_ISREG(st.st_mode)) {
             continue;
         }
         const auto changed = file_clock::from_sys(

@@ -1,5 +1,7 @@
 #include "core/agents/log_lines.h"
 
+#include "core/sys/file_calls.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -27,7 +29,7 @@ struct Descriptor {
     int fd;
     ~Descriptor() {
         if (fd >= 0) {
-            ::close(fd);
+            sys::close(fd);
         }
     }
 };
@@ -36,7 +38,8 @@ struct Descriptor {
 ssize_t readAt(int fd, char* into, std::size_t size, off_t offset) {
     std::size_t done = 0;
     while (done < size) {
-        const ssize_t n = ::pread(fd, into + done, size - done, offset + static_cast<off_t>(done));
+        const ssize_t n =
+            sys::pread(fd, into + done, size - done, offset + static_cast<off_t>(done));
         if (n < 0 && errno == EINTR) {
             continue;
         }
@@ -254,7 +257,7 @@ const char* withRoomAfter(QByteArrayView line, std::size_t readableAfter, std::s
 Read forEach(const std::filesystem::path& file, const Markers& markers,
              const std::function<void(QByteArrayView)>& onLine) {
     Read read;
-    const Descriptor f{::open(file.c_str(), O_RDONLY | O_CLOEXEC)};
+    const Descriptor f{sys::open(file.c_str(), O_RDONLY | O_CLOEXEC)};
     if (f.fd < 0) {
         return read;
     }

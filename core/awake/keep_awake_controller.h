@@ -1,20 +1,17 @@
 #pragma once
 
 #include "core/awake/keep_awake_evaluator.h"
+#include "core/sys/bus_pair.h"
 #include "core/sys/logind.h"
 #include "core/sys/screen_saver_inhibit.h"
 
-#include <QDBusConnection>
 #include <QObject>
 #include <QTimer>
 #include <functional>
 
 namespace tarvik {
 
-struct KeepAwakeBuses {
-    QDBusConnection system = QDBusConnection::systemBus();
-    QDBusConnection session = QDBusConnection::sessionBus();
-};
+using KeepAwakeBuses = BusPair;
 
 // Keeps the computer awake while the evaluator says so: one logind "idle:sleep" inhibitor plus
 // the desktop's idle inhibit, taken when keeping awake starts and dropped when it stops or the

@@ -3,6 +3,7 @@
 #include "core/cleanup/directory_sizer.h"
 #include "core/cleanup/safe_remove.h"
 #include "core/sys/directory_handle.h"
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/file_paths.h"
 #include "core/text/path_display.h"
@@ -95,7 +96,8 @@ std::vector<Cleaner::Start> Cleaner::openStarts() const {
             UniqueFd fd = openBeneath(starts[i].fd.get(), *below(path, starts[i].path), true);
             struct statx sx {};
             if (fd.valid() &&
-                ::statx(fd.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &sx) == 0 &&
+                sys::statx(fd.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &sx) ==
+                    0 &&
                 isMountRoot(sx)) {
                 starts.push_back({path, std::move(fd), mountIdFrom(sx)});
             }
@@ -188,7 +190,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
     if (item.keptCopy) {
         struct statx kept {};
         const std::string keptPath = fileName::encode(SafetyGuard::canonical(item.keptCopy->path));
-        if (::statx(AT_FDCWD, keptPath.c_str(), AT_SYMLINK_NOFOLLOW, kLook, &kept) != 0 ||
+        if (sys::statx(AT_FDCWD, keptPath.c_str(), AT_SYMLINK_NOFOLLOW, kLook, &kept) != 0 ||
             !S_ISREG(kept.stx_mode) || FileSnapshot::of(kept) != item.keptCopy->scanned ||
             kept.stx_ino == st.stx_ino) {
             return fail(QStringLiteral("“%1” was left: the copy that stays, %2, changed or moved "
@@ -225,8 +227,8 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
     std::vector<std::uint64_t> excluded;
     for (const QString& e : exclusions_.inside(judged.canonical)) {
         struct statx ex {};
-        if (::statx(AT_FDCWD, fileName::encode(e).c_str(), AT_SYMLINK_NOFOLLOW,
-                    STATX_INO | STATX_MNT_ID, &ex) == 0 &&
+        if (sys::statx(AT_FDCWD, fileName::encode(e).c_str(), AT_SYMLINK_NOFOLLOW,
+                       STATX_INO | STATX_MNT_ID, &ex) == 0 &&
             mountIdFrom(ex) == start->mount) {
             excluded.push_back(ex.stx_ino);
         }
@@ -241,9 +243,10 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
         done.excludedLeft = again.excludedLeft;
     }
     struct statx after {};
-    const bool gone = ::statx(parent.get(), name.c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
-                              STATX_TYPE, &after) != 0 &&
-                      errno == ENOENT;
+    const bool gone =
+        sys::statx(parent.get(), name.c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE,
+                   &after) != 0 &&
+        errno == ENOENT;
     if (gone) {
         report.addRemoved(item, mode, done.freed);
         // A Trash entry goes together with its description, so no orphan .trashinfo remains.
@@ -255,8 +258,8 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
             struct statx infoSt {};
             if (infoDir.valid() &&
                 mountIdAt(infoDir.get(), infoName.c_str(), infoSt, kLook).has_value() &&
-                S_ISREG(infoSt.stx_mode) && ::unlinkat(infoDir.get(), infoName.c_str(), 0) == 0 &&
-                infoSt.stx_nlink == 1) {
+                S_ISREG(infoSt.stx_mode) &&
+                sys::unlinkat(infoDir.get(), infoName.c_str(), 0) == 0 && infoSt.stx_nlink == 1) {
                 report.addFreed(static_cast<std::int64_t>(infoSt.stx_blocks) * 512);
             }
         }

@@ -2,6 +2,7 @@
 
 #include "core/cleanup/file_walk.h"
 #include "core/sys/directory_handle.h"
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 
 #include <algorithm>
@@ -74,7 +75,7 @@ constexpr unsigned kMask = STATX_TYPE | STATX_BLOCKS | STATX_NLINK;
 
 SizeResult DirectorySizer::measure(const std::string& path) const {
     struct statx sx {};
-    if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, kMask, &sx) !=
+    if (sys::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, kMask, &sx) !=
             0 ||
         S_ISLNK(sx.stx_mode)) {
         return {};
@@ -82,7 +83,7 @@ SizeResult DirectorySizer::measure(const std::string& path) const {
     if (!S_ISDIR(sx.stx_mode)) {
         return ofFile(sx);
     }
-    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const UniqueFd fd(sys::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!fd.valid()) {
         SizeResult r;
         r.unreadable = 1;
@@ -94,7 +95,7 @@ SizeResult DirectorySizer::measure(const std::string& path) const {
 SizeResult DirectorySizer::measureAt(int dirFd, const std::string& dirPath,
                                      const char* name) const {
     struct statx sx {};
-    if (::statx(dirFd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, kMask, &sx) != 0 ||
+    if (sys::statx(dirFd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, kMask, &sx) != 0 ||
         S_ISLNK(sx.stx_mode)) {
         return {};
     }

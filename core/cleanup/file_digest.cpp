@@ -1,5 +1,7 @@
 #include "core/cleanup/file_digest.h"
 
+#include "core/sys/file_calls.h"
+
 #include <algorithm>
 #include <fcntl.h>
 #include <memory>
@@ -28,7 +30,7 @@ struct ContextFree {
 ssize_t readFully(int fd, char* into, std::size_t want) {
     std::size_t got = 0;
     while (got < want) {
-        const ssize_t n = ::read(fd, into + got, want - got);
+        const ssize_t n = sys::read(fd, into + got, want - got);
         if (n < 0) {
             return -1;
         }
@@ -52,7 +54,7 @@ std::optional<Sha256> sha256OfFile(const char* path, std::int64_t limit,
     if (ctx == nullptr || EVP_DigestInit_ex(ctx, sha256Method(), nullptr) != 1) {
         return std::nullopt;
     }
-    const int fd = ::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY);
+    const int fd = sys::open(path, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY);
     if (fd < 0) {
         return std::nullopt;
     }
@@ -81,9 +83,9 @@ std::optional<Sha256> sha256OfFile(const char* path, std::int64_t limit,
     // The whole file: one more byte would mean it grew since it was measured.
     if (ok && limit < 0 && expectedLength && total == *expectedLength) {
         char extra = 0;
-        ok = ::read(fd, &extra, 1) == 0;
+        ok = sys::read(fd, &extra, 1) == 0;
     }
-    ::close(fd);
+    sys::close(fd);
     if (!ok || (wanted >= 0 && expectedLength && total != wanted)) {
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 #include "core/cleanup/file_walk.h"
 
 #include "core/sys/directory_handle.h"
+#include "core/sys/file_calls.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -132,7 +133,7 @@ private:
         }
         const int fd = handle.get();
         for (;;) {
-            const ssize_t n = ::getdents64(fd, buffer.data(), buffer.size());
+            const ssize_t n = sys::getdents64(fd, buffer.data(), buffer.size());
             if (n < 0) {
                 ++unreadable_;
                 break;
@@ -163,8 +164,8 @@ private:
                     continue;
                 }
                 struct statx sx {};
-                if (::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
-                            o_.statxMask | STATX_TYPE, &sx) != 0) {
+                if (sys::statx(fd, name, AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
+                               o_.statxMask | STATX_TYPE, &sx) != 0) {
                     continue; // vanished meanwhile
                 }
                 if (isMountRoot(sx)) {
@@ -199,7 +200,7 @@ int FileWalk::maximumThreads(const Options& options) {
 }
 
 FileWalk::Totals FileWalk::run(const std::string& root, const Options& options) {
-    const UniqueFd fd(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    const UniqueFd fd(sys::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!fd.valid()) {
         return {0, 1, 0, 1};
     }

@@ -1,6 +1,7 @@
 #include "core/cleanup/free_space_recorder.h"
 
 #include "core/cleanup/cleanup_record.h"
+#include "core/sys/file_calls.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -19,7 +20,7 @@ FreeSpaceRecorder::FreeSpaceRecorder(QString home, QString timelinePath, QObject
 
 bool FreeSpaceRecorder::record() {
     struct statvfs fs {};
-    if (::statvfs(QFile::encodeName(home_).constData(), &fs) != 0) {
+    if (sys::statvfs(QFile::encodeName(home_).constData(), &fs) != 0) {
         return false;
     }
     FreeSpaceTimeline timeline(path_);

@@ -3,6 +3,7 @@
 #include "core/cleanup/cleanup_run.h"
 #include "core/cleanup/directory_sizer.h"
 #include "core/sys/directory_handle.h"
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/text/path_display.h"
 
@@ -22,25 +23,25 @@ bool isIgnored(const QString& name) {
 
 std::vector<QString> listNames(const QString& folder) {
     std::vector<QString> names;
-    DIR* dir = ::opendir(fileName::encode(folder).c_str());
+    DIR* dir = sys::opendir(fileName::encode(folder).c_str());
     if (dir == nullptr) {
         return names; // an unreadable folder offers nothing, without an error
     }
-    while (const dirent* d = ::readdir(dir)) {
+    while (const dirent* d = sys::readdir(dir)) {
         const char* n = d->d_name;
         if (!(n[0] == '.' && (n[1] == '\0' || (n[1] == '.' && n[2] == '\0')))) {
             names.push_back(fileName::decode(n));
         }
     }
-    ::closedir(dir);
+    sys::closedir(dir);
     std::sort(names.begin(), names.end()); // a stable listing order for equal sizes
     return names;
 }
 
 bool isFolderOrFile(const QString& path, mode_t type, bool& mountRoot) {
     struct statx sx {};
-    if (::statx(AT_FDCWD, fileName::encode(path).c_str(), AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC,
-                STATX_TYPE, &sx) != 0) {
+    if (sys::statx(AT_FDCWD, fileName::encode(path).c_str(),
+                   AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE, &sx) != 0) {
         return false;
     }
     mountRoot = isMountRoot(sx);
@@ -71,8 +72,8 @@ std::vector<QString> JunkScanner::candidates(const ScanTarget& target) const {
         if (target.mode == ScanTarget::Mode::Children) {
             struct statx sx {};
             const bool mounted =
-                ::statx(AT_FDCWD, fileName::encode(path).c_str(),
-                        AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE, &sx) == 0 &&
+                sys::statx(AT_FDCWD, fileName::encode(path).c_str(),
+                           AT_SYMLINK_NOFOLLOW | AT_STATX_DONT_SYNC, STATX_TYPE, &sx) == 0 &&
                 isMountRoot(sx);
             if (!target.names.contains(name) && !mounted) {
                 out.push_back(path);
@@ -132,7 +133,7 @@ JunkScanner::scan(const std::vector<JunkCategory>& categories,
                                           PathDisplay::abbreviate(inside.front(), options_.home)));
                 }
                 struct stat st {};
-                if (::lstat(fileName::encode(path).c_str(), &st) == 0) {
+                if (sys::lstat(fileName::encode(path).c_str(), &st) == 0) {
                     item.modified = QDateTime::fromSecsSinceEpoch(st.st_mtim.tv_sec);
                 }
                 result.items.push_back(std::move(item));

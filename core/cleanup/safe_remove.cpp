@@ -1,5 +1,7 @@
 #include "core/cleanup/safe_remove.h"
 
+#include "core/sys/file_calls.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <dirent.h>
@@ -21,7 +23,7 @@ void note(TreeRemoval& out, int error) {
 int listNames(int fd, std::string& names) {
     char buffer[32 * 1024];
     for (;;) {
-        const ssize_t n = ::getdents64(fd, buffer, sizeof buffer);
+        const ssize_t n = sys::getdents64(fd, buffer, sizeof buffer);
         if (n < 0) {
             return errno;
         }
@@ -77,7 +79,7 @@ void TreeRemover::removeEntry(int dirFd, const char* name, std::string& path,
         return;
     }
     if (!S_ISDIR(sx.stx_mode)) {
-        if (::unlinkat(dirFd, name, 0) == 0) {
+        if (sys::unlinkat(dirFd, name, 0) == 0) {
             if (S_ISREG(sx.stx_mode) && sx.stx_nlink == 1) {
                 out.freed += static_cast<std::int64_t>(sx.stx_blocks) * 512;
             }
@@ -90,18 +92,18 @@ void TreeRemover::removeEntry(int dirFd, const char* name, std::string& path,
     if (!child.valid()) {
         if (errno == ENOTDIR || errno == ELOOP) {
             // Swapped for a file or a link since it was looked at: that name goes, as itself.
-            if (::unlinkat(dirFd, name, 0) != 0 && errno != ENOENT) {
+            if (sys::unlinkat(dirFd, name, 0) != 0 && errno != ENOENT) {
                 note(out, errno);
             }
         } else if (errno == EXDEV) {
             out.mountsLeft.push_back(path);
-        } else if (::unlinkat(dirFd, name, AT_REMOVEDIR) != 0) {
+        } else if (sys::unlinkat(dirFd, name, AT_REMOVEDIR) != 0) {
             note(out, errno); // an unreadable folder can still go when it is empty
         }
         return;
     }
     struct statx opened {};
-    if (::statx(child.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_INO, &opened) != 0 ||
+    if (sys::statx(child.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_INO, &opened) != 0 ||
         opened.stx_ino != sx.stx_ino) {
         note(out, EBUSY); // another folder took its name meanwhile: leave both alone
         return;
@@ -120,7 +122,7 @@ void TreeRemover::removeEntry(int dirFd, const char* name, std::string& path,
         path.resize(length);
         at += entryLength + 1;
     }
-    if (::unlinkat(dirFd, name, AT_REMOVEDIR) != 0 && errno != ENOENT) {
+    if (sys::unlinkat(dirFd, name, AT_REMOVEDIR) != 0 && errno != ENOENT) {
         // Left on purpose inside: the folder stays, and what was left says why.
         if (!(out.left() && (errno == ENOTEMPTY || errno == EEXIST || errno == EBUSY))) {
             note(out, errno);

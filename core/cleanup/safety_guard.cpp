@@ -1,5 +1,6 @@
 #include "core/cleanup/safety_guard.h"
 
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/file_paths.h"
 #include "core/sys/xdg_paths.h"
@@ -86,7 +87,7 @@ SafetyGuard::SafetyGuard(const QString& home, const QStringList& extraAllowedRoo
     // Home itself is resolved too: a home that is a link is judged where it leads.
     const QString h = realPath(home).value_or(canonical(home));
     struct stat st {};
-    if (h == QLatin1String("/") || ::stat(fileName::encode(h).c_str(), &st) != 0 ||
+    if (h == QLatin1String("/") || sys::stat(fileName::encode(h).c_str(), &st) != 0 ||
         !S_ISDIR(st.st_mode) || st.st_uid != ::getuid()) {
         homeProblem_ = Violation{Violation::Kind::NoUsableHome, h};
     } else {

@@ -2,6 +2,7 @@
 
 #include "core/cleanup/safety_guard.h"
 #include "core/sys/directory_handle.h"
+#include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
 
@@ -24,16 +25,16 @@ QString reason(int error) {
 // A folder of this user's, not a link: what GLib and the standard accept as a trash folder.
 bool ownFolder(int fd) {
     struct stat st {};
-    return ::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::getuid();
+    return sys::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_uid == ::getuid();
 }
 
 // Makes `name` in `dirFd` a folder of ours (mode 700) if it is missing, and opens it without
 // following a link; a folder that is someone else's is refused.
 UniqueFd ensureDir(int dirFd, const char* name) {
-    if (::mkdirat(dirFd, name, 0700) != 0 && errno != EEXIST) {
+    if (sys::mkdirat(dirFd, name, 0700) != 0 && errno != EEXIST) {
         return UniqueFd();
     }
-    UniqueFd fd(::openat(dirFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    UniqueFd fd(sys::openat(dirFd, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (fd.valid() && !ownFolder(fd.get())) {
         errno = EPERM;
         return UniqueFd();
@@ -74,7 +75,7 @@ bool isMountTop(const std::string& path) {
         return true;
     }
     struct statx sx {};
-    return ::statx(AT_FDCWD, path.c_str(), AT_STATX_DONT_SYNC, STATX_MNT_ID, &sx) == 0 &&
+    return sys::statx(AT_FDCWD, path.c_str(), AT_STATX_DONT_SYNC, STATX_MNT_ID, &sx) == 0 &&
            isMountRoot(sx);
 }
 
@@ -84,38 +85,38 @@ bool isMountTop(const std::string& path) {
 int createWhole(int dirFd, const std::string& name, const QByteArray& contents) {
     const auto writeAll = [&contents](int fd) {
         const auto size = static_cast<std::size_t>(contents.size());
-        const ssize_t n = ::write(fd, contents.constData(), size);
+        const ssize_t n = sys::write(fd, contents.constData(), size);
         if (n == static_cast<ssize_t>(size)) {
             return 0;
         }
         return n < 0 ? errno : ENOSPC; // a short write is a full disk
     };
-    const int anonymous = ::openat(dirFd, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
+    const int anonymous = sys::openat(dirFd, ".", O_WRONLY | O_TMPFILE | O_CLOEXEC, 0600);
     if (anonymous >= 0) {
         int error = writeAll(anonymous);
         if (error == 0) {
             const std::string self = "/proc/self/fd/" + std::to_string(anonymous);
-            if (::linkat(AT_FDCWD, self.c_str(), dirFd, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+            if (sys::linkat(AT_FDCWD, self.c_str(), dirFd, name.c_str(), AT_SYMLINK_FOLLOW) != 0) {
                 error = errno;
             }
         }
-        ::close(anonymous);
+        sys::close(anonymous);
         if (error != ENOENT) { // ENOENT: no /proc to link through; use a temporary name
             return error;
         }
     }
     const std::string temporary = ".tarvik-" + std::to_string(::getpid()) + "-" + name + ".part";
     const int fd =
-        ::openat(dirFd, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        sys::openat(dirFd, temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (fd < 0) {
         return errno;
     }
     int error = writeAll(fd);
-    ::close(fd);
-    if (error == 0 && ::linkat(dirFd, temporary.c_str(), dirFd, name.c_str(), 0) != 0) {
+    sys::close(fd);
+    if (error == 0 && sys::linkat(dirFd, temporary.c_str(), dirFd, name.c_str(), 0) != 0) {
         error = errno;
     }
-    ::unlinkat(dirFd, temporary.c_str(), 0);
+    sys::unlinkat(dirFd, temporary.c_str(), 0);
     return error;
 }
 
@@ -152,7 +153,7 @@ std::optional<std::string> Trash::infoFolderFor(const std::string& folder) const
             // Only a trash of this user's own, as for moving into it: another user's folder of
             // that name is not ours to tidy.
             struct stat st {};
-            if (isMountTop(top) && ::lstat(trash.c_str(), &st) == 0 && S_ISDIR(st.st_mode) &&
+            if (isMountTop(top) && sys::lstat(trash.c_str(), &st) == 0 && S_ISDIR(st.st_mode) &&
                 st.st_uid == ::getuid()) {
                 return info;
             }
@@ -197,7 +198,7 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
         const std::string uid = std::to_string(::getuid());
         // $topdir/.Trash must be a real folder with the sticky bit; only then use $uid in it.
         struct stat shared {};
-        if (::lstat((top + "/.Trash").c_str(), &shared) == 0 && S_ISDIR(shared.st_mode) &&
+        if (sys::lstat((top + "/.Trash").c_str(), &shared) == 0 && S_ISDIR(shared.st_mode) &&
             (shared.st_mode & S_ISVTX) != 0) {
             trash = openTrash((top == "/" ? "" : top) + "/.Trash/" + uid, top);
         }
@@ -220,7 +221,7 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
         const std::string candidate = n == 1 ? name : name + "." + std::to_string(n);
         const std::string infoName = candidate + ".trashinfo";
         struct stat taken {};
-        if (::fstatat(trash->files.get(), candidate.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) {
+        if (sys::fstatat(trash->files.get(), candidate.c_str(), &taken, AT_SYMLINK_NOFOLLOW) == 0) {
             continue; // a stray file without its info: leave it, take the next name
         }
         const int claimed = createWhole(trash->info.get(), infoName, info);
@@ -230,17 +231,17 @@ std::optional<QString> Trash::moveToTrash(int parentFd, const std::string& paren
         if (claimed != 0) {
             return reason(claimed);
         }
-        int moved = ::renameat2(parentFd, name.c_str(), trash->files.get(), candidate.c_str(),
-                                RENAME_NOREPLACE);
+        int moved = sys::renameat2(parentFd, name.c_str(), trash->files.get(), candidate.c_str(),
+                                   RENAME_NOREPLACE);
         if (moved != 0 && errno == EINVAL) {
             // A file system without RENAME_NOREPLACE: the name was free a moment ago.
-            moved = ::renameat(parentFd, name.c_str(), trash->files.get(), candidate.c_str());
+            moved = sys::renameat(parentFd, name.c_str(), trash->files.get(), candidate.c_str());
         }
         if (moved == 0) {
             return std::nullopt;
         }
         const int e = errno;
-        ::unlinkat(trash->info.get(), infoName.c_str(), 0);
+        sys::unlinkat(trash->info.get(), infoName.c_str(), 0);
         if (e == EEXIST) {
             continue; // taken meanwhile by another trashing
         }

@@ -1,5 +1,7 @@
 #include "core/homebrew/brew_environment.h"
 
+#include "core/sys/file_calls.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <unistd.h>
@@ -9,7 +11,7 @@ namespace {
 
 bool isExecutableFile(const QString& path) {
     const QFileInfo info(path);
-    return info.isFile() && ::access(QFile::encodeName(path).constData(), X_OK) == 0;
+    return info.isFile() && sys::access(QFile::encodeName(path).constData(), X_OK) == 0;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "core/monitor/disk.h"
 
+#include "core/sys/file_calls.h"
 #include "core/sys/system_files.h"
 
 #include <array>
@@ -96,7 +97,7 @@ DiskIOCounters diskDelta(const DiskIOCounters& before, const DiskIOCounters& now
 
 std::optional<DiskUsage> readDiskUsage(const std::filesystem::path& path) {
     struct statvfs s {};
-    if (statvfs(path.c_str(), &s) != 0) {
+    if (sys::statvfs(path.c_str(), &s) != 0) {
         return std::nullopt;
     }
     return DiskUsage{static_cast<std::int64_t>(s.f_blocks * s.f_frsize),

@@ -1,12 +1,11 @@
 #include "core/monitor/process_control.h"
 
+#include "core/sys/process_handle.h"
 #include "core/sys/system_files.h"
 #include "core/text/platform_words.h"
 
 #include <array>
 #include <csignal>
-#include <poll.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace tarvik {
@@ -74,24 +73,17 @@ QuitOutcome quit(const ProcessUsage& process, bool force, int waitMs,
     }
     // A pidfd holds on to this very process: once it is open and the start time still
     // matches, the signal can't reach a newcomer with the same pid.
-    const int fd = static_cast<int>(syscall(SYS_pidfd_open, process.pid, 0));
-    if (fd < 0) {
+    const sys::ProcessHandle handle = sys::ProcessHandle::open(process.pid);
+    if (!handle.valid()) {
         return QuitOutcome::Failed;
     }
     if (startTimeOf(root, process.pid) != process.startTime) {
-        close(fd);
         return QuitOutcome::Failed; // it had already ended
     }
-    const int signal = force ? SIGKILL : SIGTERM;
-    if (syscall(SYS_pidfd_send_signal, fd, signal, nullptr, 0) != 0) {
-        close(fd);
+    if (!handle.signal(force ? SIGKILL : SIGTERM)) {
         return QuitOutcome::Failed;
     }
-    // The pidfd becomes readable when the process ends.
-    pollfd p{fd, POLLIN, 0};
-    const int ready = poll(&p, 1, waitMs);
-    close(fd);
-    return ready > 0 ? QuitOutcome::Ended : QuitOutcome::NotResponding;
+    return handle.waitForExit(waitMs) ? QuitOutcome::Ended : QuitOutcome::NotResponding;
 }
 
 } // namespace ProcessControl

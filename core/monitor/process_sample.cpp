@@ -1,5 +1,7 @@
 #include "core/monitor/process_sample.h"
 
+#include "core/sys/file_calls.h"
+
 #include <charconv>
 #include <cstdio>
 #include <dirent.h>
@@ -86,11 +88,11 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text) {
 std::vector<ProcessSample> readProcesses(const ProcessReaderOptions& options) {
     std::vector<ProcessSample> out;
     const std::string procPath = (options.root / "proc").string();
-    DIR* dir = opendir(procPath.c_str());
+    DIR* dir = sys::opendir(procPath.c_str());
     if (dir == nullptr) {
         return out;
     }
-    const int procFd = dirfd(dir);
+    const int procFd = sys::dirfd(dir);
     const long ticks = options.clockTicks > 0 ? options.clockTicks : sysconf(_SC_CLK_TCK);
     const long page = options.pageSize > 0 ? options.pageSize : sysconf(_SC_PAGESIZE);
     const std::uint64_t nsPerTick = 1'000'000'000ULL / static_cast<std::uint64_t>(ticks);
@@ -99,19 +101,19 @@ std::vector<ProcessSample> readProcesses(const ProcessReaderOptions& options) {
     char text[1024];
     char link[4096];
     out.reserve(512);
-    while (const dirent* entry = readdir(dir)) {
+    while (const dirent* entry = sys::readdir(dir)) {
         std::int32_t pid = 0;
         if (!pidName(entry->d_name, pid)) {
             continue;
         }
         const int prefix = std::snprintf(relative, sizeof relative, "%d/", pid);
         std::snprintf(relative + prefix, sizeof relative - prefix, "stat");
-        const int fd = openat(procFd, relative, O_RDONLY | O_CLOEXEC);
+        const int fd = sys::openat(procFd, relative, O_RDONLY | O_CLOEXEC);
         if (fd < 0) {
             continue; // ended since the listing
         }
-        const ssize_t n = read(fd, text, sizeof text - 1);
-        close(fd);
+        const ssize_t n = sys::read(fd, text, sizeof text - 1);
+        sys::close(fd);
         if (n <= 0) {
             continue;
         }
@@ -129,14 +131,14 @@ std::vector<ProcessSample> readProcesses(const ProcessReaderOptions& options) {
         s.kernelThread = stat->kernelThread();
         relative[prefix] = '\0';
         struct stat owner {};
-        if (fstatat(procFd, relative, &owner, 0) == 0) {
+        if (sys::fstatat(procFd, relative, &owner, 0) == 0) {
             s.uid = owner.st_uid;
         }
         if (s.kernelThread) {
             continue; // no executable to name
         }
         std::snprintf(relative + prefix, sizeof relative - prefix, "exe");
-        const ssize_t len = readlinkat(procFd, relative, link, sizeof link);
+        const ssize_t len = sys::readlinkat(procFd, relative, link, sizeof link);
         if (len > 0 && static_cast<std::size_t>(len) < sizeof link) {
             std::string_view target(link, static_cast<std::size_t>(len));
             constexpr std::string_view kDeleted = " (deleted)";
@@ -152,7 +154,7 @@ std::vector<ProcessSample> readProcesses(const ProcessReaderOptions& options) {
             }
         }
     }
-    closedir(dir);
+    sys::closedir(dir);
     return out;
 }
 

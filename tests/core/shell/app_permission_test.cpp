@@ -1,4 +1,4 @@
-#include "core/shell/app_permission.h"
+#include "core/sys/permission_probe.h"
 #include "tests/support/temp_home.h"
 
 #include <QDir>

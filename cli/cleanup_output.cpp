@@ -9,7 +9,7 @@
 #include "core/settings/preferences.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 #include "core/text/qt_text.h"
 
 #include <QJsonArray>
@@ -78,7 +78,7 @@ QString whatGoes(RemovalMode mode, const std::vector<const CleanableItem*>& item
     const QString what = items.size() == 1
                              ? QStringLiteral("“%1”").arg(fileName::display(items.front()->name()))
                              : QStringLiteral("%1 items").arg(items.size());
-    return QStringLiteral("%1 %2 (%3)").arg(title(mode), what, PathDisplay::bytes(total));
+    return QStringLiteral("%1 %2 (%3)").arg(title(mode), what, MetricFormat::bytes(total));
 }
 
 } // namespace

@@ -10,7 +10,7 @@
 #include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -129,7 +129,7 @@ int runLarge(const SearchOptions& o) {
     for (const auto& f : found) {
         total += f.item.size;
         printLine(QStringLiteral("%1  %2  %3")
-                      .arg(PathDisplay::bytes(f.item.size), 9)
+                      .arg(MetricFormat::bytes(f.item.size), 9)
                       .arg(title(f.kind), -24)
                       .arg(shownPath(f.item.path, home)));
         if (f.item.detail) {
@@ -139,7 +139,7 @@ int runLarge(const SearchOptions& o) {
     printLine(
         found.empty()
             ? QStringLiteral("No files that large.")
-            : QStringLiteral("%1 files, %2").arg(found.size()).arg(PathDisplay::bytes(total)));
+            : QStringLiteral("%1 files, %2").arg(found.size()).arg(MetricFormat::bytes(total)));
     return kExitOk;
 }
 
@@ -224,8 +224,8 @@ int runDupes(const SearchOptions& o) {
         const DuplicateGroup g = found.group(i);
         printLine(QStringLiteral("%1 copies of %2, %3 to gain")
                       .arg(g.files.size())
-                      .arg(PathDisplay::bytes(g.fileSize))
-                      .arg(PathDisplay::bytes(g.wastedBytes())));
+                      .arg(MetricFormat::bytes(g.fileSize))
+                      .arg(MetricFormat::bytes(g.wastedBytes())));
         for (std::size_t k = 0; k < g.files.size(); ++k) {
             printLine((k == 0 ? QStringLiteral("  keep    ") : QStringLiteral("  copy    ")) +
                       shownPath(g.files[k].path, home));
@@ -237,7 +237,7 @@ int runDupes(const SearchOptions& o) {
     printLine(found.empty() ? QStringLiteral("No duplicates found.")
                             : QStringLiteral("%1 groups, %2 to gain (tarvik dupes --delete)")
                                   .arg(found.size())
-                                  .arg(PathDisplay::bytes(found.wastedBytes())));
+                                  .arg(MetricFormat::bytes(found.wastedBytes())));
     return kExitOk;
 }
 

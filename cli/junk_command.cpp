@@ -7,7 +7,7 @@
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 #include "core/text/qt_text.h"
 
 #include <QJsonArray>
@@ -56,7 +56,7 @@ int runList(const JunkOptions& o) {
         const auto& i = info(r.category);
         rows.emplace_back(toQString(i.title),
                           QStringLiteral("%1  %2 items  %3%4")
-                              .arg(PathDisplay::bytes(r.totalSize).rightJustified(9))
+                              .arg(MetricFormat::bytes(r.totalSize).rightJustified(9))
                               .arg(r.items.size(), 5)
                               .arg(toQString(i.rawValue))
                               .arg(i.selectedByDefault
@@ -68,7 +68,7 @@ int runList(const JunkOptions& o) {
     }
     printRows(rows);
     printLine(QStringLiteral("\n%1 can be cleaned with `tarvik junk clean`.")
-                  .arg(PathDisplay::bytes(selected)));
+                  .arg(MetricFormat::bytes(selected)));
     return kExitOk;
 }
 

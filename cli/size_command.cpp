@@ -4,7 +4,7 @@
 #include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -49,7 +49,7 @@ int runSize(const SizeOptions& o) {
         if (r.otherFileSystems > 0) {
             note += QStringLiteral(" (%1 other file systems not entered)").arg(r.otherFileSystems);
         }
-        rows.emplace_back(PathDisplay::bytes(r.allocated), shownPath(path, home) + note);
+        rows.emplace_back(MetricFormat::bytes(r.allocated), shownPath(path, home) + note);
     }
     if (o.json) {
         printJson(QJsonDocument(out));

@@ -3,7 +3,7 @@
 #include "core/settings/preferences.h"
 #include "core/speedtest/speed_test_engine.h"
 #include "core/speedtest/speed_test_history.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -43,7 +43,7 @@ void printResult(const SpeedTestResult& r) {
     for (auto useCase : kAllUseCases) {
         rows.emplace_back(title(useCase), title(verdict(useCase, r)));
     }
-    rows.emplace_back("Data used", PathDisplay::bytes(r.dataUsed()));
+    rows.emplace_back("Data used", MetricFormat::bytes(r.dataUsed()));
     if (r.server && r.server->locationText()) {
         rows.emplace_back("Server", *r.server->locationText());
     }

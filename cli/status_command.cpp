@@ -5,7 +5,7 @@
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -43,7 +43,7 @@ int printStatus(bool asJson) {
     }
     rows.emplace_back(
         QStringLiteral("Junk"),
-        QStringLiteral("%1 can be cleaned (tarvik junk)").arg(PathDisplay::bytes(junk)));
+        QStringLiteral("%1 can be cleaned (tarvik junk)").arg(MetricFormat::bytes(junk)));
     QStringList titles;
     for (const auto& issue : health) {
         titles << issue.title;

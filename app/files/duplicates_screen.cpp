@@ -6,6 +6,7 @@
 #include "app/files/search_controls.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 
 #include <QFileInfo>
@@ -187,9 +188,9 @@ void DuplicatesScreen::rebuild() {
         const QString name = QFileInfo(g.files.front().path).fileName();
         row->setText(FileColumn, QStringLiteral("%1 (%2)").arg(
                                      name, filesText(static_cast<int>(g.files.size()))));
-        row->setText(SizeColumn, PathDisplay::bytes(g.fileSize));
+        row->setText(SizeColumn, MetricFormat::bytes(g.fileSize));
         row->setToolTip(SizeColumn, tr("Each file's length"));
-        row->setText(NoteColumn, tr("%1 to gain").arg(PathDisplay::bytes(g.wastedBytes())));
+        row->setText(NoteColumn, tr("%1 to gain").arg(MetricFormat::bytes(g.wastedBytes())));
         row->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);
         row->setData(0, kGroupRole, g.id);
         row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
@@ -202,7 +203,7 @@ void DuplicatesScreen::rebuild() {
             child->setText(FileColumn, PathDisplay::abbreviate(f.path, home));
             child->setToolTip(FileColumn, f.path);
             child->setText(ModifiedColumn, FileTexts::date(f.modified));
-            child->setText(SizeColumn, PathDisplay::bytes(f.size));
+            child->setText(SizeColumn, MetricFormat::bytes(f.size));
             child->setTextAlignment(SizeColumn, Qt::AlignRight | Qt::AlignVCenter);
             child->setData(0, kPathRole, f.path);
             child->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable);
@@ -274,12 +275,12 @@ void DuplicatesScreen::refreshActions() {
     QString text =
         tr("%1, %2 to gain.")
             .arg(FileTexts::count(groups, QStringLiteral("group"), QStringLiteral("groups")),
-                 PathDisplay::bytes(model_.totalWaste()));
+                 MetricFormat::bytes(model_.totalWaste()));
     text += QLatin1Char(' ') + (model_.selectedCount() == 0
                                     ? tr("Check the copies you want to remove.")
                                     : tr("%1 selected (%2).")
                                           .arg(filesText(model_.selectedCount()),
-                                               PathDisplay::bytes(model_.selectedSize())));
+                                               MetricFormat::bytes(model_.selectedSize())));
     total_->setText(text);
 }
 
@@ -297,7 +298,7 @@ void DuplicatesScreen::requestRemoval() {
         return;
     }
     const QString question =
-        tr("Remove %1 (%2)?").arg(filesText(count), PathDisplay::bytes(model_.selectedSize()));
+        tr("Remove %1 (%2)?").arg(filesText(count), MetricFormat::bytes(model_.selectedSize()));
     const QString detail = FileTexts::removalDetail(model_.removalMode()) + QLatin1Char(' ') +
                            tr("At least one file of each group is kept.");
     if (confirm_(question, detail)) {

@@ -1,6 +1,7 @@
 #include "app/files/file_texts.h"
 
 #include "core/sys/file_names.h"
+#include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 
 #include <QLocale>
@@ -12,7 +13,7 @@ QString count(int n, const QString& one, const QString& many) {
 }
 
 QString preset(std::int64_t bytes) {
-    QString text = PathDisplay::bytes(bytes);
+    QString text = MetricFormat::bytes(bytes);
     // Presets are round numbers; "50.0 MB" reads like a measurement.
     text.replace(QStringLiteral(".0 "), QStringLiteral(" "));
     return text;

@@ -7,7 +7,7 @@
 #include "app/files/search_controls.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -248,11 +248,11 @@ void LargeFilesScreen::refresh() {
     }
     QString text = tr("%1, %2 in all.")
                        .arg(filesText(static_cast<int>(model_.results().size())),
-                            PathDisplay::bytes(model_.totalSize()));
+                            MetricFormat::bytes(model_.totalSize()));
     if (model_.selectedCount() > 0) {
         text += QLatin1Char(' ') + tr("%1 selected (%2).")
                                        .arg(filesText(model_.selectedCount()),
-                                            PathDisplay::bytes(model_.selectedSize()));
+                                            MetricFormat::bytes(model_.selectedSize()));
     } else {
         text += QLatin1Char(' ') + tr("Check the files you want to remove.");
     }
@@ -272,7 +272,7 @@ void LargeFilesScreen::requestRemoval() {
         return;
     }
     const QString question =
-        tr("Remove %1 (%2)?").arg(filesText(count), PathDisplay::bytes(model_.selectedSize()));
+        tr("Remove %1 (%2)?").arg(filesText(count), MetricFormat::bytes(model_.selectedSize()));
     if (confirm_(question, FileTexts::removalDetail(model_.removalMode()))) {
         report_->hide();
         model_.removeSelected();

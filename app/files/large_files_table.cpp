@@ -3,6 +3,7 @@
 #include "app/files/file_kind_icons.h"
 #include "app/files/file_texts.h"
 #include "app/files/large_files_model.h"
+#include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 
 #include <QFileInfo>
@@ -45,7 +46,7 @@ QVariant LargeFilesTable::data(const QModelIndex& index, int role) const {
         case Name:
             return info.fileName();
         case Size:
-            return PathDisplay::bytes(f.item.size);
+            return MetricFormat::bytes(f.item.size);
         case Modified:
             return FileTexts::date(f.item.modified);
         case Folder:

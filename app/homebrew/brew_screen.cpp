@@ -3,7 +3,7 @@
 #include "app/homebrew/brew_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -326,7 +326,7 @@ void BrewScreen::render() {
                              .arg(s.formulaeCount())
                              .arg(s.casksCount())
                              .arg(s.outdated().size())
-                             .arg(PathDisplay::bytes(s.totalSize())));
+                             .arg(MetricFormat::bytes(s.totalSize())));
     }
     updateButtons();
     renderRun();
@@ -379,7 +379,7 @@ void BrewScreen::renderList() {
                                                    (p.pinned ? tr(" (pinned)") : QString())
                                              : QString());
             item->setText(3, p.kind == BrewPackageKind::Cask ? tr("Cask") : tr("Formula"));
-            item->setText(4, p.size && *p.size > 0 ? PathDisplay::bytes(*p.size) : QString());
+            item->setText(4, p.size && *p.size > 0 ? MetricFormat::bytes(*p.size) : QString());
             item->setData(4, Qt::UserRole, static_cast<qlonglong>(p.size.value_or(0)));
             if (p.isMajorJump() && p.isOutdated()) {
                 item->setToolTip(2, tr("A major version: read what changed before upgrading."));

@@ -4,6 +4,7 @@
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/sys/file_names.h"
+#include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 #include "core/text/qt_text.h"
 
@@ -144,7 +145,7 @@ void JunkScreen::rebuild() {
         row->setText(0, QStringLiteral("%1 (%2)").arg(toQString(i.title),
                                                       itemsText(static_cast<int>(r.items.size()))));
         row->setToolTip(0, toQString(i.summary));
-        row->setText(1, PathDisplay::bytes(r.totalSize));
+        row->setText(1, MetricFormat::bytes(r.totalSize));
         row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
         row->setData(0, kCategoryRole, static_cast<int>(r.category));
         row->setFlags(r.items.empty() ? Qt::ItemIsEnabled
@@ -152,7 +153,7 @@ void JunkScreen::rebuild() {
         for (const auto& item : r.items) {
             auto* child = new QTreeWidgetItem(row);
             child->setText(0, PathDisplay::abbreviate(item.path, home_));
-            child->setText(1, PathDisplay::bytes(item.size));
+            child->setText(1, MetricFormat::bytes(item.size));
             child->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
             child->setData(0, kItemRole, item.id());
             child->setFlags(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
@@ -195,9 +196,9 @@ void JunkScreen::updateActions() {
                               .arg(model_.results().size())
                               .arg(kAllJunkCategories.size()));
     } else if (!model_.results().empty()) {
-        summary_->setText(
-            tr("%1 selected (%2).")
-                .arg(PathDisplay::bytes(model_.selectedSize()), itemsText(model_.selectedCount())));
+        summary_->setText(tr("%1 selected (%2).")
+                              .arg(MetricFormat::bytes(model_.selectedSize()),
+                                   itemsText(model_.selectedCount())));
     }
 }
 
@@ -208,7 +209,7 @@ void JunkScreen::requestClean() {
     }
     const RemovalMode mode = model_.junkMode();
     const QString question =
-        tr("Clean %1 (%2)?").arg(itemsText(count), PathDisplay::bytes(model_.selectedSize()));
+        tr("Clean %1 (%2)?").arg(itemsText(count), MetricFormat::bytes(model_.selectedSize()));
     const QString detail =
         mode == RemovalMode::DeletePermanently
             ? tr("They will be deleted permanently.")

@@ -33,10 +33,6 @@ QString meaningColor(MemoryPressure p) {
     return {};
 }
 
-QString bytes(std::uint64_t n) {
-    return MetricFormat::bytes(static_cast<std::int64_t>(n));
-}
-
 } // namespace
 
 MonitorScreen::MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QWidget* parent)
@@ -207,13 +203,15 @@ void MonitorScreen::render() {
                         .arg(MetricFormat::rate(r.network->firstPerSecond),
                              MetricFormat::rate(r.network->secondPerSecond))
                   : QStringLiteral("—"),
-        tr("This session: %1 received · %2 sent").arg(bytes(totals.received), bytes(totals.sent)));
+        tr("This session: %1 received · %2 sent")
+            .arg(MetricFormat::bytes(totals.received), MetricFormat::bytes(totals.sent)));
     set(QStringLiteral("disk"),
         r.disk ? tr("Read %1  Write %2")
                      .arg(MetricFormat::rate(r.disk->firstPerSecond),
                           MetricFormat::rate(r.disk->secondPerSecond))
                : QStringLiteral("—"),
-        tr("This session: %1 read · %2 written").arg(bytes(totals.read), bytes(totals.written)));
+        tr("This session: %1 read · %2 written")
+            .arg(MetricFormat::bytes(totals.read), MetricFormat::bytes(totals.written)));
 
     set(QStringLiteral("gpu"), r.gpu ? MetricFormat::percent(*r.gpu) : QStringLiteral("—"),
         r.gpu         ? tr("The busiest graphics processor")

@@ -9,7 +9,7 @@
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
 #include "core/shell/navigator.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QFormLayout>
 #include <QGroupBox>
@@ -181,7 +181,7 @@ void OverviewScreen::render() {
         return;
     }
     junk_->setText(model_.junkBytes() ? tr("%1 of caches, logs and other junk can be cleaned.")
-                                            .arg(PathDisplay::bytes(*model_.junkBytes()))
+                                            .arg(MetricFormat::bytes(*model_.junkBytes()))
                                       : tr("Not measured."));
     for (const auto& row : describe(model_.summary())) {
         auto* value = new QLabel(row.value);

@@ -4,7 +4,7 @@
 #include "app/shell/screen_header.h"
 #include "app/speedtest/speed_test_model.h"
 #include "core/sys/connection_label.h"
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -174,7 +174,7 @@ void SpeedTestScreen::render() {
         for (auto useCase : kAllUseCases) {
             html += QStringLiteral("%1: %2 · ").arg(title(useCase), title(verdict(useCase, *r)));
         }
-        html += tr("Data used %1").arg(PathDisplay::bytes(r->dataUsed()));
+        html += tr("Data used %1").arg(MetricFormat::bytes(r->dataUsed()));
         result_->setText(html);
         ping_->clear();
     } else {

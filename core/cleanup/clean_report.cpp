@@ -1,6 +1,6 @@
 #include "core/cleanup/clean_report.h"
 
-#include "core/text/path_display.h"
+#include "core/text/metric_format.h"
 
 #include <QtGlobal>
 #include <algorithm>
@@ -51,16 +51,16 @@ QString cleanSummary(const CleanReport& report, const QString& one, const QStrin
     const std::int64_t deletedBytes = report.freedBytes - report.trashedBytes;
     const QString intoTrash =
         QStringLiteral("moved %1 to the Trash, %2 freed once the Trash is emptied")
-            .arg(items(trashed), PathDisplay::bytes(report.trashedBytes));
+            .arg(items(trashed), MetricFormat::bytes(report.trashedBytes));
     if (trashed == 0) {
         return QStringLiteral("Removed %1, %2 freed.")
-            .arg(items(deleted), PathDisplay::bytes(deletedBytes));
+            .arg(items(deleted), MetricFormat::bytes(deletedBytes));
     }
     if (deleted == 0 && deletedBytes == 0) {
         return intoTrash.at(0).toUpper() + intoTrash.mid(1) + QLatin1Char('.');
     }
     return QStringLiteral("Removed %1, %2 freed; %3.")
-        .arg(items(deleted), PathDisplay::bytes(deletedBytes), intoTrash);
+        .arg(items(deleted), MetricFormat::bytes(deletedBytes), intoTrash);
 }
 
 } // namespace tarvik

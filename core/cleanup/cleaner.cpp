@@ -6,6 +6,7 @@
 #include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/file_paths.h"
+#include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 
 #include <cerrno>
@@ -272,7 +273,7 @@ void Cleaner::removeOne(const CleanableItem& item, RemovalMode mode,
     if (!done.left()) {
         const SizeResult left = sizer.measureAt(parent.get(), parentPath, name.c_str());
         return fail(QStringLiteral("Partially cleaned; %1 is in use or protected.")
-                        .arg(PathDisplay::bytes(left.allocated)));
+                        .arg(MetricFormat::bytes(left.allocated)));
     }
     QStringList kept;
     for (const std::string& m : done.mountsLeft) {

@@ -13,10 +13,6 @@ QJsonValue orNull(const std::optional<double>& v) {
     return v ? QJsonValue(*v) : QJsonValue(QJsonValue::Null);
 }
 
-QString bytes(std::int64_t n) {
-    return MetricFormat::bytes(n);
-}
-
 QJsonValue transferJson(const std::optional<TransferRates>& t, const char* first,
                         const char* second) {
     if (!t) {
@@ -45,14 +41,15 @@ std::vector<SummaryRow> describeReading(const SystemReading& r, const CPUTopolog
         rows.push_back(
             {QStringLiteral("Memory"),
              QStringLiteral("%1 used of %2 (%3) · app %4 · cached %5 · compressed %6")
-                 .arg(bytes(m.used()), bytes(m.total), MetricFormat::percent(m.usedFraction()),
-                      bytes(m.appMemory()), bytes(m.cachedFiles()), bytes(m.compressed))});
+                 .arg(MetricFormat::bytes(m.used()), MetricFormat::bytes(m.total),
+                      MetricFormat::percent(m.usedFraction()), MetricFormat::bytes(m.appMemory()),
+                      MetricFormat::bytes(m.cachedFiles()), MetricFormat::bytes(m.compressed))});
         rows.push_back({QStringLiteral("Pressure"), title(m.pressure())});
-        rows.push_back(
-            {QStringLiteral("Swap"),
-             m.swapTotal > 0
-                 ? QStringLiteral("%1 used of %2").arg(bytes(m.swapUsed), bytes(m.swapTotal))
-                 : QStringLiteral("None")});
+        rows.push_back({QStringLiteral("Swap"), m.swapTotal > 0
+                                                    ? QStringLiteral("%1 used of %2")
+                                                          .arg(MetricFormat::bytes(m.swapUsed),
+                                                               MetricFormat::bytes(m.swapTotal))
+                                                    : QStringLiteral("None")});
     } else {
         rows.push_back({QStringLiteral("Memory"), kNotReported});
     }

@@ -1,14 +1,8 @@
 #include "core/text/path_display.h"
 
-#include "core/text/metric_format.h"
-
 #include <QDir>
 
 namespace tarvik::PathDisplay {
-
-QString bytes(std::int64_t count) {
-    return MetricFormat::bytes(count);
-}
 
 QString abbreviate(const QString& path, const QString& home) {
     QString p = QDir::cleanPath(path);

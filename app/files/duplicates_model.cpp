@@ -1,27 +1,29 @@
 #include "app/files/duplicates_model.h"
 
-#include <QtConcurrent/QtConcurrentRun>
+#include "core/settings/capability_settings.h"
+#include "core/settings/preferences.h"
 
 namespace tarvik {
 
 DuplicatesModel::DuplicatesModel(Preferences& preferences, Dependencies dependencies,
                                  QObject* parent)
-    : FileSearchModel(preferences, std::move(dependencies), parent) {
-    connect(&scanWatcher_, &QFutureWatcher<std::vector<DuplicateGroup>>::finished, this, [this] {
-        endScan();
-        // Groups from a stopped comparison are incomplete, and a file wrongly kept out of a
-        // group would turn its copy into an "original": nothing is shown.
-        groups_ = wasCancelled() ? std::vector<DuplicateGroup>{} : scanWatcher_.result();
-        reindex();
-        selectDefault();
-        emit groupsChanged();
-        emit scanFinished();
-    });
-}
+    : CleanupModel(preferences, std::move(dependencies), QStringLiteral("Duplicates"), parent),
+      scan_(
+          this, [this](const Phase& p) { emit scanProgress(p.first, p.second); },
+          [this](std::vector<DuplicateGroup> found) {
+              // Groups from a stopped comparison are incomplete, and a file wrongly kept out of a
+              // group would turn its copy into an "original": nothing is shown.
+              groups_ = scan_.wasCancelled() ? std::vector<DuplicateGroup>{} : std::move(found);
+              reindex();
+              selectDefault();
+              emit groupsChanged();
+              scanEnded(scan_.wasCancelled());
+          }) {}
 
-DuplicatesModel::~DuplicatesModel() {
-    cancel();
-    scanWatcher_.waitForFinished();
+DuplicatesModel::~DuplicatesModel() = default;
+
+RemovalMode DuplicatesModel::removalMode() const {
+    return CapabilitySettings::removalMode(preferences(), pref::kFileRemovalMode);
 }
 
 std::int64_t DuplicatesModel::totalWaste() const {
@@ -129,28 +131,29 @@ void DuplicatesModel::scan(FileSearchOptions options) {
     groups_.clear();
     reindex();
     selected_.clear();
-    auto flag = beginScan(options.root);
-    emit scanStarted();
+    scanStarting(options.root);
     emit groupsChanged();
     emit selectionChanged();
     // An excluded file is neither offered nor kept as an original.
     options.excluded = exclusions().forMatching();
-    scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home()] {
+    scan_.start([options, home = home()](JobContext<Phase>& job) {
         return DuplicateFinder(home).scan(
-            options, [this](const QString& phase, std::int64_t n) { postProgress(phase, n); },
-            flag.get());
-    }));
+            options,
+            [&job](const QString& phase, std::int64_t n) {
+                job.report({phase, n});
+            },
+            job.cancelFlag());
+    });
 }
 
-void DuplicatesModel::removeSelected() {
-    std::vector<CleanableItem> items;
+std::vector<CleanupGroup> DuplicatesModel::chosenGroups() const {
+    CleanupGroup group{{}, removalMode()};
     for (const auto& g : groups_) {
-        // Each goes only while a copy that stays is still as the search found it.
         const auto chosen =
             g.removals([this](const CleanableItem& f) { return selected_.contains(f.id()); });
-        items.insert(items.end(), chosen.begin(), chosen.end());
+        group.items.insert(group.items.end(), chosen.begin(), chosen.end());
     }
-    startRemoval(std::move(items), QStringLiteral("Duplicates"));
+    return {group};
 }
 
 void DuplicatesModel::dropRemoved(const QSet<QString>& removedIds) {

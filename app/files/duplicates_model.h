@@ -1,16 +1,17 @@
 #pragma once
 
-#include "app/files/file_search_model.h"
+#include "app/cleanup/cleanup_model.h"
 #include "core/cleanup/duplicate_finder.h"
 
 #include <QHash>
+#include <utility>
 
 namespace tarvik {
 
 // Duplicates: the groups of identical files (never with a file the user excluded), which
 // copies are chosen for removal, and the removal. Every copy but the original starts chosen;
 // the user may choose differently, but never every file of a group: one always stays.
-class DuplicatesModel : public FileSearchModel {
+class DuplicatesModel : public CleanupModel {
     Q_OBJECT
 public:
     DuplicatesModel(Preferences& preferences, Dependencies dependencies, QObject* parent = nullptr);
@@ -30,13 +31,15 @@ public:
     int selectedCount(const DuplicateGroup& group) const;
     void selectDefault(); // every copy but the originals
     void selectNone();
-    int selectedCount() const { return static_cast<int>(selected_.size()); }
+    int selectedCount() const override { return static_cast<int>(selected_.size()); }
     // What removing the chosen files frees: nothing for a name with other hard links.
-    std::int64_t selectedSize() const;
+    std::int64_t selectedSize() const override;
+    // Each chosen copy goes only while a copy that stays is still as the search found it.
+    std::vector<CleanupGroup> chosenGroups() const override;
+    RemovalMode removalMode() const override;
 
     // Searches `options.root`, the home folder when empty.
     void scan(FileSearchOptions options);
-    void removeSelected();
 
 signals:
     // The groups were replaced or changed by a removal.
@@ -45,6 +48,7 @@ signals:
     void selectionRefused(const QString& path);
 
 private:
+    void cancelScan() override { scan_.cancel(); }
     void dropRemoved(const QSet<QString>& removedIds) override;
     void reindex();
     const DuplicateGroup* groupOf(const QString& path) const;
@@ -53,7 +57,8 @@ private:
     QHash<QString, std::size_t> groupIndex_; // path → index in groups_
     QSet<QString> selected_;
     FileSearchOptions lastOptions_;
-    QFutureWatcher<std::vector<DuplicateGroup>> scanWatcher_;
+    using Phase = std::pair<QString, std::int64_t>;
+    BackgroundJob<std::vector<DuplicateGroup>, Phase> scan_;
 };
 
 } // namespace tarvik

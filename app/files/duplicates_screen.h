@@ -4,13 +4,13 @@
 #include <QWidget>
 #include <functional>
 
-class QLabel;
 class QPushButton;
 class QTreeWidget;
 class QTreeWidgetItem;
 
 namespace tarvik {
 
+class CleanupScreen;
 class DuplicatesModel;
 class SearchControls;
 
@@ -19,24 +19,19 @@ class SearchControls;
 class DuplicatesScreen : public QWidget {
     Q_OBJECT
 public:
-    using Confirm = std::function<bool(const QString& question, const QString& detail)>;
     using Reveal = std::function<void(const QString& path)>;
 
     DuplicatesScreen(DuplicatesModel& model, QWidget* parent = nullptr);
 
-    // Replace the confirmation dialog and the file manager (tests answer them themselves).
-    void setConfirm(Confirm confirm) { confirm_ = std::move(confirm); }
+    // Replaces the file manager (tests answer it themselves).
     void setReveal(Reveal reveal) { reveal_ = std::move(reveal); }
 
+    CleanupScreen& frame() const { return *frame_; }
     SearchControls* controls() const { return controls_; }
     QTreeWidget* tree() const { return tree_; }
-    QString totalText() const;
-    QString hintText() const;
-    QString reportText() const;
 
 public slots:
     void startScan();
-    void requestRemoval();
     void revealCurrent();
 
 private:
@@ -45,17 +40,13 @@ private:
     void refreshActions();
 
     DuplicatesModel& model_;
-    Confirm confirm_;
     Reveal reveal_;
+    CleanupScreen* frame_ = nullptr;
     SearchControls* controls_ = nullptr;
     QTreeWidget* tree_ = nullptr;
-    QLabel* total_ = nullptr;
-    QLabel* hint_ = nullptr;
-    QLabel* report_ = nullptr;
     QPushButton* selectCopies_ = nullptr;
     QPushButton* selectNone_ = nullptr;
     QPushButton* revealButton_ = nullptr;
-    QPushButton* remove_ = nullptr;
     QSet<QString> collapsed_; // group ids the user folded
     bool updating_ = false;
 };

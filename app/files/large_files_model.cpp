@@ -1,26 +1,33 @@
 #include "app/files/large_files_model.h"
 
-#include <QtConcurrent/QtConcurrentRun>
+#include "core/settings/capability_settings.h"
+#include "core/settings/preferences.h"
+
 #include <algorithm>
 
 namespace tarvik {
 
 LargeFilesModel::LargeFilesModel(Preferences& preferences, Dependencies dependencies,
                                  QObject* parent)
-    : FileSearchModel(preferences, std::move(dependencies), parent) {
-    connect(&scanWatcher_, &QFutureWatcher<std::vector<FoundFile>>::finished, this, [this] {
-        // A cancelled walk still returns the files it had seen: they are real and listed.
-        results_ = scanWatcher_.result();
-        endScan();
-        emit resultsChanged();
-        emit scanFinished();
-        emit selectionChanged();
-    });
-}
+    : CleanupModel(preferences, std::move(dependencies), QStringLiteral("Large & Old Files"),
+                   parent),
+      scan_(
+          this,
+          [this](std::int64_t entries) {
+              emit scanProgress(QStringLiteral("Looking for files"), entries);
+          },
+          [this](std::vector<FoundFile> found) {
+              // A cancelled walk still returns the files it had seen: they are real and listed.
+              results_ = std::move(found);
+              scanEnded(scan_.wasCancelled());
+              emit resultsChanged();
+              emit selectionChanged();
+          }) {}
 
-LargeFilesModel::~LargeFilesModel() {
-    cancel();
-    scanWatcher_.waitForFinished();
+LargeFilesModel::~LargeFilesModel() = default;
+
+RemovalMode LargeFilesModel::removalMode() const {
+    return CapabilitySettings::removalMode(preferences(), pref::kFileRemovalMode);
 }
 
 int LargeFilesModel::count(FileKind kind) const {
@@ -80,29 +87,24 @@ void LargeFilesModel::scan(LargeFileScanner::Options options) {
     lastOptions_ = options;
     results_.clear();
     selected_.clear();
-    auto flag = beginScan(options.root);
-    emit scanStarted();
+    scanStarting(options.root);
     emit resultsChanged();
     emit selectionChanged();
     options.excluded = exclusions().forMatching();
-    scanWatcher_.setFuture(QtConcurrent::run([this, options, flag, home = home()] {
+    scan_.start([options, home = home()](JobContext<std::int64_t>& job) {
         return LargeFileScanner(home).scan(
-            options,
-            [this](std::int64_t entries) {
-                postProgress(QStringLiteral("Looking for files"), entries);
-            },
-            flag.get());
-    }));
+            options, [&job](std::int64_t entries) { job.report(entries); }, job.cancelFlag());
+    });
 }
 
-void LargeFilesModel::removeSelected() {
-    std::vector<CleanableItem> items;
+std::vector<CleanupGroup> LargeFilesModel::chosenGroups() const {
+    CleanupGroup group{{}, removalMode()};
     for (const auto& f : results_) {
         if (selected_.contains(f.item.id())) {
-            items.push_back(f.item);
+            group.items.push_back(f.item);
         }
     }
-    startRemoval(std::move(items), QStringLiteral("Large & Old Files"));
+    return {group};
 }
 
 void LargeFilesModel::dropRemoved(const QSet<QString>& removedIds) {

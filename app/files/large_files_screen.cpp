@@ -1,20 +1,16 @@
 #include "app/files/large_files_screen.h"
 
-#include "app/files/file_texts.h"
+#include "app/cleanup/cleanup_screen.h"
+#include "app/cleanup/file_texts.h"
 #include "app/files/large_files_model.h"
 #include "app/files/large_files_table.h"
 #include "app/files/reveal_in_file_manager.h"
 #include "app/files/search_controls.h"
-#include "app/shell/screen_header.h"
-#include "app/shell/section_subtitles.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLocale>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -40,65 +36,50 @@ constexpr std::array<SortChoice, 8> kSortChoices = {{
     {"Folder, Z to A", LargeFilesTable::Folder, Qt::DescendingOrder},
 }};
 
-QString filesText(int n) {
-    return FileTexts::count(n, QStringLiteral("file"), QStringLiteral("files"));
-}
-
 } // namespace
 
 LargeFilesScreen::LargeFilesScreen(LargeFilesModel& model, QWidget* parent)
     : QWidget(parent), model_(model) {
-    confirm_ = [this](const QString& question, const QString& detail) {
-        QMessageBox box(QMessageBox::Warning, tr("Remove Files"), question, QMessageBox::Cancel,
-                        this);
-        box.setInformativeText(detail);
-        auto* go = box.addButton(tr("Remove"), QMessageBox::DestructiveRole);
-        box.setDefaultButton(QMessageBox::Cancel);
-        box.exec();
-        return box.clickedButton() == go;
-    };
     reveal_ = revealInFileManager;
-
+    frame_ = new CleanupScreen(model_,
+                               {QStringLiteral("Large & Old Files"), AppSection::LargeFiles,
+                                QStringLiteral("file"), QStringLiteral("files"), tr("Remove"),
+                                tr("Remove Files"), tr("Removing files…"),
+                                tr("Scan cancelled; these are the files found before it stopped.")},
+                               this);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(new ScreenHeader(QStringLiteral("Large & Old Files"),
-                                       sectionSubtitle(AppSection::LargeFiles), this));
-    controls_ = new SearchControls(kSizeThresholds, 100'000'000, kAgeFilters, this);
-    layout->addWidget(controls_);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(frame_);
 
-    auto* bar = new QHBoxLayout();
-    kinds_ = new QComboBox(this);
+    controls_ = new SearchControls(kSizeThresholds, 100'000'000, kAgeFilters, frame_);
+    frame_->setControls(controls_);
+
+    kinds_ = new QComboBox(frame_);
     kinds_->setObjectName(QStringLiteral("kindPicker"));
     kinds_->setAccessibleName(tr("Kind of file shown"));
     kinds_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    auto* kindLabel = new QLabel(tr("Sho&w"), this);
+    auto* kindLabel = new QLabel(tr("Sho&w"), frame_);
     kindLabel->setBuddy(kinds_);
-    sort_ = new QComboBox(this);
+    sort_ = new QComboBox(frame_);
     sort_->setObjectName(QStringLiteral("sortPicker"));
     sort_->setAccessibleName(tr("Sort order"));
     for (const auto& c : kSortChoices) {
         sort_->addItem(tr(c.title));
     }
-    auto* sortLabel = new QLabel(tr("Sort &by"), this);
+    auto* sortLabel = new QLabel(tr("Sort &by"), frame_);
     sortLabel->setBuddy(sort_);
-    revealButton_ = new QPushButton(tr("Re&veal in File Manager"), this);
+    revealButton_ = new QPushButton(tr("Re&veal in File Manager"), frame_);
     revealButton_->setObjectName(QStringLiteral("reveal"));
-    remove_ = new QPushButton(tr("&Remove Selected…"), this);
-    remove_->setObjectName(QStringLiteral("removeSelected"));
-    bar->addWidget(kindLabel);
-    bar->addWidget(kinds_);
-    bar->addSpacing(12);
-    bar->addWidget(sortLabel);
-    bar->addWidget(sort_);
-    bar->addStretch(1);
-    bar->addWidget(revealButton_);
-    bar->addWidget(remove_);
-    layout->addLayout(bar);
+    frame_->addAction(kindLabel);
+    frame_->addAction(kinds_);
+    frame_->addAction(sortLabel);
+    frame_->addAction(sort_);
+    frame_->addTrailingAction(revealButton_);
 
     table_ = new LargeFilesTable(model_, this);
     filter_ = new KindFilter(this);
     filter_->setSourceModel(table_);
-    view_ = new QTreeView(this);
+    view_ = new QTreeView(frame_);
     view_->setObjectName(QStringLiteral("largeFilesView"));
     view_->setAccessibleName(tr("Large files found"));
     view_->setModel(filter_);
@@ -114,22 +95,10 @@ LargeFilesScreen::LargeFilesScreen(LargeFilesModel& model, QWidget* parent)
     view_->setColumnWidth(LargeFilesTable::Modified, 100);
     view_->sortByColumn(LargeFilesTable::Size, Qt::DescendingOrder);
     view_->setMinimumHeight(260);
-    layout->addWidget(view_, 1);
+    frame_->setView(view_);
+    frame_->setSummary(tr("Choose a size and an age, then scan your home folder."));
 
-    summary_ = new QLabel(tr("Choose a size and an age, then scan your home folder."), this);
-    summary_->setObjectName(QStringLiteral("summary"));
-    summary_->setWordWrap(true);
-    layout->addWidget(summary_);
-    report_ = new QLabel(this);
-    report_->setObjectName(QStringLiteral("report"));
-    report_->setWordWrap(true);
-    report_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    report_->hide();
-    layout->addWidget(report_);
-
-    connect(controls_, &SearchControls::scanClicked, this, &LargeFilesScreen::startScan);
-    connect(controls_, &SearchControls::cancelClicked, &model_, &LargeFilesModel::cancel);
-    connect(remove_, &QPushButton::clicked, this, &LargeFilesScreen::requestRemoval);
+    connect(frame_, &CleanupScreen::scanRequested, this, &LargeFilesScreen::startScan);
     connect(revealButton_, &QPushButton::clicked, this, &LargeFilesScreen::revealCurrent);
     connect(view_, &QTreeView::activated, this, &LargeFilesScreen::revealCurrent);
     connect(kinds_, &QComboBox::currentIndexChanged, this, [this] {
@@ -155,44 +124,12 @@ LargeFilesScreen::LargeFilesScreen(LargeFilesModel& model, QWidget* parent)
             });
     connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
             &LargeFilesScreen::refresh);
-
-    connect(&model_, &LargeFilesModel::scanStarted, this, [this] {
-        visited_ = 0;
-        report_->hide();
-        controls_->setStatus(tr("Looking for files…"));
-        refresh();
-    });
-    connect(&model_, &LargeFilesModel::scanProgress, this, [this](const QString&, qint64 n) {
-        visited_ = std::max(visited_, n);
-        controls_->setStatus(
-            tr("Looking for files… %1 entries visited").arg(QLocale().toString(visited_)));
-    });
-    connect(&model_, &LargeFilesModel::scanFinished, this, [this] {
-        controls_->setStatus(model_.wasCancelled()
-                                 ? tr("Scan cancelled; these are the files found before it "
-                                      "stopped.")
-                                 : QString());
-        refresh();
-    });
+    connect(&model_, &LargeFilesModel::scanStarted, this, &LargeFilesScreen::refresh);
+    connect(&model_, &LargeFilesModel::scanFinished, this, &LargeFilesScreen::refresh);
     connect(&model_, &LargeFilesModel::resultsChanged, this, &LargeFilesScreen::rebuildKinds);
     connect(&model_, &LargeFilesModel::selectionChanged, this, &LargeFilesScreen::refresh);
-    connect(&model_, &LargeFilesModel::removeProgress, this,
-            [this](double f) { controls_->setStatus(tr("Removing files…"), f); });
-    connect(&model_, &LargeFilesModel::removeFinished, this, [this] {
-        controls_->setStatus(QString());
-        report_->setText(FileTexts::reportHtml(*model_.lastReport(), model_.home()));
-        report_->show();
-        refresh();
-    });
+    connect(&model_, &LargeFilesModel::removeFinished, this, &LargeFilesScreen::refresh);
     rebuildKinds();
-}
-
-QString LargeFilesScreen::summaryText() const {
-    return summary_->text();
-}
-
-QString LargeFilesScreen::reportText() const {
-    return report_->isHidden() ? QString() : report_->text();
 }
 
 void LargeFilesScreen::startScan() {
@@ -223,21 +160,19 @@ void LargeFilesScreen::rebuildKinds() {
 
 void LargeFilesScreen::refresh() {
     const bool busy = model_.isBusy();
-    controls_->setBusy(busy);
     const bool any = !model_.results().empty();
     kinds_->setEnabled(!busy && any);
     sort_->setEnabled(any);
     revealButton_->setEnabled(view_->currentIndex().isValid());
-    remove_->setEnabled(!busy && model_.selectedCount() > 0);
     if (model_.isScanning()) {
-        summary_->setText(tr("The files appear here when the scan ends."));
+        frame_->setSummary(tr("The files appear here when the scan ends."));
         return;
     }
     if (!model_.hasScanned()) {
         return;
     }
     if (!any) {
-        summary_->setText(
+        frame_->setSummary(
             tr("No files larger than %1%2 in your home folder.")
                 .arg(FileTexts::preset(model_.lastOptions().minimumSize),
                      model_.lastOptions().olderThanDays
@@ -247,37 +182,22 @@ void LargeFilesScreen::refresh() {
         return;
     }
     QString text = tr("%1, %2 in all.")
-                       .arg(filesText(static_cast<int>(model_.results().size())),
+                       .arg(frame_->count(static_cast<int>(model_.results().size())),
                             MetricFormat::bytes(model_.totalSize()));
     if (model_.selectedCount() > 0) {
         text += QLatin1Char(' ') + tr("%1 selected (%2).")
-                                       .arg(filesText(model_.selectedCount()),
+                                       .arg(frame_->count(model_.selectedCount()),
                                             MetricFormat::bytes(model_.selectedSize()));
     } else {
         text += QLatin1Char(' ') + tr("Check the files you want to remove.");
     }
-    summary_->setText(text);
+    frame_->setSummary(text);
 }
 
 void LargeFilesScreen::revealCurrent() {
     const QModelIndex current = view_->currentIndex();
     if (current.isValid()) {
         reveal_(current.data(LargeFilesTable::PathRole).toString());
-    }
-}
-
-void LargeFilesScreen::requestRemoval() {
-    const int count = model_.selectedCount();
-    if (count == 0 || model_.isBusy()) {
-        return;
-    }
-    const QString question =
-        tr("Remove %1 (%2)?").arg(filesText(count), MetricFormat::bytes(model_.selectedSize()));
-    if (confirm_(question, FileTexts::removalDetail(model_.removalMode()))) {
-        report_->hide();
-        model_.removeSelected();
-        controls_->setStatus(tr("Removing files…"), 0.0);
-        refresh();
     }
 }
 

@@ -1,7 +1,7 @@
 #include "app/files/large_files_table.h"
 
+#include "app/cleanup/file_texts.h"
 #include "app/files/file_kind_icons.h"
-#include "app/files/file_texts.h"
 #include "app/files/large_files_model.h"
 #include "core/text/metric_format.h"
 #include "core/text/path_display.h"

@@ -1,13 +1,11 @@
 #include "app/files/search_controls.h"
 
-#include "app/files/file_texts.h"
+#include "app/cleanup/file_texts.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace tarvik {
@@ -45,14 +43,6 @@ SearchControls::SearchControls(std::span<const std::int64_t> sizes, std::int64_t
         pickers->addWidget(age_);
     }
     pickers->addStretch(1);
-    scan_ = new QPushButton(tr("&Scan"), this);
-    scan_->setObjectName(QStringLiteral("scan"));
-    scan_->setDefault(true);
-    cancel_ = new QPushButton(tr("Cancel"), this);
-    cancel_->setObjectName(QStringLiteral("cancel"));
-    cancel_->hide();
-    pickers->addWidget(scan_);
-    pickers->addWidget(cancel_);
     layout->addLayout(pickers);
 
     auto* toggles = new QHBoxLayout();
@@ -67,22 +57,6 @@ SearchControls::SearchControls(std::span<const std::int64_t> sizes, std::int64_t
     toggles->addWidget(hidden_);
     toggles->addStretch(1);
     layout->addLayout(toggles);
-
-    auto* running = new QHBoxLayout();
-    status_ = new QLabel(this);
-    status_->setObjectName(QStringLiteral("scanStatus"));
-    progress_ = new QProgressBar(this);
-    progress_->setAccessibleName(tr("Progress"));
-    progress_->setTextVisible(false);
-    progress_->setMaximumWidth(260);
-    running->addWidget(status_, 1);
-    running->addWidget(progress_);
-    layout->addLayout(running);
-    status_->hide();
-    progress_->hide();
-
-    connect(scan_, &QPushButton::clicked, this, &SearchControls::scanClicked);
-    connect(cancel_, &QPushButton::clicked, this, &SearchControls::cancelClicked);
 }
 
 FileSearchOptions SearchControls::options() const {
@@ -95,36 +69,6 @@ FileSearchOptions SearchControls::options() const {
 
 int SearchControls::olderThanDays() const {
     return age_ ? age_->currentData().toInt() : 0;
-}
-
-void SearchControls::setBusy(bool busy) {
-    for (QWidget* w : {static_cast<QWidget*>(size_), static_cast<QWidget*>(age_),
-                       static_cast<QWidget*>(library_), static_cast<QWidget*>(hidden_),
-                       static_cast<QWidget*>(scan_)}) {
-        if (w) {
-            w->setEnabled(!busy);
-        }
-    }
-    cancel_->setVisible(busy);
-    progress_->setVisible(busy);
-    if (!busy) {
-        status_->setVisible(!status_->text().isEmpty());
-    }
-}
-
-void SearchControls::setStatus(const QString& status, std::optional<double> fraction) {
-    status_->setText(status);
-    status_->setVisible(!status.isEmpty());
-    if (fraction) {
-        progress_->setRange(0, 1000);
-        progress_->setValue(static_cast<int>(*fraction * 1000));
-    } else {
-        progress_->setRange(0, 0);
-    }
-}
-
-QString SearchControls::statusText() const {
-    return status_->isHidden() ? QString() : status_->text();
 }
 
 } // namespace tarvik

@@ -1,13 +1,9 @@
 #include "app/junk/junk_model.h"
 
 #include "core/cleanup/cleanup_record.h"
-#include "core/cleanup/cleanup_run.h"
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 
-#include <QMetaObject>
-#include <QPointer>
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 
 namespace tarvik {
@@ -19,37 +15,19 @@ JunkModel::Dependencies JunkModel::forCurrentUser(const Preferences& preferences
 }
 
 JunkModel::JunkModel(Preferences& preferences, Dependencies dependencies, QObject* parent)
-    : QObject(parent), prefs_(preferences), deps_(std::move(dependencies)) {
-    connect(&scanWatcher_, &QFutureWatcher<void>::finished, this, [this] {
-        scanning_ = false;
-        emit scanFinished();
-    });
-    connect(&cleanWatcher_, &QFutureWatcher<CleanReport>::finished, this, [this] {
-        cleaning_ = false;
-        report_ = cleanWatcher_.result();
-        // Removed items leave their categories; the totals follow.
-        const QSet<QString> removed = report_->removedIDs();
-        for (auto& r : results_) {
-            std::erase_if(r.items,
-                          [&](const CleanableItem& i) { return removed.contains(i.id()); });
-            r.totalSize = 0;
-            for (const auto& i : r.items) {
-                r.totalSize += i.size;
-            }
-        }
-        selected_.subtract(removed);
-        emit cleanFinished();
-        emit selectionChanged();
-    });
-}
+    : CleanupModel(preferences,
+                   {dependencies.scannerOptions().home, std::move(dependencies.cleaner),
+                    std::move(dependencies.timelinePath)},
+                   QStringLiteral("System Junk"), parent),
+      scannerOptionsFor_(std::move(dependencies.scannerOptions)),
+      scan_(
+          this, [this](const Results& soFar) { take(soFar); },
+          [this](Results all) {
+              take(std::move(all));
+              scanEnded(scan_.wasCancelled());
+          }) {}
 
-JunkModel::~JunkModel() {
-    if (cancel_) {
-        *cancel_ = true;
-    }
-    scanWatcher_.waitForFinished();
-    cleanWatcher_.waitForFinished();
-}
+JunkModel::~JunkModel() = default;
 
 const JunkScanResult* JunkModel::resultFor(JunkCategory category) const {
     for (const auto& r : results_) {
@@ -58,6 +36,22 @@ const JunkScanResult* JunkModel::resultFor(JunkCategory category) const {
         }
     }
     return nullptr;
+}
+
+void JunkModel::take(std::vector<JunkScanResult> results) {
+    for (const auto& r : results) {
+        if (resultFor(r.category) == nullptr && info(r.category).selectedByDefault) {
+            for (const auto& i : r.items) {
+                selected_.insert(i.id());
+            }
+        }
+    }
+    results_ = std::move(results);
+    if (isScanning()) {
+        emit scanProgress(QStringLiteral("Looking for junk"), static_cast<qint64>(results_.size()));
+    }
+    emit resultsChanged();
+    emit selectionChanged();
 }
 
 bool JunkModel::isCategorySelected(JunkCategory category) const {
@@ -109,59 +103,11 @@ std::int64_t JunkModel::selectedSize() const {
     return n;
 }
 
-RemovalMode JunkModel::junkMode() const {
-    return CapabilitySettings::removalMode(prefs_, pref::kJunkRemovalMode);
+RemovalMode JunkModel::removalMode() const {
+    return CapabilitySettings::removalMode(preferences(), pref::kJunkRemovalMode);
 }
 
-void JunkModel::scan() {
-    if (scanning_ || cleaning_) {
-        return;
-    }
-    scanning_ = true;
-    results_.clear();
-    selected_.clear();
-    report_.reset();
-    cancel_ = std::make_shared<std::atomic<bool>>(false);
-    JunkScanner::Options options = deps_.scannerOptions();
-    options.cancel = cancel_.get();
-    emit scanStarted();
-    emit selectionChanged();
-    QPointer<JunkModel> self(this);
-    auto flag = cancel_; // keeps the flag alive for the worker
-    scanWatcher_.setFuture(QtConcurrent::run([self, options, flag] {
-        JunkScanner(options).scan({kAllJunkCategories.begin(), kAllJunkCategories.end()},
-                                  [self](const JunkScanResult& result) {
-                                      // Each category reaches the screen as soon as it is complete.
-                                      QMetaObject::invokeMethod(
-                                          self.data(),
-                                          [self, result] {
-                                              if (!self) {
-                                                  return;
-                                              }
-                                              self->results_.push_back(result);
-                                              if (info(result.category).selectedByDefault) {
-                                                  for (const auto& i : result.items) {
-                                                      self->selected_.insert(i.id());
-                                                  }
-                                              }
-                                              emit self->categoryScanned(result.category);
-                                              emit self->selectionChanged();
-                                          },
-                                          Qt::QueuedConnection);
-                                  });
-    }));
-}
-
-void JunkModel::cancel() {
-    if (cancel_) {
-        *cancel_ = true;
-    }
-}
-
-void JunkModel::clean() {
-    if (scanning_ || cleaning_ || selectedCount() == 0) {
-        return;
-    }
+std::vector<CleanupGroup> JunkModel::chosenGroups() const {
     std::vector<JunkScanResult> chosen;
     for (const auto& r : results_) {
         JunkScanResult c{r.category, {}, 0};
@@ -172,31 +118,43 @@ void JunkModel::clean() {
         }
         chosen.push_back(std::move(c));
     }
-    cleaning_ = true;
-    report_.reset();
-    cancel_ = std::make_shared<std::atomic<bool>>(false);
-    auto flag = cancel_;
-    QPointer<JunkModel> self(this);
-    const auto groups = junkCleanupGroups(chosen, junkMode());
-    // The exclusions as they are now: an unreadable list stops every removal with its reason.
-    const Cleaner cleaner = deps_.cleaner().withExclusions(
-        CapabilitySettings::exclusions(prefs_, deps_.scannerOptions().home));
-    cleanWatcher_.setFuture(
-        QtConcurrent::run([self, groups, flag, cleaner, path = deps_.timelinePath] {
-            FreeSpaceTimeline timeline(path);
-            return runCleanup(
-                cleaner, groups, QStringLiteral("System Junk"),
-                [self](double f) {
-                    QMetaObject::invokeMethod(
-                        self.data(),
-                        [self, f] {
-                            if (self)
-                                emit self->cleanProgress(f);
-                        },
-                        Qt::QueuedConnection);
-                },
-                flag.get(), &timeline);
-        }));
+    return junkCleanupGroups(chosen, removalMode());
+}
+
+void JunkModel::scan() {
+    if (isBusy()) {
+        return;
+    }
+    results_.clear();
+    selected_.clear();
+    options_ = scannerOptionsFor_();
+    scanStarting(options_.home);
+    emit resultsChanged();
+    emit selectionChanged();
+    scan_.start([options = options_](JobContext<Results>& job) mutable {
+        options.cancel = job.cancelFlag();
+        Results soFar;
+        // Each category reaches the screen soon after it is complete.
+        JunkScanner(options).scan({kAllJunkCategories.begin(), kAllJunkCategories.end()},
+                                  [&](const JunkScanResult& result) {
+                                      soFar.push_back(result);
+                                      job.report(soFar);
+                                  });
+        return soFar;
+    });
+}
+
+void JunkModel::dropRemoved(const QSet<QString>& removedIds) {
+    // Removed items leave their categories; the totals follow.
+    for (auto& r : results_) {
+        std::erase_if(r.items, [&](const CleanableItem& i) { return removedIds.contains(i.id()); });
+        r.totalSize = 0;
+        for (const auto& i : r.items) {
+            r.totalSize += i.size;
+        }
+    }
+    selected_.subtract(removedIds);
+    emit resultsChanged();
 }
 
 } // namespace tarvik

@@ -1,22 +1,18 @@
 #pragma once
 
-#include "core/cleanup/cleaner.h"
+#include "app/cleanup/cleanup_model.h"
 #include "core/cleanup/junk_scanner.h"
 
-#include <QFutureWatcher>
-#include <QObject>
 #include <QSet>
-#include <atomic>
 #include <functional>
-#include <memory>
 
 namespace tarvik {
 
 class Preferences;
 
-// System Junk's state: the scan as it fills in category by category, what is selected, the
-// clean with its progress, and the last report. Scans and cleans run off the interface thread.
-class JunkModel : public QObject {
+// System Junk's state: the scan as it fills in category by category, what is selected, and the
+// clean (the shared removal, with the Trash always deleted for good).
+class JunkModel : public CleanupModel {
     Q_OBJECT
 public:
     struct Dependencies {
@@ -29,47 +25,40 @@ public:
     JunkModel(Preferences& preferences, Dependencies dependencies, QObject* parent = nullptr);
     ~JunkModel() override;
 
-    bool isScanning() const { return scanning_; }
-    bool isCleaning() const { return cleaning_; }
     const std::vector<JunkScanResult>& results() const { return results_; }
-    const std::optional<CleanReport>& lastReport() const { return report_; }
+    const JunkScanner::Options& scannerOptions() const { return options_; }
 
     bool isSelected(const QString& itemId) const { return selected_.contains(itemId); }
     // Every item of the category is selected (and it has some).
     bool isCategorySelected(JunkCategory category) const;
     void setCategorySelected(JunkCategory category, bool on);
     void setItemSelected(const QString& itemId, bool on);
-    int selectedCount() const;
-    std::int64_t selectedSize() const;
-    // How the selected items will be removed: the junk mode, Trash always for good.
-    RemovalMode junkMode() const;
+    int selectedCount() const override;
+    std::int64_t selectedSize() const override;
+    std::vector<CleanupGroup> chosenGroups() const override;
+    // The junk mode of the settings; the Trash category is deleted whatever it says.
+    RemovalMode removalMode() const override;
 
 public slots:
     void scan();
-    void cancel();
-    void clean();
 
 signals:
-    void scanStarted();
-    void categoryScanned(tarvik::JunkCategory category);
-    void scanFinished();
-    void selectionChanged();
-    void cleanProgress(double fraction);
-    void cleanFinished();
+    // A category arrived, or a clean left fewer items.
+    void resultsChanged();
 
 private:
     const JunkScanResult* resultFor(JunkCategory category) const;
+    void cancelScan() override { scan_.cancel(); }
+    void dropRemoved(const QSet<QString>& removedIds) override;
+    // Takes the results so far, selecting the default categories as they first appear.
+    void take(std::vector<JunkScanResult> results);
 
-    Preferences& prefs_;
-    Dependencies deps_;
-    std::shared_ptr<std::atomic<bool>> cancel_;
-    bool scanning_ = false;
-    bool cleaning_ = false;
+    std::function<JunkScanner::Options()> scannerOptionsFor_;
+    JunkScanner::Options options_;
     std::vector<JunkScanResult> results_;
     QSet<QString> selected_;
-    std::optional<CleanReport> report_;
-    QFutureWatcher<void> scanWatcher_;
-    QFutureWatcher<CleanReport> cleanWatcher_;
+    using Results = std::vector<JunkScanResult>;
+    BackgroundJob<Results, Results> scan_;
 };
 
 } // namespace tarvik

@@ -1,19 +1,12 @@
 #include "app/junk/junk_screen.h"
 
+#include "app/cleanup/cleanup_screen.h"
 #include "app/junk/junk_model.h"
-#include "app/shell/screen_header.h"
-#include "app/shell/section_subtitles.h"
-#include "core/sys/file_names.h"
 #include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 #include "core/text/qt_text.h"
 
-#include <QHBoxLayout>
 #include <QHeaderView>
-#include <QLabel>
-#include <QMessageBox>
-#include <QProgressBar>
-#include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -23,48 +16,25 @@ namespace {
 constexpr int kCategoryRole = Qt::UserRole + 1;
 constexpr int kItemRole = Qt::UserRole + 2;
 
-QString itemsText(int n) {
-    return n == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(n);
-}
-
 } // namespace
 
 JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     : QWidget(parent), model_(model), home_(std::move(home)) {
-    confirm_ = [this](const QString& question, const QString& detail) {
-        QMessageBox box(QMessageBox::Warning, tr("Clean System Junk"), question,
-                        QMessageBox::Cancel, this);
-        box.setInformativeText(detail);
-        auto* go = box.addButton(tr("Clean"), QMessageBox::DestructiveRole);
-        box.setDefaultButton(QMessageBox::Cancel);
-        box.exec();
-        return box.clickedButton() == go;
-    };
+    frame_ = new CleanupScreen(model_,
+                               {QStringLiteral("System Junk"), AppSection::SystemJunk,
+                                QStringLiteral("item"), QStringLiteral("items"), tr("Clean"),
+                                tr("Clean System Junk"), tr("Cleaning…"),
+                                tr("Scan cancelled; these are the categories looked at before it "
+                                   "stopped.")},
+                               this);
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(new ScreenHeader(QStringLiteral("System Junk"),
-                                       sectionSubtitle(AppSection::SystemJunk), this));
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(frame_);
+    frame_->setProgressText([](const QString&, qint64 categories) {
+        return tr("Scanning… %1 of %2 categories").arg(categories).arg(kAllJunkCategories.size());
+    });
 
-    auto* actions = new QHBoxLayout();
-    summary_ =
-        new QLabel(tr("Scan to find caches, logs and other junk in your home folder."), this);
-    summary_->setWordWrap(true);
-    scan_ = new QPushButton(tr("&Scan"), this);
-    scan_->setDefault(true);
-    cancel_ = new QPushButton(tr("Cancel"), this);
-    clean_ = new QPushButton(tr("&Clean…"), this);
-    actions->addWidget(summary_, 1);
-    actions->addWidget(scan_);
-    actions->addWidget(cancel_);
-    actions->addWidget(clean_);
-    layout->addLayout(actions);
-
-    progress_ = new QProgressBar(this);
-    progress_->setRange(0, 1000);
-    progress_->hide();
-    layout->addWidget(progress_);
-
-    tree_ = new QTreeWidget(this);
+    tree_ = new QTreeWidget(frame_);
     tree_->setObjectName(QStringLiteral("junkTree"));
     tree_->setColumnCount(2);
     tree_->setHeaderLabels({tr("Name"), tr("Size")});
@@ -72,42 +42,12 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     tree_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     tree_->setAccessibleName(tr("Junk found, by category"));
     tree_->setMinimumHeight(280);
-    layout->addWidget(tree_, 1);
+    frame_->setView(tree_);
+    frame_->setSummary(tr("Scan to find caches, logs and other junk in your home folder."));
 
-    report_ = new QLabel(this);
-    report_->setObjectName(QStringLiteral("junkReport"));
-    report_->setWordWrap(true);
-    report_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    report_->hide();
-    layout->addWidget(report_);
-
-    connect(scan_, &QPushButton::clicked, &model_, &JunkModel::scan);
-    connect(cancel_, &QPushButton::clicked, &model_, &JunkModel::cancel);
-    connect(clean_, &QPushButton::clicked, this, &JunkScreen::requestClean);
-    connect(&model_, &JunkModel::scanStarted, this, [this] {
-        report_->hide();
-        rebuild();
-    });
-    connect(&model_, &JunkModel::categoryScanned, this, &JunkScreen::rebuild);
-    connect(&model_, &JunkModel::scanFinished, this, &JunkScreen::rebuild);
+    connect(frame_, &CleanupScreen::scanRequested, &model_, &JunkModel::scan);
+    connect(&model_, &JunkModel::resultsChanged, this, &JunkScreen::rebuild);
     connect(&model_, &JunkModel::selectionChanged, this, &JunkScreen::refreshChecks);
-    connect(&model_, &JunkModel::cleanProgress, this,
-            [this](double f) { progress_->setValue(static_cast<int>(f * 1000)); });
-    connect(&model_, &JunkModel::cleanFinished, this, [this] {
-        rebuild();
-        const auto& r = *model_.lastReport();
-        QString text = QStringLiteral("<b>%1</b>")
-                           .arg(cleanSummary(r, QStringLiteral("item"), QStringLiteral("items"))
-                                    .toHtmlEscaped());
-        for (const auto& f : r.failures) {
-            text += QStringLiteral("<br>%1 — %2")
-                        .arg(fileName::display(PathDisplay::abbreviate(f.item.path, home_))
-                                 .toHtmlEscaped(),
-                             f.message.toHtmlEscaped());
-        }
-        report_->setText(text);
-        report_->show();
-    });
     connect(tree_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         if (updating_ || column != 0) {
             return;
@@ -123,13 +63,6 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     rebuild();
 }
 
-QString JunkScreen::summaryText() const {
-    return summary_->text();
-}
-QString JunkScreen::reportText() const {
-    return report_->isHidden() ? QString() : report_->text();
-}
-
 void JunkScreen::rebuild() {
     updating_ = true;
     QSet<int> expanded;
@@ -142,8 +75,8 @@ void JunkScreen::rebuild() {
     for (const auto& r : model_.results()) {
         const auto& i = info(r.category);
         auto* row = new QTreeWidgetItem(tree_);
-        row->setText(0, QStringLiteral("%1 (%2)").arg(toQString(i.title),
-                                                      itemsText(static_cast<int>(r.items.size()))));
+        row->setText(0, QStringLiteral("%1 (%2)").arg(
+                            toQString(i.title), frame_->count(static_cast<int>(r.items.size()))));
         row->setToolTip(0, toQString(i.summary));
         row->setText(1, MetricFormat::bytes(r.totalSize));
         row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
@@ -182,42 +115,14 @@ void JunkScreen::refreshChecks() {
         }
     }
     updating_ = false;
-    updateActions();
+    refreshSummary();
 }
 
-void JunkScreen::updateActions() {
-    const bool busy = model_.isScanning() || model_.isCleaning();
-    scan_->setEnabled(!busy);
-    cancel_->setVisible(busy);
-    clean_->setEnabled(!busy && model_.selectedCount() > 0);
-    progress_->setVisible(model_.isCleaning());
-    if (model_.isScanning()) {
-        summary_->setText(tr("Scanning… %1 of %2 categories")
-                              .arg(model_.results().size())
-                              .arg(kAllJunkCategories.size()));
-    } else if (!model_.results().empty()) {
-        summary_->setText(tr("%1 selected (%2).")
-                              .arg(MetricFormat::bytes(model_.selectedSize()),
-                                   itemsText(model_.selectedCount())));
-    }
-}
-
-void JunkScreen::requestClean() {
-    const int count = model_.selectedCount();
-    if (count == 0) {
-        return;
-    }
-    const RemovalMode mode = model_.junkMode();
-    const QString question =
-        tr("Clean %1 (%2)?").arg(itemsText(count), MetricFormat::bytes(model_.selectedSize()));
-    const QString detail =
-        mode == RemovalMode::DeletePermanently
-            ? tr("They will be deleted permanently.")
-            : tr("They will be moved to the Trash. Trash contents are always deleted permanently.");
-    if (confirm_(question, detail)) {
-        progress_->setValue(0);
-        model_.clean();
-        updateActions();
+void JunkScreen::refreshSummary() {
+    if (!model_.isScanning() && !model_.results().empty()) {
+        frame_->setSummary(tr("%1 selected (%2).")
+                               .arg(MetricFormat::bytes(model_.selectedSize()),
+                                    frame_->count(model_.selectedCount())));
     }
 }
 

@@ -146,13 +146,13 @@ QWidget* MainWindow::createScreen(AppSection section) {
         break;
     case AppSection::LargeFiles: {
         // The model lives with its screen, which the window keeps once built.
-        auto* files = new LargeFilesModel(models_.preferences(), FileSearchModel::forCurrentUser());
+        auto* files = new LargeFilesModel(models_.preferences(), CleanupModel::forCurrentUser());
         screen = new LargeFilesScreen(*files, this);
         files->setParent(screen);
         break;
     }
     case AppSection::Duplicates: {
-        auto* dupes = new DuplicatesModel(models_.preferences(), FileSearchModel::forCurrentUser());
+        auto* dupes = new DuplicatesModel(models_.preferences(), CleanupModel::forCurrentUser());
         screen = new DuplicatesScreen(*dupes, this);
         dupes->setParent(screen);
         break;

@@ -7,11 +7,11 @@
 #include "tests/support/app_options.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -24,15 +24,6 @@ using tarvik::test::optionsIn;
 using tarvik::test::writeFile;
 
 namespace {
-
-bool waitFor(const std::function<bool()>& done, int ms = 10000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) {
-        QApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
-    return done();
-}
 
 // Points the services at a local server for the life of the object.
 struct LocalServices {
@@ -77,7 +68,7 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     AgentsScreen screen(models.agents());
     screen.show();
     // Every card has its answer, and the screen has drawn them (it redraws after the model).
-    ASSERT_TRUE(waitFor([&] {
+    ASSERT_TRUE(test::waitUntil([&] {
         return !models.agents().isLoading() &&
                screen.findChild<LimitBar*>("limit_claude_five_hour") != nullptr &&
                screen.findChild<QLabel*>("error_codex") != nullptr &&
@@ -97,7 +88,7 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     // A rate-limited provider is not asked again before its time.
     const auto asked = services.server.requests().size();
     screen.findChild<QPushButton*>("refreshAgents")->click();
-    ASSERT_TRUE(waitFor([&] { return !models.agents().isLoading(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !models.agents().isLoading(); }));
     int codexAgain = 0;
     for (std::size_t i = asked; i < services.server.requests().size(); ++i) {
         codexAgain += services.server.requests()[i].path == "/backend-api/wham/usage" ? 1 : 0;
@@ -127,7 +118,7 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     // Without a keyring the key can't be kept, and the card says why.
     screen.findChild<QLineEdit*>("key_openRouter")->setText("sk-or-v1-x");
     screen.findChild<QPushButton*>("saveKey_openRouter")->click();
-    EXPECT_TRUE(waitFor([&] {
+    EXPECT_TRUE(test::waitUntil([&] {
         auto* message = screen.findChild<QLabel*>("keyMessage_openRouter");
         return message != nullptr && !message->text().isEmpty();
     }));
@@ -156,12 +147,12 @@ TEST(AgentsScreen, SpendFromTheLocalLogsByPeriod) {
     AgentsScreen screen(models.agents());
     screen.show();
     auto* total = screen.findChild<QLabel*>("spendTotal");
-    ASSERT_TRUE(waitFor([&] { return total->text().startsWith("$"); }));
+    ASSERT_TRUE(test::waitUntil([&] { return total->text().startsWith("$"); }));
     EXPECT_EQ(total->text(), "$1.02 · 201K tokens"); // 200K × $5 + 1K × $25 per million
     EXPECT_EQ(screen.findChildren<QLabel*>("modelLine").size(), 1);
 
     screen.findChild<QComboBox*>("spendPeriod")->setCurrentIndex(1); // Yesterday
-    ASSERT_TRUE(waitFor([&] { return !total->text().startsWith("$"); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !total->text().startsWith("$"); }));
     EXPECT_EQ(total->text(), "No usage recorded for this period");
     EXPECT_TRUE(screen.findChildren<QLabel*>("modelLine").isEmpty());
     screen.hide();

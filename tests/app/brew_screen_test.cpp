@@ -2,10 +2,10 @@
 #include "app/homebrew/brew_screen.h"
 #include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
@@ -39,15 +39,6 @@ std::shared_ptr<BrewRunner> standInRunner(const QString& dir) {
     return std::make_shared<BrewRunner>(BrewRunner::Options{{brew}, QString()});
 }
 
-bool waitUntil(const std::function<bool()>& done) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < 15000) {
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    return done();
-}
-
 } // namespace
 
 TEST(BrewScreen, ListsFiltersAndExplainsAFailedUpgradeWithRetry) {
@@ -56,7 +47,7 @@ TEST(BrewScreen, ListsFiltersAndExplainsAFailedUpgradeWithRetry) {
     BrewModel model(prefs, standInRunner(home.path() + "/prefix"));
     BrewScreen screen(model);
     model.load();
-    ASSERT_TRUE(waitUntil([&] { return !model.isLoading(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !model.isLoading(); }));
     EXPECT_TRUE(model.loadError().isEmpty()) << model.loadError().toStdString();
     EXPECT_EQ(screen.packages()->topLevelItemCount(),
               115);      // services failing leaves the list whole
@@ -66,7 +57,7 @@ TEST(BrewScreen, ListsFiltersAndExplainsAFailedUpgradeWithRetry) {
     EXPECT_EQ(screen.packages()->topLevelItemCount(), 1);
 
     model.upgrade({"aom"});
-    ASSERT_TRUE(waitUntil([&] { return !model.isRunning(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !model.isRunning(); }));
     EXPECT_EQ(model.log().size(), 3);
     EXPECT_EQ(model.log()[2].marker, BrewLogLine::Marker::Critical);
     EXPECT_EQ(model.progress().phase, BrewProgressTracker::Phase::Fetching);
@@ -82,7 +73,7 @@ TEST(BrewScreen, WithoutHomebrewItSaysSoAndHowToGetIt) {
     BrewModel model(
         prefs, std::make_shared<BrewRunner>(BrewRunner::Options{{"/nowhere/brew"}, QString()}));
     model.load();
-    ASSERT_TRUE(waitUntil([&] { return !model.isLoading(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !model.isLoading(); }));
     EXPECT_TRUE(model.isNotInstalled());
     EXPECT_EQ(model.loadError(), "Homebrew isn't installed");
     EXPECT_FALSE(model.snapshot());

@@ -2,10 +2,10 @@
 #include "app/homebrew/brew_update_checker.h"
 #include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <gtest/gtest.h>
 
@@ -35,11 +35,7 @@ TEST(BrewUpdateChecker, UpdatesThenCountsWhatCanBeUpgraded) {
                      [&](int n) { announced = n; });
     ASSERT_TRUE(checker.checkIfDue());
     EXPECT_FALSE(checker.checkIfDue()); // running, and no longer due
-    QElapsedTimer t;
-    t.start();
-    while (announced < 0 && t.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
+    test::waitUntil([&] { return announced >= 0; });
     EXPECT_EQ(announced, 1); // the pinned one is not upgradable
     QFile calls(home.path() + "/calls");
     ASSERT_TRUE(calls.open(QIODevice::ReadOnly));

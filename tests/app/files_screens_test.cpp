@@ -1,3 +1,4 @@
+#include "app/cleanup/cleanup_screen.h"
 #include "app/files/duplicates_model.h"
 #include "app/files/duplicates_screen.h"
 #include "app/files/large_files_model.h"
@@ -8,11 +9,11 @@
 #include "app/shell/main_window.h"
 #include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
@@ -33,7 +34,7 @@ struct FilesWorld {
     test::TempHome home;
     Preferences prefs;
 
-    FileSearchModel::Dependencies dependencies() const {
+    CleanupModel::Dependencies dependencies() const {
         const QString h = home.path();
         return {h, [h] { return Cleaner(SafetyGuard(h, {}), Trash(h + "/.local/share/Trash")); },
                 h + "/.local/share/Tarvik/free-space-timeline.json"};
@@ -56,14 +57,7 @@ struct FilesWorld {
                                       QFileDevice::FileModificationTime));
         }
     }
-    static bool wait(const std::function<bool()>& done) {
-        QElapsedTimer t;
-        t.start();
-        while (!done() && t.elapsed() < 20000) {
-            QApplication::processEvents(QEventLoop::AllEvents, 20);
-        }
-        return done();
-    }
+    static bool wait(const std::function<bool()>& done) { return test::waitUntil(done); }
 };
 
 QStringList names(const LargeFilesModel& m) {
@@ -161,20 +155,20 @@ TEST(LargeFilesScreen, PickersOfferThePresetsAndTheScanUsesWhatTheyShow) {
                            "Older than 1 year", "Older than 2 years"}));
     EXPECT_EQ(c->includeAppData()->text(), "Include app &data");
     EXPECT_EQ(c->includeHidden()->text(), "Include &hidden files");
-    EXPECT_TRUE(c->scanButton()->isDefault());
+    EXPECT_TRUE(screen.frame().scanButton()->isDefault());
 
     c->sizePicker()->setCurrentIndex(c->sizePicker()->findText("500 MB"));
     c->agePicker()->setCurrentIndex(c->agePicker()->findText("Older than 1 year"));
     c->includeHidden()->setChecked(true);
-    c->scanButton()->click();
-    EXPECT_FALSE(c->scanButton()->isEnabled()); // resting while the scan runs
+    screen.frame().scanButton()->click();
+    EXPECT_FALSE(screen.frame().scanButton()->isEnabled()); // resting while the scan runs
     ASSERT_TRUE(w.wait([&] { return !m.isScanning(); }));
     EXPECT_EQ(m.lastOptions().minimumSize, 500'000'000);
     EXPECT_EQ(m.lastOptions().olderThanDays, 365);
     EXPECT_TRUE(m.lastOptions().includeHidden);
     EXPECT_FALSE(m.lastOptions().includeLibrary);
-    EXPECT_TRUE(c->scanButton()->isEnabled());
-    EXPECT_EQ(screen.summaryText(),
+    EXPECT_TRUE(screen.frame().scanButton()->isEnabled());
+    EXPECT_EQ(screen.frame().summaryText(),
               "No files larger than 500 MB and older than 1 year in your home folder.");
 }
 
@@ -231,7 +225,7 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
     LargeFilesScreen screen(m);
     QString asked;
     QString detail;
-    screen.setConfirm([&](const QString& q, const QString& d) {
+    screen.frame().setConfirm([&](const QString& q, const QString& d) {
         asked = q;
         detail = d;
         return true;
@@ -240,17 +234,17 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
     options.includeHidden = true;
     scanAndWait(m, options);
     ASSERT_EQ(m.results().size(), 4u);
-    EXPECT_FALSE(screen.removeButton()->isEnabled()); // nothing is chosen for the user
+    EXPECT_FALSE(screen.frame().removeButton()->isEnabled()); // nothing is chosen for the user
 
     QAbstractItemModel* rows = screen.view()->model();
     ASSERT_EQ(rows->index(0, 0).data().toString(), "film.mp4");
     rows->setData(rows->index(0, 0), Qt::Checked, Qt::CheckStateRole);
     m.setSelected(w.path(".ssh/big-key"), true);
-    EXPECT_TRUE(screen.removeButton()->isEnabled());
-    EXPECT_TRUE(screen.summaryText().contains("2 files selected"))
-        << screen.summaryText().toStdString();
+    EXPECT_TRUE(screen.frame().removeButton()->isEnabled());
+    EXPECT_TRUE(screen.frame().summaryText().contains("2 files selected"))
+        << screen.frame().summaryText().toStdString();
 
-    screen.removeButton()->click();
+    screen.frame().removeButton()->click();
     EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
     EXPECT_EQ(detail, "They will be moved to the Trash, where you can restore them.");
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
@@ -261,11 +255,11 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
     EXPECT_TRUE(QFile::exists(w.path("a.zip")));
     EXPECT_TRUE(QFile::exists(w.path("b.zip")));
     EXPECT_EQ(column(screen.view(), 0), QStringList({"a.zip", "b.zip", "big-key"}));
-    EXPECT_TRUE(screen.reportText().contains(QRegularExpression(
+    EXPECT_TRUE(screen.frame().reportText().contains(QRegularExpression(
         "Moved 1 file to the Trash, [0-9.]+ KB freed once the Trash is emptied\\.")))
-        << screen.reportText().toStdString();
-    EXPECT_TRUE(screen.reportText().contains("~/.ssh/big-key — "))
-        << screen.reportText().toStdString();
+        << screen.frame().reportText().toStdString();
+    EXPECT_TRUE(screen.frame().reportText().contains("~/.ssh/big-key — "))
+        << screen.frame().reportText().toStdString();
     EXPECT_TRUE(QFile::exists(w.path(".local/share/Tarvik/free-space-timeline.json")));
 }
 
@@ -275,24 +269,27 @@ TEST(LargeFilesScreen, ConfirmationFollowsTheRemovalModeAndNoRemovesNothing) {
     w.write("a.zip", 80'000);
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
+    QString asked;
     QString detail;
     bool answer = false;
-    screen.setConfirm([&](const QString&, const QString& d) {
+    screen.frame().setConfirm([&](const QString& q, const QString& d) {
+        asked = q;
         detail = d;
         return answer;
     });
     scanAndWait(m, above(50'000));
     m.setAllSelected(true);
 
-    screen.requestRemoval();
+    screen.frame().requestRemoval();
+    EXPECT_EQ(asked, "Remove “a.zip” (81.9 KB)?"); // one file is named
     EXPECT_EQ(detail, "They will be deleted permanently. This can't be undone.");
     EXPECT_FALSE(m.isRemoving());
     EXPECT_TRUE(QFile::exists(w.path("a.zip")));
     EXPECT_EQ(m.results().size(), 1u);
-    EXPECT_TRUE(screen.reportText().isEmpty());
+    EXPECT_TRUE(screen.frame().reportText().isEmpty());
 
     answer = true;
-    screen.requestRemoval();
+    screen.frame().requestRemoval();
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
     EXPECT_FALSE(QFile::exists(w.path("a.zip")));
     EXPECT_FALSE(QFile::exists(w.trashed("a.zip")));
@@ -319,14 +316,14 @@ TEST(LargeFilesScreen, CancelEndsTheScanAndSaysSo) {
     w.write("a.zip", 80'000);
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
-    screen.controls()->scanButton()->click();
-    EXPECT_FALSE(screen.controls()->cancelButton()->isHidden());
-    screen.controls()->cancelButton()->click();
+    screen.frame().scanButton()->click();
+    EXPECT_FALSE(screen.frame().cancelButton()->isHidden());
+    screen.frame().cancelButton()->click();
     ASSERT_TRUE(w.wait([&] { return !m.isScanning(); }));
     EXPECT_TRUE(m.wasCancelled());
-    EXPECT_TRUE(screen.controls()->statusText().startsWith("Scan cancelled"));
-    EXPECT_TRUE(screen.controls()->cancelButton()->isHidden());
-    EXPECT_TRUE(screen.controls()->scanButton()->isEnabled());
+    EXPECT_TRUE(screen.frame().statusText().startsWith("Scan cancelled"));
+    EXPECT_TRUE(screen.frame().cancelButton()->isHidden());
+    EXPECT_TRUE(screen.frame().scanButton()->isEnabled());
 }
 
 // ---- Duplicates ----
@@ -382,8 +379,9 @@ TEST(DuplicatesModel, EveryCopyButTheOldestStartsSelected) {
     EXPECT_EQ(fileRow(tree, 0, 0)->text(3), "Original — kept");
     EXPECT_EQ(fileRow(tree, 0, 0)->checkState(0), Qt::Unchecked);
     EXPECT_EQ(fileRow(tree, 0, 1)->checkState(0), Qt::Checked);
-    EXPECT_TRUE(screen.totalText().startsWith("2 groups, ")) << screen.totalText().toStdString();
-    EXPECT_TRUE(screen.totalText().contains("3 files selected"));
+    EXPECT_TRUE(screen.frame().summaryText().startsWith("2 groups, "))
+        << screen.frame().summaryText().toStdString();
+    EXPECT_TRUE(screen.frame().summaryText().contains("3 files selected"));
 }
 
 TEST(DuplicatesModel, SelectingEveryFileOfAGroupIsRefused) {
@@ -411,7 +409,7 @@ TEST(DuplicatesModel, SelectingEveryFileOfAGroupIsRefused) {
     lastKept->setCheckState(0, Qt::Checked);
     EXPECT_EQ(lastKept->checkState(0), Qt::Unchecked);
     EXPECT_FALSE(m.isSelected(songs[1].path));
-    EXPECT_TRUE(screen.hintText().startsWith("One file of each group always stays."));
+    EXPECT_TRUE(screen.frame().hintText().startsWith("One file of each group always stays."));
 
     // A group's box chooses every copy but the original, or none.
     QTreeWidgetItem* group = screen.tree()->topLevelItem(1);
@@ -429,14 +427,14 @@ TEST(DuplicatesModel, RemovalLeavesEachGroupWithItsKeptFilesAndDropsGroupsOfOne)
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
     QString asked;
-    screen.setConfirm([&](const QString& q, const QString&) {
+    screen.frame().setConfirm([&](const QString& q, const QString&) {
         asked = q;
         return true;
     });
     scanAndWait(m);
     m.setSelected(w.path("Desktop/report copy.pdf"), false);
 
-    screen.requestRemoval();
+    screen.frame().requestRemoval();
     EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
 
@@ -452,9 +450,10 @@ TEST(DuplicatesModel, RemovalLeavesEachGroupWithItsKeptFilesAndDropsGroupsOfOne)
     EXPECT_EQ(m.selectedCount(), 0);
     EXPECT_EQ(screen.tree()->topLevelItemCount(), 1);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->childCount(), 2);
-    EXPECT_TRUE(screen.totalText().startsWith("1 group, ")) << screen.totalText().toStdString();
-    EXPECT_TRUE(screen.reportText().contains("Moved 2 files to the Trash, "))
-        << screen.reportText().toStdString();
+    EXPECT_TRUE(screen.frame().summaryText().startsWith("1 group, "))
+        << screen.frame().summaryText().toStdString();
+    EXPECT_TRUE(screen.frame().reportText().contains("Moved 2 files to the Trash, "))
+        << screen.frame().reportText().toStdString();
 }
 
 TEST(DuplicatesModel, ConfirmationAnsweredNoRemovesNothing) {
@@ -463,12 +462,12 @@ TEST(DuplicatesModel, ConfirmationAnsweredNoRemovesNothing) {
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
     QString detail;
-    screen.setConfirm([&](const QString&, const QString& d) {
+    screen.frame().setConfirm([&](const QString&, const QString& d) {
         detail = d;
         return false;
     });
     scanAndWait(m);
-    screen.requestRemoval();
+    screen.frame().requestRemoval();
     EXPECT_EQ(detail, "They will be moved to the Trash, where you can restore them. At least one "
                       "file of each group is kept.");
     EXPECT_FALSE(m.isRemoving());
@@ -504,14 +503,14 @@ TEST(DuplicatesModel, CancelledScanShowsNoGroups) {
     writeCopies(w);
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
-    screen.controls()->scanButton()->click();
-    screen.controls()->cancelButton()->click();
+    screen.frame().scanButton()->click();
+    screen.frame().cancelButton()->click();
     ASSERT_TRUE(w.wait([&] { return !m.isScanning(); }));
     EXPECT_TRUE(m.wasCancelled());
     EXPECT_TRUE(m.groups().empty());
     EXPECT_EQ(screen.tree()->topLevelItemCount(), 0);
-    EXPECT_EQ(screen.totalText(), "Scan cancelled before the comparison ended.");
-    EXPECT_EQ(screen.controls()->statusText(), "Scan cancelled.");
+    EXPECT_EQ(screen.frame().summaryText(), "Scan cancelled before the comparison ended.");
+    EXPECT_EQ(screen.frame().statusText(), "Scan cancelled.");
 }
 
 // ---- In the window ----

@@ -1,3 +1,4 @@
+#include "app/cleanup/cleanup_screen.h"
 #include "app/junk/junk_model.h"
 #include "app/junk/junk_screen.h"
 #include "app/settings/settings_screen.h"
@@ -5,11 +6,11 @@
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QListWidget>
@@ -42,14 +43,6 @@ struct JunkWorld {
     void write(const QString& rel, qint64 bytes) const {
         test::writeFile(home.path() + "/" + rel, QByteArray(bytes, 'z'));
     }
-    bool wait(const std::function<bool()>& done) const {
-        QElapsedTimer t;
-        t.start();
-        while (!done() && t.elapsed() < 10000) {
-            QApplication::processEvents(QEventLoop::AllEvents, 20);
-        }
-        return done();
-    }
 };
 
 } // namespace
@@ -60,11 +53,12 @@ TEST(JunkModel, ScanSelectsTheDefaultCategoriesAndCleaningDropsWhatWasRemoved) {
     w.write(".cache/other/b", 10000);
     w.write("Downloads/old.iso", 30000);
     w.write(".local/share/Trash/files/t.txt", 5000);
-    std::vector<JunkCategory> arrived;
-    QObject::connect(&w.model, &JunkModel::categoryScanned,
-                     [&arrived](JunkCategory c) { arrived.push_back(c); });
     w.model.scan();
-    ASSERT_TRUE(w.wait([&] { return !w.model.isScanning(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isScanning(); }));
+    std::vector<JunkCategory> arrived;
+    for (const auto& r : w.model.results()) {
+        arrived.push_back(r.category);
+    }
     EXPECT_EQ(arrived,
               std::vector<JunkCategory>(kAllJunkCategories.begin(), kAllJunkCategories.end()));
     EXPECT_TRUE(w.model.isCategorySelected(JunkCategory::UserCaches));
@@ -74,8 +68,8 @@ TEST(JunkModel, ScanSelectsTheDefaultCategoriesAndCleaningDropsWhatWasRemoved) {
 
     w.model.setItemSelected(w.home.path() + "/.cache/other", false);
     EXPECT_FALSE(w.model.isCategorySelected(JunkCategory::UserCaches));
-    w.model.clean();
-    ASSERT_TRUE(w.wait([&] { return !w.model.isCleaning(); }));
+    w.model.removeSelected();
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isRemoving(); }));
     const CleanReport& r = *w.model.lastReport();
     EXPECT_EQ(r.removed.size(), 2u);
     EXPECT_TRUE(r.failures.empty());
@@ -99,36 +93,55 @@ TEST(JunkScreen, ConfirmationNamesCountSizeAndModeAndTheReportShowsFailures) {
     QString asked;
     QString detail;
     bool answer = false;
-    screen.setConfirm([&](const QString& q, const QString& d) {
+    screen.frame().setConfirm([&](const QString& q, const QString& d) {
         asked = q;
         detail = d;
         return answer;
     });
     w.model.scan();
-    ASSERT_TRUE(w.wait([&] { return !w.model.isScanning(); }));
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isScanning(); }));
     EXPECT_EQ(screen.tree()->topLevelItemCount(), 11);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->checkState(0), Qt::Checked);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->childCount(), 2);
 
-    screen.requestClean(); // declined: nothing happens
+    screen.frame().requestRemoval(); // declined: nothing happens
     EXPECT_EQ(asked, "Clean 2 items (16.4 KB)?");
-    EXPECT_EQ(detail,
-              "They will be moved to the Trash. Trash contents are always deleted permanently.");
-    EXPECT_FALSE(w.model.isCleaning());
+    // Nothing from the Trash is chosen, so nothing is said to be deleted.
+    EXPECT_EQ(detail.toStdString(), "They will be moved to the Trash, where you can restore them.");
+    EXPECT_FALSE(w.model.isRemoving());
     EXPECT_TRUE(QFile::exists(w.home.path() + "/.cache/app/a"));
 
     // One item disappears between the scan and the clean.
     ASSERT_TRUE(QDir(w.home.path() + "/.cache/gone").removeRecursively());
     answer = true;
-    screen.requestClean();
-    ASSERT_TRUE(w.wait([&] { return !w.model.isCleaning(); }));
+    screen.frame().requestRemoval();
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isRemoving(); }));
     EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Trash/files/app"));
-    EXPECT_TRUE(screen.reportText().contains(QRegularExpression(
+    EXPECT_TRUE(screen.frame().reportText().contains(QRegularExpression(
         "Moved 1 item to the Trash, [0-9.]+ KB freed once the Trash is emptied\\.")))
-        << screen.reportText().toStdString();
-    EXPECT_TRUE(screen.reportText().contains(
+        << screen.frame().reportText().toStdString();
+    EXPECT_TRUE(screen.frame().reportText().contains(
         "~/.cache/gone — “gone” couldn't be moved to the Trash: No such file or directory."))
-        << screen.reportText().toStdString();
+        << screen.frame().reportText().toStdString();
+}
+
+TEST(JunkScreen, ConfirmationSaysTheTrashIsEmptiedForGoodWhenItIsChosen) {
+    JunkWorld w;
+    w.prefs.setValue(pref::kJunkRemovalMode, "moveToTrash");
+    w.write(".cache/app/a", 4096);
+    w.write(".local/share/Trash/files/t.txt", 4096);
+    JunkScreen screen(w.model, w.home.path());
+    QString detail;
+    screen.frame().setConfirm([&](const QString&, const QString& d) {
+        detail = d;
+        return false;
+    });
+    w.model.scan();
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isScanning(); }));
+    screen.frame().requestRemoval();
+    EXPECT_EQ(detail.toStdString(),
+              "They will be moved to the Trash. Trash contents are always deleted permanently.");
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Trash/files/t.txt"));
 }
 
 TEST(SettingsScreen, ExclusionsAndRemovalModesAreKeptInTheStore) {

@@ -6,9 +6,9 @@
 #include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QSystemTrayIcon>
 #include <gtest/gtest.h>
@@ -23,11 +23,7 @@ const std::filesystem::path kFixtures = TARVIK_FIXTURES;
 bool waitForReadings(SystemMonitorModel& model, int count) {
     int seen = 0;
     auto c = QObject::connect(&model, &SystemMonitorModel::readingChanged, [&seen] { ++seen; });
-    QElapsedTimer t;
-    t.start();
-    while (seen < count && t.elapsed() < 15000) {
-        QApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
+    test::waitUntil([&] { return seen >= count; });
     QObject::disconnect(c);
     return seen >= count;
 }

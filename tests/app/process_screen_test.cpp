@@ -8,9 +8,9 @@
 #include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
@@ -27,15 +27,6 @@ namespace {
 
 const std::filesystem::path kFixtures = TARVIK_FIXTURES;
 
-bool waitFor(const std::function<bool()>& done, int ms = 15000) {
-    QElapsedTimer t;
-    t.start();
-    while (!done() && t.elapsed() < ms) {
-        QApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
-    return done();
-}
-
 } // namespace
 
 TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
@@ -51,7 +42,7 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     screen.show();
     ProcessPanel& panel = screen.processes();
     // The first sample has no shares; the table fills from the first list on.
-    ASSERT_TRUE(waitFor([&] { return panel.select(pid); }));
+    ASSERT_TRUE(test::waitUntil([&] { return panel.select(pid); }));
     EXPECT_GT(panel.table().listedCount(), 3);
     EXPECT_TRUE(panel.findChild<QLabel*>("processTotal")->text().contains(" in memory"));
 
@@ -73,13 +64,14 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
 
     panel.setConfirm([](const QString&, const QString&) { return true; });
     quit->click();
-    ASSERT_TRUE(waitFor([&] { return !panel.isQuitting() && panel.message().contains("quit."); }));
+    ASSERT_TRUE(
+        test::waitUntil([&] { return !panel.isQuitting() && panel.message().contains("quit."); }));
     EXPECT_EQ(panel.message(), "sleep has quit.");
     EXPECT_TRUE(child.state() == QProcess::NotRunning || child.waitForFinished(3000));
 
     // Init is refused with the reason, and its buttons stay off.
     panel.findChild<QLineEdit*>("processFilter")->setText("1");
-    ASSERT_TRUE(waitFor([&] { return panel.select(1); }));
+    ASSERT_TRUE(test::waitUntil([&] { return panel.select(1); }));
     EXPECT_FALSE(quit->isEnabled());
     EXPECT_FALSE(panel.findChild<QPushButton*>("forceQuitProcess")->isEnabled());
     EXPECT_TRUE(panel.message().endsWith(" is part of the system and can't be quit from here."))
@@ -108,7 +100,8 @@ TEST(HealthIssues, ShownInTheMonitorAndSmartScanAndTheirRemediesAct) {
     EXPECT_TRUE(monitor.findChild<QLabel*>("healthEmpty")->text() == "Checking…");
     OverviewScreen overview(models.overview(), models.navigator(), models.monitor());
     overview.show(); // Smart Scan alone keeps the monitor sampling
-    ASSERT_TRUE(waitFor([&] { return overview.findChild<QWidget*>("issue_uptime") != nullptr; }));
+    ASSERT_TRUE(
+        test::waitUntil([&] { return overview.findChild<QWidget*>("issue_uptime") != nullptr; }));
     ASSERT_NE(overview.findChild<QWidget*>("issue_swap"), nullptr);
     ASSERT_NE(monitor.findChild<QWidget*>("issue_uptime"), nullptr);
 

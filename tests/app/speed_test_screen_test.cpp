@@ -1,9 +1,9 @@
 #include "app/speedtest/speed_test_model.h"
 #include "app/speedtest/speed_test_screen.h"
 #include "tests/support/speed_server.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
@@ -18,12 +18,7 @@ TEST(SpeedTestScreen, ATestFillsTheResultAndTheHistoryWhichCanBeTrimmed) {
     SpeedTestModel model([config] { return config; }, SpeedTestHistoryStore(path));
     SpeedTestScreen screen(model);
     model.start(QString("Ethernet"));
-    QElapsedTimer t;
-    t.start();
-    while (model.isRunning() && t.elapsed() < 20000) {
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
-    ASSERT_FALSE(model.isRunning());
+    ASSERT_TRUE(test::waitUntil([&] { return !model.isRunning(); }));
     ASSERT_TRUE(model.error().isEmpty()) << model.error().toStdString();
     ASSERT_TRUE(model.lastResult());
     EXPECT_TRUE(screen.resultText().contains("Variation between pings"));

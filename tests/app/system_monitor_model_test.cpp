@@ -2,9 +2,9 @@
 #include "core/settings/preferences.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -73,11 +73,7 @@ TEST(SystemMonitorModel, ReadingsArriveOnTheInterfaceThreadAndSessionTotalsAddUp
         }
     });
     model.acquire(MonitorClient::Window);
-    QElapsedTimer timer;
-    timer.start();
-    while (readings < 2 && timer.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
+    test::waitUntil([&] { return readings >= 2; });
     ASSERT_GE(readings, 2);
     EXPECT_EQ(model.sessionTotals().received, 4096u);
     EXPECT_TRUE(model.latest()->cpu);
@@ -90,10 +86,6 @@ TEST(SystemMonitorModel, ReadingsArriveOnTheInterfaceThreadAndSessionTotalsAddUp
     // Once released, a sample still in flight is never applied.
     model.release(MonitorClient::Window);
     const int before = readings;
-    QElapsedTimer quiet;
-    quiet.start();
-    while (quiet.elapsed() < 1500) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-    }
+    test::pumpEventsFor(1500);
     EXPECT_EQ(readings, before);
 }

@@ -2,9 +2,9 @@
 // must be swallowed while locked, five quick Escapes unlock, a key in between starts the
 // count again and a modifier does not.
 #include "app/awake/keyboard_lock.h"
+#include "tests/support/wait.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
@@ -20,11 +20,7 @@ void xdotool(const QStringList& args) {
     QProcess p;
     p.start("xdotool", args);
     ASSERT_TRUE(p.waitForStarted(5000));
-    QElapsedTimer t;
-    t.start();
-    while (p.state() != QProcess::NotRunning && t.elapsed() < 10000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-    }
+    tarvik::test::waitUntil([&] { return p.state() == QProcess::NotRunning; }, 10000);
     ASSERT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
     QTest::qWait(300);
 }

@@ -1,8 +1,8 @@
 #include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
+#include "tests/support/wait.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QSettings>
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -125,12 +125,7 @@ TEST(Preferences, ChangesWrittenByAnotherProcessReachAWatchingStore) {
     QStringList heard;
     QObject::connect(&watching, &Preferences::changed, [&heard](const QString& k) { heard << k; });
     auto waitFor = [&heard](const QString& key) {
-        QElapsedTimer timer;
-        timer.start();
-        while (!heard.contains(key) && timer.elapsed() < 5000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        }
-        return heard.contains(key);
+        return tarvik::test::waitUntil([&] { return heard.contains(key); }, 5000);
     };
 
     // Edited in place, as a text editor may do.

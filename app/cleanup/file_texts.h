@@ -17,7 +17,9 @@ QString preset(std::int64_t bytes);
 QString date(const std::optional<QDateTime>& modified);
 // What removing the selection will do, for the confirmation.
 QString removalDetail(RemovalMode mode);
-// The report after a removal: what was removed and freed, then each failure with its reason.
-QString reportHtml(const CleanReport& report, const QString& home);
+// The report after a removal: what was removed and freed (of items named `one`/`many`), then
+// each failure with its reason.
+QString reportHtml(const CleanReport& report, const QString& home, const QString& one,
+                   const QString& many);
 
 } // namespace tarvik::FileTexts

@@ -1,4 +1,4 @@
-#include "app/files/file_texts.h"
+#include "app/cleanup/file_texts.h"
 
 #include "core/sys/file_names.h"
 #include "core/text/metric_format.h"
@@ -32,10 +32,9 @@ QString removalDetail(RemovalMode mode) {
                : QStringLiteral("They will be moved to the Trash, where you can restore them.");
 }
 
-QString reportHtml(const CleanReport& report, const QString& home) {
-    QString text = QStringLiteral("<b>%1</b>")
-                       .arg(cleanSummary(report, QStringLiteral("file"), QStringLiteral("files"))
-                                .toHtmlEscaped());
+QString reportHtml(const CleanReport& report, const QString& home, const QString& one,
+                   const QString& many) {
+    QString text = QStringLiteral("<b>%1</b>").arg(cleanSummary(report, one, many).toHtmlEscaped());
     for (const auto& f : report.failures) {
         text +=
             QStringLiteral("<br>%1 — %2")

@@ -1,0 +1,144 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QFutureWatcher>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <QtConcurrent/QtConcurrentRun>
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+
+namespace tarvik {
+
+namespace job_detail {
+
+// What a job's worker and the interface thread share; a new one for every run, so a report
+// still on its way from an earlier run never reaches a later one.
+template <typename Progress> struct State {
+    std::atomic<bool> cancel = false;
+    std::mutex mutex;
+    std::optional<Progress> pending;
+    bool scheduled = false;
+    bool done = false;
+    QElapsedTimer sinceDelivery;
+};
+
+} // namespace job_detail
+
+// What a job's work is given: whether it was asked to stop, and where to report how far it got.
+template <typename Progress> class JobContext {
+public:
+    JobContext(std::shared_ptr<job_detail::State<Progress>> state, QPointer<QObject> owner,
+               std::function<void(const Progress&)> onProgress)
+        : state_(std::move(state)), owner_(std::move(owner)), onProgress_(std::move(onProgress)) {}
+
+    bool cancelled() const { return state_->cancel.load(std::memory_order_relaxed); }
+    // For the scanners and the cleaner, which look at a flag themselves.
+    const std::atomic<bool>* cancelFlag() const { return &state_->cancel; }
+
+    // From any thread. The newest report reaches the interface thread at most every 100 ms;
+    // one that arrives sooner replaces the one waiting, so a report must say all it means
+    // (a count, a fraction, the results so far), not what changed since the last.
+    void report(Progress progress) {
+        std::unique_lock lock(state_->mutex);
+        state_->pending = std::move(progress);
+        if (state_->scheduled) {
+            return;
+        }
+        state_->scheduled = true;
+        const qint64 since =
+            state_->sinceDelivery.isValid() ? state_->sinceDelivery.elapsed() : kEveryMs;
+        const int delay = static_cast<int>(std::max<qint64>(0, kEveryMs - since));
+        lock.unlock();
+        QMetaObject::invokeMethod(
+            owner_.data(),
+            [state = state_, owner = owner_, onProgress = onProgress_, delay] {
+                QTimer::singleShot(delay, owner.data(), [state, onProgress] {
+                    std::unique_lock l(state->mutex);
+                    state->scheduled = false;
+                    if (state->done || !state->pending) {
+                        return;
+                    }
+                    Progress p = std::move(*state->pending);
+                    state->pending.reset();
+                    state->sinceDelivery.start();
+                    l.unlock();
+                    onProgress(p);
+                });
+            },
+            Qt::QueuedConnection);
+    }
+
+private:
+    static constexpr qint64 kEveryMs = 100;
+    std::shared_ptr<job_detail::State<Progress>> state_;
+    QPointer<QObject> owner_;
+    std::function<void(const Progress&)> onProgress_;
+};
+
+// One kind of work a screen's model runs off the interface thread: a fresh cancel flag for each
+// run, progress passed to the interface thread at most every 100 ms, the result handed over there
+// when the work ends, and nothing delivered once the owner is gone. The owner keeps the job as a
+// member; destroying it cancels the work and waits for it.
+template <typename Result, typename Progress = double> class BackgroundJob {
+public:
+    using Work = std::function<Result(JobContext<Progress>&)>;
+
+    BackgroundJob(QObject* owner, std::function<void(const Progress&)> onProgress,
+                  std::function<void(Result)> onDone)
+        : owner_(owner), onProgress_(std::move(onProgress)) {
+        QObject::connect(&watcher_, &QFutureWatcher<Result>::finished, owner,
+                         [this, onDone = std::move(onDone)] {
+                             {
+                                 std::lock_guard lock(state_->mutex);
+                                 state_->done = true; // a report still waiting is stale now
+                                 state_->pending.reset();
+                             }
+                             cancelled_ = state_->cancel.load();
+                             running_ = false;
+                             onDone(watcher_.result());
+                         });
+    }
+    ~BackgroundJob() {
+        cancel();
+        watcher_.waitForFinished();
+    }
+    BackgroundJob(const BackgroundJob&) = delete;
+    BackgroundJob& operator=(const BackgroundJob&) = delete;
+
+    // Until the result has been handed over: the worker may have ended a moment before.
+    bool isRunning() const { return running_; }
+    // The last run was asked to stop before it ended (known once it has).
+    bool wasCancelled() const { return cancelled_; }
+
+    // Runs `work` on a worker thread; false, and nothing starts, while a run is under way.
+    bool start(Work work) {
+        if (running_) {
+            return false;
+        }
+        state_ = std::make_shared<job_detail::State<Progress>>();
+        cancelled_ = false;
+        running_ = true;
+        JobContext<Progress> context(state_, owner_, onProgress_);
+        watcher_.setFuture(QtConcurrent::run(
+            [work = std::move(work), context]() mutable { return work(context); }));
+        return true;
+    }
+    void cancel() { state_->cancel = true; }
+
+private:
+    QPointer<QObject> owner_;
+    std::function<void(const Progress&)> onProgress_;
+    std::shared_ptr<job_detail::State<Progress>> state_ =
+        std::make_shared<job_detail::State<Progress>>();
+    bool cancelled_ = false;
+    bool running_ = false;
+    QFutureWatcher<Result> watcher_;
+};
+
+} // namespace tarvik

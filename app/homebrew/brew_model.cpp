@@ -6,20 +6,57 @@
 #include "core/homebrew/brew_updates.h"
 #include "core/settings/preferences.h"
 
-#include <QMetaObject>
-#include <QPointer>
 #include <QThread>
-#include <QtConcurrent/QtConcurrentRun>
+#include <utility>
 
 namespace tarvik {
 
 BrewModel::BrewModel(Preferences& preferences, std::shared_ptr<BrewRunner> runner, QObject* parent)
-    : QObject(parent), prefs_(preferences), runner_(std::move(runner)) {}
+    : QObject(parent), prefs_(preferences), runner_(std::move(runner)),
+      loadJob_(this, {},
+               [this](Loaded r) {
+                   notInstalled_ = r.missing;
+                   loadError_ = r.error;
+                   if (r.snapshot) {
+                       snapshot_ = std::move(r.snapshot);
+                   }
+                   environment_ = r.environment;
+                   emit changed();
+               }),
+      runJob_(
+          this,
+          [this](const RunProgress& p) {
+              if (p.busyKnown && p.busy != busy_) {
+                  busy_ = p.busy;
+                  emit changed();
+              }
+              for (const BrewLogLine& line : p.lines) {
+                  log_ << line;
+                  if (tracker_.feed(line.text)) {
+                      progress_ = tracker_.current();
+                      emit progressChanged();
+                  }
+                  emit logLine(line);
+              }
+          },
+          [this](Ran r) {
+              failure_ = r.failure;
+              emit changed();
+              emit commandFinished(r.ok);
+              if (r.reload && r.ok) {
+                  load();
+              }
+          }),
+      searchJob_(this, {}, [this](Found f) {
+          emit searchFinished(f.query, f.result.formulae, f.result.casks, f.error);
+          if (nextQuery_) {
+              search(*std::exchange(nextQuery_, std::nullopt));
+          }
+      }) {}
 
 BrewModel::~BrewModel() {
+    // Stops the brew under way, so the jobs' waits are short.
     runner_->cancel();
-    loadWatcher_.waitForFinished();
-    runWatcher_.waitForFinished();
 }
 
 bool BrewModel::greedy() const {
@@ -27,123 +64,73 @@ bool BrewModel::greedy() const {
 }
 
 void BrewModel::load() {
-    if (loading_) {
+    if (loadJob_.isRunning()) {
         return;
     }
-    loading_ = true;
     loadError_.clear();
-    emit changed();
-    QPointer<BrewModel> self(this);
-    auto runner = runner_;
-    const bool greedyToo = greedy();
-    loadWatcher_.setFuture(QtConcurrent::run([self, runner, greedyToo] {
-        std::optional<BrewSnapshot> snapshot;
-        std::optional<BrewEnvironment> env;
-        QString error;
-        bool missing = false;
+    loadJob_.start([runner = runner_, greedyToo = greedy()](JobContext<double>&) {
+        Loaded r;
         try {
-            env = runner->resolve();
-            snapshot = loadBrewSnapshot(*runner, greedyToo);
+            r.environment = runner->resolve();
+            r.snapshot = loadBrewSnapshot(*runner, greedyToo);
             // "Measuring what's installed": sizes come last, the list is usable without them.
-            measureBrewPackages(snapshot->packages, *env);
+            measureBrewPackages(r.snapshot->packages, *r.environment);
         } catch (const BrewError& e) {
-            missing = e.kind == BrewError::Kind::NotInstalled;
-            error =
-                missing ? e.message() : QStringLiteral("Couldn't read Homebrew's package list.");
+            r.missing = e.kind == BrewError::Kind::NotInstalled;
+            r.error =
+                r.missing ? e.message() : QStringLiteral("Couldn't read Homebrew's package list.");
         } catch (const BrewParseError& e) {
-            error = e.message;
+            r.error = e.message;
         }
-        QMetaObject::invokeMethod(
-            self.data(),
-            [self, snapshot, env, error, missing] {
-                if (!self) {
-                    return;
-                }
-                self->loading_ = false;
-                self->notInstalled_ = missing;
-                self->loadError_ = error;
-                if (snapshot) {
-                    self->snapshot_ = snapshot;
-                }
-                self->environment_ = env;
-                emit self->changed();
-            },
-            Qt::QueuedConnection);
-    }));
+        return r;
+    });
+    emit changed();
 }
 
 void BrewModel::start(Command command) {
-    if (running_) {
+    if (runJob_.isRunning()) {
         return;
     }
-    running_ = true;
     title_ = command.title;
     log_.clear();
     tracker_ = BrewProgressTracker();
     progress_ = {};
     failure_.reset();
     last_ = command;
-    emit changed();
-    QPointer<BrewModel> self(this);
-    auto runner = runner_;
-    runWatcher_.setFuture(QtConcurrent::run([self, runner, command] {
-        auto post = [self](std::function<void(BrewModel&)> f) {
-            QMetaObject::invokeMethod(
-                self.data(),
-                [self, f] {
-                    if (self)
-                        f(*self);
-                },
-                Qt::QueuedConnection);
-        };
-        bool ok = false;
+    runJob_.start([runner = runner_, command](JobContext<RunProgress>& job) {
+        Ran r{false, std::nullopt, command.reloadAfter};
         QStringList lines;
-        std::optional<BrewFailure> failure;
         try {
             // Another brew holding Homebrew's locks: say who, and wait for it.
             const BrewEnvironment env = runner->resolve();
             while (const auto busy = BrewRunner::isBusyElsewhere(env)) {
-                post([busy](BrewModel& m) {
-                    m.busy_ = busy;
-                    emit m.changed();
+                job.update([&busy](RunProgress& p) {
+                    p.busy = busy;
+                    p.busyKnown = true;
                 });
                 QThread::sleep(2);
             }
-            post([](BrewModel& m) {
-                m.busy_.reset();
-                emit m.changed();
+            job.update([](RunProgress& p) {
+                p.busy.reset();
+                p.busyKnown = true;
             });
             std::uint64_t id = 0;
             const auto result =
                 runner->run(command.arguments, false, command.environment, [&](const QString& raw) {
-                    const BrewLogLine line = BrewLogParser::parse(raw, ++id);
+                    BrewLogLine line = BrewLogParser::parse(raw, ++id);
                     lines << line.text;
-                    post([line](BrewModel& m) {
-                        m.log_ << line;
-                        if (m.tracker_.feed(line.text)) {
-                            m.progress_ = m.tracker_.current();
-                            emit m.progressChanged();
-                        }
-                        emit m.logLine(line);
-                    });
+                    job.update([&line](RunProgress& p) { p.lines.push_back(std::move(line)); });
                 });
-            ok = result.succeeded();
-            if (!ok) {
-                failure = BrewFailure::explain(command.displayName, command.displayName, lines);
+            r.ok = result.succeeded();
+            if (!r.ok) {
+                r.failure = BrewFailure::explain(command.displayName, command.displayName, lines);
             }
         } catch (const BrewError& e) {
-            failure = BrewFailure{e.message(), QStringLiteral("Retry")};
+            r.failure = BrewFailure{e.message(), QStringLiteral("Retry")};
         }
-        post([ok, failure, reload = command.reloadAfter](BrewModel& m) {
-            m.running_ = false;
-            m.failure_ = failure;
-            emit m.changed();
-            emit m.commandFinished(ok);
-            if (reload && ok) {
-                m.load();
-            }
-        });
-    }));
+        return r;
+    });
+    emit changed();
 }
 
 void BrewModel::upgrade(const QStringList& names) {
@@ -215,25 +202,20 @@ void BrewModel::cancel() {
 }
 
 void BrewModel::search(const QString& query) {
-    QPointer<BrewModel> self(this);
-    auto runner = runner_;
+    // One search at a time; a query typed meanwhile runs next, and only the newest.
+    if (searchJob_.isRunning()) {
+        nextQuery_ = query;
+        return;
+    }
     // Searching takes the runner's turn like any command, so it waits behind a running one.
-    (void)QtConcurrent::run([self, runner, query] {
-        BrewSearchResult found;
-        QString error;
+    searchJob_.start([runner = runner_, query](JobContext<double>&) {
+        Found f{query, {}, {}};
         try {
-            found = searchBrew(*runner, query);
+            f.result = searchBrew(*runner, query);
         } catch (const BrewError& e) {
-            error = e.message();
+            f.error = e.message();
         }
-        QMetaObject::invokeMethod(
-            self.data(),
-            [self, query, found, error] {
-                if (self) {
-                    emit self->searchFinished(query, found.formulae, found.casks, error);
-                }
-            },
-            Qt::QueuedConnection);
+        return f;
     });
 }
 

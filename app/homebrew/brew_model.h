@@ -1,10 +1,12 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/homebrew/brew_log.h"
 #include "core/homebrew/brew_package.h"
 #include "core/homebrew/brew_runner.h"
+#include "core/homebrew/brew_service.h"
+#include "core/homebrew/brew_updates.h"
 
-#include <QFutureWatcher>
 #include <QObject>
 #include <functional>
 #include <memory>
@@ -24,8 +26,8 @@ public:
               QObject* parent = nullptr);
     ~BrewModel() override;
 
-    bool isLoading() const { return loading_; }
-    bool isRunning() const { return running_; }
+    bool isLoading() const { return loadJob_.isRunning(); }
+    bool isRunning() const { return runJob_.isRunning(); }
     bool isNotInstalled() const { return notInstalled_; }
     const std::optional<BrewSnapshot>& snapshot() const { return snapshot_; }
     const std::optional<BrewEnvironment>& environment() const { return environment_; }
@@ -70,10 +72,31 @@ private:
     };
     void start(Command command);
 
+    struct Loaded {
+        std::optional<BrewSnapshot> snapshot;
+        std::optional<BrewEnvironment> environment;
+        QString error;
+        bool missing = false;
+    };
+    // What a command has said since the last delivery, and whether another brew holds the locks.
+    struct RunProgress {
+        std::vector<BrewLogLine> lines;
+        std::optional<BrewRunner::BusyInfo> busy;
+        bool busyKnown = false;
+    };
+    struct Ran {
+        bool ok = false;
+        std::optional<BrewFailure> failure;
+        bool reload = false;
+    };
+    struct Found {
+        QString query;
+        BrewSearchResult result;
+        QString error;
+    };
+
     Preferences& prefs_;
     std::shared_ptr<BrewRunner> runner_;
-    bool loading_ = false;
-    bool running_ = false;
     bool notInstalled_ = false;
     std::optional<BrewSnapshot> snapshot_;
     std::optional<BrewEnvironment> environment_;
@@ -85,8 +108,10 @@ private:
     std::optional<BrewFailure> failure_;
     QString title_;
     std::optional<Command> last_;
-    QFutureWatcher<void> loadWatcher_;
-    QFutureWatcher<void> runWatcher_;
+    std::optional<QString> nextQuery_;
+    BackgroundJob<Loaded> loadJob_;
+    BackgroundJob<Ran, RunProgress> runJob_;
+    BackgroundJob<Found> searchJob_;
 };
 
 } // namespace tarvik

@@ -6,8 +6,6 @@
 #include "core/settings/preferences.h"
 #include "core/sys/desktop_notifier.h"
 
-#include <QtConcurrent/QtConcurrentRun>
-
 namespace tarvik {
 namespace {
 
@@ -17,19 +15,18 @@ constexpr const char* kLastCheckKey = "homebrewLastCheck";
 
 BrewUpdateChecker::BrewUpdateChecker(Preferences& preferences, std::shared_ptr<BrewRunner> runner,
                                      QObject* parent)
-    : QObject(parent), prefs_(preferences), runner_(std::move(runner)) {
-    connect(&watcher_, &QFutureWatcher<int>::finished, this, [this] {
-        const int found = watcher_.result();
-        if (found < 0) {
-            return; // no Homebrew, or it failed: try again at the next interval
-        }
-        if (found > count_ && found > 0) {
-            notifyDesktop(tr("Homebrew updates"),
-                          found == 1 ? tr("1 package can be upgraded.")
-                                     : tr("%1 packages can be upgraded.").arg(found));
-        }
-        setOutdatedCount(found);
-    });
+    : QObject(parent), prefs_(preferences), runner_(std::move(runner)),
+      job_(this, {}, [this](int found) {
+          if (found < 0) {
+              return; // no Homebrew, or it failed: try again at the next interval
+          }
+          if (found > count_ && found > 0) {
+              notifyDesktop(tr("Homebrew updates"),
+                            found == 1 ? tr("1 package can be upgraded.")
+                                       : tr("%1 packages can be upgraded.").arg(found));
+          }
+          setOutdatedCount(found);
+      }) {
     // Every ten minutes it looks whether a check is due; the interval itself is the setting's.
     timer_.setInterval(10 * 60 * 1000);
     connect(&timer_, &QTimer::timeout, this, &BrewUpdateChecker::checkIfDue);
@@ -37,9 +34,7 @@ BrewUpdateChecker::BrewUpdateChecker(Preferences& preferences, std::shared_ptr<B
     QTimer::singleShot(60 * 1000, this, &BrewUpdateChecker::checkIfDue);
 }
 
-BrewUpdateChecker::~BrewUpdateChecker() {
-    watcher_.waitForFinished();
-}
+BrewUpdateChecker::~BrewUpdateChecker() = default;
 
 void BrewUpdateChecker::setOutdatedCount(int count) {
     if (count != count_) {
@@ -54,7 +49,7 @@ bool BrewUpdateChecker::checkIfDue() {
         last.isValid() ? std::optional(QDateTime::fromString(last.toString(), Qt::ISODate))
                        : std::nullopt;
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    if (watcher_.isRunning() ||
+    if (job_.isRunning() ||
         !isUpdateCheckDue(lastCheck, now, prefs_.value(pref::kHomebrewCheckInterval).toDouble())) {
         return false;
     }
@@ -62,7 +57,7 @@ bool BrewUpdateChecker::checkIfDue() {
     prefs_.sync();
     const bool greedy = prefs_.value(pref::kHomebrewIncludeGreedy).toBool();
     auto runner = runner_;
-    watcher_.setFuture(QtConcurrent::run([runner, greedy] {
+    job_.start([runner, greedy](JobContext<double>&) {
         try {
             const BrewEnvironment env = runner->resolve();
             if (BrewRunner::isBusyElsewhere(env)) {
@@ -80,7 +75,7 @@ bool BrewUpdateChecker::checkIfDue() {
         } catch (const BrewParseError&) {
             return -1;
         }
-    }));
+    });
     return true;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/homebrew/brew_runner.h"
 
-#include <QFutureWatcher>
 #include <QObject>
 #include <QTimer>
 #include <memory>
@@ -35,8 +35,8 @@ private:
     Preferences& prefs_;
     std::shared_ptr<BrewRunner> runner_;
     QTimer timer_;
-    QFutureWatcher<int> watcher_;
     int count_ = 0;
+    BackgroundJob<int> job_;
 };
 
 } // namespace tarvik

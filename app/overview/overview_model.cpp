@@ -1,25 +1,24 @@
 #include "app/overview/overview_model.h"
 
-#include <QtConcurrent/QtConcurrentRun>
 #include <utility>
 
 namespace tarvik {
 
 OverviewModel::OverviewModel(MachineSummaryOptions options,
                              std::function<JunkScanner::Options()> junkOptions, QObject* parent)
-    : QObject(parent), options_(std::move(options)), junkOptions_(std::move(junkOptions)) {
-    connect(&watcher_, &QFutureWatcher<Result>::finished, this, [this] {
-        const Result r = watcher_.result();
-        summary_ = r.summary;
-        junkBytes_ = r.junk;
-        hasSummary_ = true;
-        emit loadingChanged(false);
-        emit summaryChanged();
-    });
-}
+    : QObject(parent), options_(std::move(options)), junkOptions_(std::move(junkOptions)),
+      job_(this, {}, [this](Result r) {
+          summary_ = std::move(r.summary);
+          junkBytes_ = r.junk;
+          hasSummary_ = true;
+          emit loadingChanged(false);
+          emit summaryChanged();
+      }) {}
+
+OverviewModel::~OverviewModel() = default;
 
 void OverviewModel::refresh() {
-    if (watcher_.isRunning()) {
+    if (job_.isRunning()) {
         return;
     }
     // statvfs on a home folder that sits on a network share can block; keep it off the window.
@@ -27,9 +26,10 @@ void OverviewModel::refresh() {
     if (junkOptions_) {
         junk = junkOptions_();
     }
-    watcher_.setFuture(QtConcurrent::run([options = options_, junk] {
+    job_.start([options = options_, junk](JobContext<double>& job) mutable {
         Result r{readMachineSummary(options), std::nullopt};
         if (junk) {
+            junk->cancel = job.cancelFlag();
             std::int64_t total = 0;
             for (const auto& c :
                  JunkScanner(*junk).scan({kAllJunkCategories.begin(), kAllJunkCategories.end()})) {
@@ -38,7 +38,7 @@ void OverviewModel::refresh() {
             r.junk = total;
         }
         return r;
-    }));
+    });
     emit loadingChanged(true);
 }
 

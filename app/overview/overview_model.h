@@ -1,9 +1,9 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/cleanup/junk_scanner.h"
 #include "core/monitor/machine_summary.h"
 
-#include <QFutureWatcher>
 #include <QObject>
 #include <functional>
 #include <optional>
@@ -18,12 +18,13 @@ public:
     explicit OverviewModel(MachineSummaryOptions options,
                            std::function<JunkScanner::Options()> junkOptions = {},
                            QObject* parent = nullptr);
+    ~OverviewModel() override;
 
     const MachineSummary& summary() const { return summary_; }
     bool hasSummary() const { return hasSummary_; }
     // What a default System Junk clean would remove; empty until measured.
     std::optional<std::int64_t> junkBytes() const { return junkBytes_; }
-    bool isLoading() const { return watcher_.isRunning(); }
+    bool isLoading() const { return job_.isRunning(); }
 
 public slots:
     void refresh();
@@ -42,7 +43,7 @@ private:
     MachineSummary summary_;
     std::optional<std::int64_t> junkBytes_;
     bool hasSummary_ = false;
-    QFutureWatcher<Result> watcher_;
+    BackgroundJob<Result> job_;
 };
 
 } // namespace tarvik

@@ -45,8 +45,20 @@ public:
     // one that arrives sooner replaces the one waiting, so a report must say all it means
     // (a count, a fraction, the results so far), not what changed since the last.
     void report(Progress progress) {
+        update([&progress](Progress& waiting) { waiting = std::move(progress); });
+    }
+
+    // From any thread: changes the report waiting to be delivered (a fresh one when none
+    // waits), for progress that accumulates, such as the lines of a log since the last delivery.
+    template <typename Change> void update(Change change) {
+        if (!onProgress_) {
+            return;
+        }
         std::unique_lock lock(state_->mutex);
-        state_->pending = std::move(progress);
+        if (!state_->pending) {
+            state_->pending.emplace();
+        }
+        change(*state_->pending);
         if (state_->scheduled) {
             return;
         }
@@ -82,24 +94,32 @@ private:
 };
 
 // One kind of work a screen's model runs off the interface thread: a fresh cancel flag for each
-// run, progress passed to the interface thread at most every 100 ms, the result handed over there
-// when the work ends, and nothing delivered once the owner is gone. The owner keeps the job as a
+// run, progress passed to the interface thread at most every 100 ms (the last of it before the
+// result), the result handed over there when the work ends, and nothing delivered once the owner
+// is gone. The owner keeps the job as a
 // member; destroying it cancels the work and waits for it.
 template <typename Result, typename Progress = double> class BackgroundJob {
 public:
     using Work = std::function<Result(JobContext<Progress>&)>;
 
+    // `onProgress` may be empty for work that reports nothing.
     BackgroundJob(QObject* owner, std::function<void(const Progress&)> onProgress,
                   std::function<void(Result)> onDone)
         : owner_(owner), onProgress_(std::move(onProgress)) {
         QObject::connect(&watcher_, &QFutureWatcher<Result>::finished, owner,
                          [this, onDone = std::move(onDone)] {
+                             // A report still waiting is handed over before the result (a log's
+                             // last lines), and none after it.
+                             std::optional<Progress> last;
                              {
                                  std::lock_guard lock(state_->mutex);
-                                 state_->done = true; // a report still waiting is stale now
-                                 state_->pending.reset();
+                                 state_->done = true;
+                                 last.swap(state_->pending);
                              }
                              cancelled_ = state_->cancel.load();
+                             if (last && onProgress_) {
+                                 onProgress_(*last);
+                             }
                              running_ = false;
                              onDone(watcher_.result());
                          });

@@ -1,81 +1,63 @@
 #include "app/speedtest/speed_test_model.h"
 
-#include <QMetaObject>
-#include <QPointer>
-#include <QtConcurrent/QtConcurrentRun>
-
 namespace tarvik {
 
 SpeedTestModel::SpeedTestModel(std::function<SpeedTestConfiguration()> configuration,
                                SpeedTestHistoryStore store, QObject* parent)
     : QObject(parent), config_(std::move(configuration)), store_(std::move(store)),
-      history_(store_.load()) {}
+      history_(store_.load()), job_(
+                                   this,
+                                   [this](const SpeedTestProgress& p) {
+                                       progress_ = p;
+                                       if (p.server) {
+                                           server_ = p.server;
+                                       }
+                                       emit progressChanged();
+                                   },
+                                   [this](Outcome outcome) {
+                                       error_ = outcome.error;
+                                       if (outcome.result) {
+                                           last_ = outcome.result;
+                                           server_ = outcome.result->server;
+                                           updateHistory(store_.add(*outcome.result));
+                                       }
+                                       emit changed();
+                                       emit finished();
+                                   }) {}
 
-SpeedTestModel::~SpeedTestModel() {
-    cancel();
-    watcher_.waitForFinished();
-}
+SpeedTestModel::~SpeedTestModel() = default;
 
 void SpeedTestModel::start(const std::optional<QString>& connection) {
-    if (running_) {
+    if (job_.isRunning()) {
         return;
     }
-    running_ = true;
     error_.clear();
     last_.reset();
     server_.reset();
     progress_ = {};
-    cancel_ = std::make_shared<std::atomic<bool>>(false);
-    emit changed();
-    QPointer<SpeedTestModel> self(this);
-    watcher_.setFuture(QtConcurrent::run([self, config = config_(), connection, flag = cancel_] {
-        std::optional<SpeedTestResult> result;
-        QString error;
+    job_.start([config = config_(), connection](JobContext<SpeedTestProgress>& job) {
+        Outcome outcome;
+        std::optional<SpeedTestServer> server;
         try {
-            result = SpeedTestEngine(config).run(
+            outcome.result = SpeedTestEngine(config).run(
                 connection,
-                [self](const SpeedTestProgress& p) {
-                    QMetaObject::invokeMethod(
-                        self.data(),
-                        [self, p] {
-                            if (self) {
-                                self->progress_ = p;
-                                if (p.server) {
-                                    self->server_ = p.server;
-                                }
-                                emit self->progressChanged();
-                            }
-                        },
-                        Qt::QueuedConnection);
+                [&](SpeedTestProgress p) {
+                    // Reports may be merged on their way; each carries the server once known.
+                    server = p.server ? p.server : server;
+                    p.server = server;
+                    job.report(std::move(p));
                 },
-                flag.get());
+                job.cancelFlag());
         } catch (const SpeedTestError& e) {
-            error = e.message();
+            outcome.error = e.message();
         }
-        QMetaObject::invokeMethod(
-            self.data(),
-            [self, result, error] {
-                if (!self) {
-                    return;
-                }
-                self->running_ = false;
-                self->error_ = error;
-                if (result) {
-                    self->last_ = result;
-                    self->server_ = result->server;
-                    self->updateHistory(self->store_.add(*result));
-                }
-                emit self->changed();
-                emit self->finished();
-            },
-            Qt::QueuedConnection);
-    }));
+        return outcome;
+    });
+    emit changed();
 }
 
 void SpeedTestModel::cancel() {
-    if (cancel_) {
-        *cancel_ = true;
-    }
+    job_.cancel();
 }
 
 void SpeedTestModel::deleteResult(const QUuid& id) {

@@ -1,13 +1,11 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/speedtest/speed_test_engine.h"
 #include "core/speedtest/speed_test_history.h"
 
-#include <QFutureWatcher>
 #include <QObject>
-#include <atomic>
 #include <functional>
-#include <memory>
 
 namespace tarvik {
 
@@ -21,7 +19,7 @@ public:
                    SpeedTestHistoryStore store, QObject* parent = nullptr);
     ~SpeedTestModel() override;
 
-    bool isRunning() const { return running_; }
+    bool isRunning() const { return job_.isRunning(); }
     const SpeedTestProgress& progress() const { return progress_; }
     const std::optional<SpeedTestResult>& lastResult() const { return last_; }
     const QString& error() const { return error_; }
@@ -40,19 +38,21 @@ signals:
     void finished();
 
 private:
+    struct Outcome {
+        std::optional<SpeedTestResult> result;
+        QString error;
+    };
     // The history as the store left it, or the reason it could not be changed.
     void updateHistory(std::optional<std::vector<SpeedTestResult>> history);
 
     std::function<SpeedTestConfiguration()> config_;
     SpeedTestHistoryStore store_;
-    bool running_ = false;
     SpeedTestProgress progress_;
     std::optional<SpeedTestServer> server_;
     std::optional<SpeedTestResult> last_;
     QString error_;
     std::vector<SpeedTestResult> history_;
-    std::shared_ptr<std::atomic<bool>> cancel_;
-    QFutureWatcher<void> watcher_;
+    BackgroundJob<Outcome, SpeedTestProgress> job_;
 };
 
 } // namespace tarvik

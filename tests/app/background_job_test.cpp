@@ -93,3 +93,26 @@ TEST(BackgroundJob, GoingAwayStopsTheWorkAndDeliversNothing) {
     test::pumpEventsFor(300); // reports still queued find their owner gone
     EXPECT_FALSE(delivered);
 }
+
+TEST(BackgroundJob, AccumulatedProgressArrivesWholeEvenAtTheEnd) {
+    QObject owner;
+    std::vector<int> lines;
+    bool done = false;
+    BackgroundJob<bool, std::vector<int>> job(
+        &owner,
+        [&](const std::vector<int>& batch) {
+            lines.insert(lines.end(), batch.begin(), batch.end());
+        },
+        [&](bool) { done = true; });
+    job.start([](JobContext<std::vector<int>>& context) {
+        for (int i = 0; i < 5000; ++i) {
+            context.update([i](std::vector<int>& waiting) { waiting.push_back(i); });
+        }
+        return true;
+    });
+    ASSERT_TRUE(test::waitUntil([&] { return done; }));
+    ASSERT_EQ(lines.size(), 5000u); // none lost, the last ones included
+    for (int i = 0; i < 5000; ++i) {
+        ASSERT_EQ(lines[static_cast<std::size_t>(i)], i);
+    }
+}

@@ -14,13 +14,18 @@
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
-#include <QtConcurrent/QtConcurrentRun>
 #include <unistd.h>
 
 namespace tarvik {
 
 ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
-    : QWidget(parent), monitor_(monitor), table_(new ProcessTableModel(this)) {
+    : QWidget(parent), monitor_(monitor), table_(new ProcessTableModel(this)),
+      quitJob_(this, {}, [this](QuitOutcome outcome) {
+          message_->setText(outcome == QuitOutcome::Ended
+                                ? tr("%1 has quit.").arg(quittingName_)
+                                : quitMessage(quittingName_, QuitRefusal::None, outcome));
+          selectionChanged();
+      }) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 
@@ -111,13 +116,6 @@ ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
             &ProcessPanel::selectionChanged);
     connect(quit_, &QPushButton::clicked, this, [this] { quitSelected(false); });
     connect(forceQuit_, &QPushButton::clicked, this, [this] { quitSelected(true); });
-    connect(&watcher_, &QFutureWatcher<QuitOutcome>::finished, this, [this] {
-        const QuitOutcome outcome = watcher_.result();
-        message_->setText(outcome == QuitOutcome::Ended
-                              ? tr("%1 has quit.").arg(quittingName_)
-                              : quitMessage(quittingName_, QuitRefusal::None, outcome));
-        selectionChanged();
-    });
 
     sort_->setCurrentIndex(sort_->findData(static_cast<int>(monitor_.processSort())));
     table_->setSort(monitor_.processSort());
@@ -125,7 +123,6 @@ ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
 }
 
 ProcessPanel::~ProcessPanel() {
-    watcher_.waitForFinished();
     if (holding_) {
         monitor_.releaseProcesses();
     }
@@ -191,7 +188,7 @@ void ProcessPanel::selectionChanged() {
     const ProcessUsage* p = selected();
     const QuitRefusal refusal =
         p ? ProcessGuard::refusal(*p, getpid(), geteuid()) : QuitRefusal::None;
-    const bool can = p != nullptr && refusal == QuitRefusal::None && !watcher_.isRunning();
+    const bool can = p != nullptr && refusal == QuitRefusal::None && !quitJob_.isRunning();
     quit_->setEnabled(can);
     forceQuit_->setEnabled(can);
     if (p != nullptr && refusal != QuitRefusal::None) {
@@ -203,7 +200,7 @@ void ProcessPanel::selectionChanged() {
 
 void ProcessPanel::quitSelected(bool force) {
     const ProcessUsage* p = selected();
-    if (p == nullptr || watcher_.isRunning()) {
+    if (p == nullptr || quitJob_.isRunning()) {
         return;
     }
     const QString name = table_->displayName(*p);
@@ -223,8 +220,9 @@ void ProcessPanel::quitSelected(bool force) {
     quit_->setEnabled(false);
     forceQuit_->setEnabled(false);
     const ProcessUsage target = *p;
-    watcher_.setFuture(QtConcurrent::run(
-        [target, force] { return ProcessControl::quit(target, force, force ? 1000 : 3000); }));
+    quitJob_.start([target, force](JobContext<double>&) {
+        return ProcessControl::quit(target, force, force ? 1000 : 3000);
+    });
 }
 
 } // namespace tarvik

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/monitor/process_control.h"
 
-#include <QFutureWatcher>
 #include <QWidget>
 #include <functional>
 
@@ -33,7 +33,7 @@ public:
     // Selects the process with this pid; false when it isn't listed.
     bool select(std::int32_t pid);
     QString message() const;
-    bool isQuitting() const { return watcher_.isRunning(); }
+    bool isQuitting() const { return quitJob_.isRunning(); }
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -56,7 +56,7 @@ private:
     QPushButton* forceQuit_ = nullptr;
     Confirm confirm_;
     bool holding_ = false;
-    QFutureWatcher<QuitOutcome> watcher_;
+    BackgroundJob<QuitOutcome> quitJob_;
     QString quittingName_;
 };
 

@@ -2,8 +2,6 @@
 
 #include "core/settings/preferences.h"
 
-#include <QtConcurrent/QtConcurrentRun>
-
 namespace tarvik {
 
 namespace {
@@ -19,23 +17,26 @@ SystemMonitorModel::SystemMonitorModel(Preferences& preferences, SamplerOptions 
                                        QObject* parent)
     : QObject(parent), prefs_(preferences),
       sampler_(std::make_unique<SystemSampler>(std::move(options))),
-      topology_(sampler_->topology()) {
+      topology_(sampler_->topology()), job_(this, {}, [this](SystemReading reading) {
+          if (!running_) {
+              return; // stopped while sampling
+          }
+          if (sampleGeneration_ != generation_) {
+              sampleNow(); // stopped and started again while sampling: this one is stale
+              return;
+          }
+          apply(std::move(reading));
+          timer_.start(static_cast<int>(currentInterval() * 1000));
+      }) {
     for (Metric m :
          {Metric::CPU, Metric::Memory, Metric::NetworkIn, Metric::NetworkOut, Metric::DiskRead,
           Metric::DiskWrite, Metric::GPU, Metric::Battery, Metric::Load}) {
         histories_.emplace(m, MetricHistory(m == Metric::CPU ? kCPUPoints : kChartPoints));
     }
     pool_.setMaxThreadCount(1);
+    job_.setPool(&pool_);
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &SystemMonitorModel::sampleNow);
-    connect(&watcher_, &QFutureWatcher<SystemReading>::finished, this, [this] {
-        const auto generation = watcher_.property("generation").toULongLong();
-        if (!running_ || generation != generation_) {
-            return; // cancelled while sampling: stop before applying
-        }
-        apply(watcher_.result());
-        timer_.start(static_cast<int>(currentInterval() * 1000));
-    });
     connect(&prefs_, &Preferences::changed, this, [this](const QString& key) {
         if (running_ && key == QLatin1String(pref::kMonitorInterval.data())) {
             timer_.start(static_cast<int>(currentInterval() * 1000));
@@ -45,7 +46,6 @@ SystemMonitorModel::SystemMonitorModel(Preferences& preferences, SamplerOptions 
 
 SystemMonitorModel::~SystemMonitorModel() {
     stop();
-    pool_.waitForDone();
 }
 
 double SystemMonitorModel::currentInterval() const {
@@ -68,7 +68,7 @@ void SystemMonitorModel::acquire(MonitorClient client) {
     } else if (cadenceChanges) {
         // The first window or panel wants the faster cadence now, not after the slow wait.
         timer_.stop();
-        if (!watcher_.isRunning()) {
+        if (!job_.isRunning()) {
             sampleNow();
         }
     }
@@ -106,16 +106,17 @@ void SystemMonitorModel::resetBaselines() {
 }
 
 void SystemMonitorModel::sampleNow() {
-    if (!running_ || watcher_.isRunning()) {
+    if (!running_ || job_.isRunning()) {
         return;
     }
-    watcher_.setProperty("generation", QVariant::fromValue(generation_));
-    watcher_.setFuture(QtConcurrent::run(&pool_, [this] {
-        if (resetRequested_.exchange(false)) {
-            sampler_->resetBaselines();
+    sampleGeneration_ = generation_;
+    job_.start([sampler = sampler_.get(), reset = &resetRequested_,
+                withProcesses = processHolders_ > 0](JobContext<double>&) {
+        if (reset->exchange(false)) {
+            sampler->resetBaselines();
         }
-        return sampler_->sample(processHolders_ > 0);
-    }));
+        return sampler->sample(withProcesses);
+    });
 }
 
 void SystemMonitorModel::apply(SystemReading reading) {

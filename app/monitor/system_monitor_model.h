@@ -1,12 +1,12 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/monitor/menu_bar_readings.h"
 #include "core/monitor/metric_history.h"
 #include "core/monitor/process_order.h"
 #include "core/monitor/system_health.h"
 #include "core/monitor/system_sampler.h"
 
-#include <QFutureWatcher>
 #include <QObject>
 #include <QThreadPool>
 #include <QTimer>
@@ -83,7 +83,9 @@ private:
     std::atomic<bool> resetRequested_ = false;
     QThreadPool pool_; // one thread: the sampler's own serial queue
     QTimer timer_;
-    QFutureWatcher<SystemReading> watcher_;
+    std::uint64_t sampleGeneration_ = 0; // of the sample in flight
+    // After the sampler and the pool: going, it waits for its sample before they go.
+    BackgroundJob<SystemReading> job_;
     std::optional<SystemReading> latest_;
     SessionTotals totals_;
     std::map<Metric, MetricHistory> histories_;

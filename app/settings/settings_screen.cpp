@@ -24,7 +24,6 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <cmath>
 
@@ -42,7 +41,12 @@ QLabel* noteLabel(const QString& text, QWidget* parent) {
 } // namespace
 
 SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, QWidget* parent)
-    : QWidget(parent), prefs_(preferences), loginItem_(loginItem) {
+    : QWidget(parent), prefs_(preferences), loginItem_(loginItem),
+      permissionJob_(this, {}, [this](PermissionStatuses statuses) {
+          for (auto& [p, label] : permissionStatus_) {
+              label->setText(statusText(statuses[p]));
+          }
+      }) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(
@@ -152,12 +156,6 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     layout->addWidget(permissions);
     layout->addStretch(1);
 
-    connect(&permissionWatcher_, &QFutureWatcher<PermissionStatuses>::finished, this, [this] {
-        const PermissionStatuses statuses = permissionWatcher_.result();
-        for (auto& [p, label] : permissionStatus_) {
-            label->setText(statusText(statuses[p]));
-        }
-    });
     connect(&prefs_, &Preferences::changed, this, &SettingsScreen::syncFromPreferences);
     // A permission may have been granted in the desktop's settings meanwhile.
     connect(qApp, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState s) {
@@ -355,11 +353,8 @@ void SettingsScreen::showEvent(QShowEvent* event) {
 }
 
 void SettingsScreen::probePermissions() {
-    if (!permissionWatcher_.isRunning()) {
-        // The microphone probe asks the sound server and may take a moment.
-        permissionWatcher_.setFuture(
-            QtConcurrent::run([] { return PermissionProbe().currentStatuses(); }));
-    }
+    // The microphone probe asks the sound server and may take a moment.
+    permissionJob_.start([](JobContext<double>&) { return PermissionProbe().currentStatuses(); });
 }
 
 } // namespace tarvik

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/monitor/menu_bar_stat.h"
 #include "core/shell/app_permission.h"
 
-#include <QFutureWatcher>
 #include <QWidget>
 #include <functional>
 #include <map>
@@ -60,7 +60,7 @@ private:
     QLabel* noExclusions_ = nullptr;
     QPushButton* stopExcluding_ = nullptr;
     std::map<AppPermission, QLabel*> permissionStatus_;
-    QFutureWatcher<PermissionStatuses> permissionWatcher_;
+    BackgroundJob<PermissionStatuses> permissionJob_;
 };
 
 } // namespace tarvik

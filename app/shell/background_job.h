@@ -4,6 +4,7 @@
 #include <QFutureWatcher>
 #include <QObject>
 #include <QPointer>
+#include <QThreadPool>
 #include <QTimer>
 #include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
@@ -145,11 +146,17 @@ public:
         cancelled_ = false;
         running_ = true;
         JobContext<Progress> context(state_, owner_, onProgress_);
-        watcher_.setFuture(QtConcurrent::run(
-            [work = std::move(work), context]() mutable { return work(context); }));
+        auto run = [work = std::move(work), context]() mutable {
+            return work(context);
+        };
+        watcher_.setFuture(pool_ != nullptr ? QtConcurrent::run(pool_, std::move(run))
+                                            : QtConcurrent::run(std::move(run)));
         return true;
     }
     void cancel() { state_->cancel = true; }
+    // Runs the work on `pool` instead of the shared one: for work that must not wait behind a
+    // long scan, such as the monitor's sampling.
+    void setPool(QThreadPool* pool) { pool_ = pool; }
 
 private:
     QPointer<QObject> owner_;
@@ -158,6 +165,7 @@ private:
         std::make_shared<job_detail::State<Progress>>();
     bool cancelled_ = false;
     bool running_ = false;
+    QThreadPool* pool_ = nullptr;
     QFutureWatcher<Result> watcher_;
 };
 

@@ -48,6 +48,7 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     connect(frame_, &CleanupScreen::scanRequested, &model_, &JunkModel::scan);
     connect(&model_, &JunkModel::resultsChanged, this, &JunkScreen::rebuild);
     connect(&model_, &JunkModel::selectionChanged, this, &JunkScreen::refreshChecks);
+    connect(&model_, &JunkModel::scanFinished, this, &JunkScreen::refreshSummary);
     connect(tree_, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem* item, int column) {
         if (updating_ || column != 0) {
             return;

@@ -103,6 +103,7 @@ TEST(JunkScreen, ConfirmationNamesCountSizeAndModeAndTheReportShowsFailures) {
     EXPECT_EQ(screen.tree()->topLevelItemCount(), 11);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->checkState(0), Qt::Checked);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->childCount(), 2);
+    EXPECT_EQ(screen.frame().summaryText().toStdString(), "16.4 KB selected (2 items).");
 
     screen.frame().requestRemoval(); // declined: nothing happens
     EXPECT_EQ(asked, "Clean 2 items (16.4 KB)?");

@@ -2,7 +2,7 @@
 
 #include "app/monitor/system_monitor_model.h"
 #include "app/shell/section_icons.h"
-#include "core/shell/navigator.h"
+#include "app/shell/navigator.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

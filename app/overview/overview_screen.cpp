@@ -8,7 +8,7 @@
 #include "app/shell/section_subtitles.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
-#include "core/shell/navigator.h"
+#include "app/shell/navigator.h"
 #include "core/text/metric_format.h"
 
 #include <QFormLayout>

@@ -12,7 +12,7 @@
 #include "core/cleanup/free_space_recorder.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
-#include "core/shell/navigator.h"
+#include "app/shell/navigator.h"
 #include "core/sys/sleep_watcher.h"
 
 #include <QObject>

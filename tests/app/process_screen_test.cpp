@@ -4,7 +4,7 @@
 #include "app/monitor/process_table_model.h"
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
-#include "core/shell/navigator.h"
+#include "app/shell/navigator.h"
 #include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"

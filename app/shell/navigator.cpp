@@ -1,4 +1,4 @@
-#include "core/shell/navigator.h"
+#include "app/shell/navigator.h"
 
 namespace tarvik {
 

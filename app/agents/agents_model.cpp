@@ -4,7 +4,6 @@
 #include "core/settings/preferences.h"
 #include "core/sys/secret_store.h"
 
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 
 namespace tarvik {
@@ -19,25 +18,22 @@ SecretStore keyring() {
 } // namespace
 
 AgentsModel::AgentsModel(Preferences& preferences, QObject* parent)
-    : QObject(parent), prefs_(preferences) {
+    : QObject(parent), prefs_(preferences), spendJob_(this, {}, [this](Spend s) {
+          if (s.period != period_) {
+              loadSpend(); // the period changed while this one was read: the newer one wins
+              return;
+          }
+          spend_ = std::move(s.summary);
+          days_ = std::move(s.days);
+          skippedLines_ = s.skippedLines;
+          emit spendChanged();
+      }) {
     loadOrder();
     timer_.setInterval(kRefreshMs);
     connect(&timer_, &QTimer::timeout, this, &AgentsModel::refresh);
-    connect(&spendWatcher_, &QFutureWatcher<Spend>::finished, this, [this] {
-        Spend s = spendWatcher_.result();
-        spend_ = std::move(s.summary);
-        days_ = std::move(s.days);
-        skippedLines_ = s.skippedLines;
-        emit spendChanged();
-    });
 }
 
-AgentsModel::~AgentsModel() {
-    for (auto& [provider, watcher] : watchers_) {
-        watcher->waitForFinished();
-    }
-    spendWatcher_.waitForFinished();
-}
+AgentsModel::~AgentsModel() = default;
 
 void AgentsModel::loadOrder() {
     std::vector<Card> cards;
@@ -106,32 +102,18 @@ void AgentsModel::fetch(Card& card) {
 }
 
 void AgentsModel::startFetch(AgentProvider provider, std::optional<QString> key) {
-    auto& watcher = watchers_[provider];
-    if (watcher) {
-        watcher->waitForFinished();
+    auto& job = fetches_[provider];
+    if (!job) {
+        job = std::make_unique<BackgroundJob<Outcome>>(
+            this, std::function<void(const double&)>{},
+            [this, provider](Outcome outcome) { finishFetch(provider, std::move(outcome)); });
     }
-    watcher = std::make_unique<QFutureWatcher<Outcome>>();
-    connect(watcher.get(), &QFutureWatcher<Outcome>::finished, this, [this, provider] {
-        const Outcome outcome = watchers_.at(provider)->result();
-        for (Card& c : cards_) {
-            if (c.provider != provider) {
-                continue;
-            }
-            c.loading = false;
-            if (const auto* report = std::get_if<AgentUsageReport>(&outcome)) {
-                c.report = *report;
-                c.error.reset();
-            } else {
-                c.error = std::get<AgentUsageError>(outcome);
-                if (c.error->kind == AgentUsageError::Kind::RateLimited) {
-                    c.notBefore = QDateTime::currentDateTimeUtc().addMSecs(
-                        static_cast<qint64>(c.error->retryAfter * 1000));
-                }
-            }
-        }
-        emit cardsChanged();
-    });
-    watcher->setFuture(QtConcurrent::run([provider, key]() -> Outcome {
+    if (job->isRunning()) {
+        // Asked again while a request is out (a new key, a refresh): it goes once this one ends.
+        again_[provider] = key;
+        return;
+    }
+    job->start([provider, key](JobContext<double>&) -> Outcome {
         try {
             AgentUsageClient::Options options;
             options.pastedKey = [key](AgentProvider) {
@@ -142,7 +124,33 @@ void AgentsModel::startFetch(AgentProvider provider, std::optional<QString> key)
         } catch (const AgentUsageError& e) {
             return e;
         }
-    }));
+    });
+}
+
+void AgentsModel::finishFetch(AgentProvider provider, Outcome outcome) {
+    if (const auto again = again_.find(provider); again != again_.end()) {
+        const std::optional<QString> key = again->second;
+        again_.erase(again);
+        startFetch(provider, key);
+        return;
+    }
+    for (Card& c : cards_) {
+        if (c.provider != provider) {
+            continue;
+        }
+        c.loading = false;
+        if (const auto* report = std::get_if<AgentUsageReport>(&outcome)) {
+            c.report = *report;
+            c.error.reset();
+        } else {
+            c.error = std::get<AgentUsageError>(outcome);
+            if (c.error->kind == AgentUsageError::Kind::RateLimited) {
+                c.notBefore = QDateTime::currentDateTimeUtc().addMSecs(
+                    static_cast<qint64>(c.error->retryAfter * 1000));
+            }
+        }
+    }
+    emit cardsChanged();
 }
 
 void AgentsModel::setEnabled(AgentProvider provider, bool enabled) {
@@ -220,17 +228,15 @@ void AgentsModel::setPeriod(UsagePeriod period) {
 }
 
 void AgentsModel::loadSpend() {
-    if (spendWatcher_.isRunning()) {
-        spendWatcher_.waitForFinished(); // the newer period wins
+    // While a reading runs, it is compared with the period when it ends.
+    if (spendJob_.start([period = period_](JobContext<double>&) {
+            const QDateTime now = QDateTime::currentDateTime();
+            const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
+            return Spend{period, UsageSummary::of(found.events, period, now),
+                         DailySpend::series(found.events, period, now), found.skippedLines};
+        })) {
+        emit spendChanged();
     }
-    const UsagePeriod period = period_;
-    spendWatcher_.setFuture(QtConcurrent::run([period] {
-        const QDateTime now = QDateTime::currentDateTime();
-        const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
-        return Spend{UsageSummary::of(found.events, period, now),
-                     DailySpend::series(found.events, period, now), found.skippedLines};
-    }));
-    emit spendChanged();
 }
 
 AgentSessionReading AgentsModel::sessionReading() const {

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "app/shell/background_job.h"
 #include "core/agents/agent_usage_client.h"
 #include "core/agents/usage_period.h"
 #include "core/agents/usage_summary.h"
 #include "core/monitor/menu_bar_readings.h"
 
-#include <QFutureWatcher>
 #include <QObject>
 #include <QTimer>
 #include <map>
@@ -57,7 +57,7 @@ public:
     void setPeriod(UsagePeriod period);
     // Reads the logs again for the current period, off the interface thread.
     void loadSpend();
-    bool isSpendLoading() const { return spendWatcher_.isRunning(); }
+    bool isSpendLoading() const { return spendJob_.isRunning(); }
     const std::optional<UsageSummary>& spend() const { return spend_; }
     const std::vector<DailySpend>& days() const { return days_; }
     // Log lines too long to read in the last spend reading.
@@ -74,21 +74,24 @@ private:
     void saveOrder();
     void fetch(Card& card);
     void startFetch(AgentProvider provider, std::optional<QString> key);
+    void finishFetch(AgentProvider provider, Outcome outcome);
     Card* find(AgentProvider provider);
     void keyChanged(AgentProvider provider, const QString& error);
 
     Preferences& prefs_;
     std::vector<Card> cards_;
-    std::map<AgentProvider, std::unique_ptr<QFutureWatcher<Outcome>>> watchers_;
+    std::map<AgentProvider, std::unique_ptr<BackgroundJob<Outcome>>> fetches_;
+    std::map<AgentProvider, std::optional<QString>> again_; // asked while a fetch was out
     QTimer timer_;
     int holders_ = 0;
     UsagePeriod period_ = UsagePeriod::Today;
     struct Spend {
+        UsagePeriod period;
         UsageSummary summary;
         std::vector<DailySpend> days;
         std::int64_t skippedLines = 0;
     };
-    QFutureWatcher<Spend> spendWatcher_;
+    BackgroundJob<Spend> spendJob_;
     std::optional<UsageSummary> spend_;
     std::vector<DailySpend> days_;
     std::int64_t skippedLines_ = 0;

@@ -3,6 +3,7 @@
 #include "app/shell/app_models.h"
 #include "app/shell/main_window.h"
 #include "app/shell/tray_item.h"
+#include "core/awake/keep_awake_controller.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -53,8 +54,8 @@ void GuiShell::start() {
     window_ = std::make_unique<MainWindow>(models_);
     tray_ = std::make_unique<TrayItem>(models_);
     connect(tray_.get(), &TrayItem::openWindowRequested, this, &GuiShell::openWindow);
-    connect(tray_.get(), &TrayItem::quitRequested, qApp, &QApplication::quit);
-    connect(window_.get(), &MainWindow::quitRequested, qApp, &QApplication::quit);
+    connect(tray_.get(), &TrayItem::quitRequested, this, &GuiShell::quit);
+    connect(window_.get(), &MainWindow::quitRequested, this, &GuiShell::quit);
 
     // 2. The dock-icon policy with no window open.
     policy_ = plan_.initialPolicy;
@@ -84,6 +85,15 @@ void GuiShell::start() {
         return;
     }
     openWindow();
+}
+
+void GuiShell::quit() {
+    // QApplication::quit first asks every window to close, and closing the window only puts it
+    // away, so Qt drops the quit; exit() ends the event loop itself. The keep-awake locks go
+    // at once; work still running stops between items as its models go.
+    models_.keepAwake().releaseAll();
+    window_->hide();
+    QCoreApplication::exit(0);
 }
 
 void GuiShell::openWindow() {

@@ -21,6 +21,8 @@ public:
 
     void start();
     void openWindow();
+    // Ends Tarvik, from the File menu, Ctrl+Q or the tray.
+    void quit();
 
     MainWindow& window() { return *window_; }
     TrayItem& tray() { return *tray_; }

@@ -63,7 +63,9 @@ MainWindow::MainWindow(AppModels& models, QWidget* parent) : QMainWindow(parent)
 
     auto* fileMenu = menuBar()->addMenu(tr("&File"));
     auto* quit = fileMenu->addAction(tr("&Quit Tarvik"));
-    quit->setShortcut(QKeySequence::Quit);
+    quit->setObjectName(QStringLiteral("quit"));
+    // Ctrl+Q on every desktop: the platform's Quit key is empty on some themes.
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(quit, &QAction::triggered, this, &MainWindow::quitRequested);
     menuBar()->addMenu(NavigationCommands::createMenu(models_.navigator(), this));
 

@@ -29,6 +29,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     keepAwakeMenu(models_.keepAwake(), models_.keyboardLock(), menu_);
     menu_->addSeparator();
     auto* quit = menu_->addAction(tr("Quit Tarvik"));
+    quit->setObjectName(QStringLiteral("quit"));
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
 
     panel_ = new TrayPanel(models_.monitor());

@@ -63,6 +63,8 @@ public:
     const QString& lidError() const { return lidError_; }
 
     void evaluate();
+    // Lets go of every lock at once, as Tarvik quits (going away does it too).
+    void releaseAll();
 
 signals:
     void changed();
@@ -73,7 +75,6 @@ signals:
 private:
     void apply();
     void applyLid(bool target);
-    void releaseAll();
     void armTimer();
 
     Logind logind_;

@@ -10,11 +10,14 @@
 
 #include <QAbstractButton>
 #include <QAbstractItemModelTester>
+#include <QAction>
 #include <QApplication>
 #include <QLabel>
 #include <QListView>
+#include <QMenu>
 #include <QScrollArea>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -143,6 +146,35 @@ TEST(GuiShell, ClosingTheWindowNeverLeavesTarvikUnreachable) {
     EXPECT_EQ(shell.policy(), ActivationPolicy::Regular);
     shell.openWindow();
     EXPECT_FALSE(shell.window().isMinimized());
+}
+
+TEST(GuiShell, QuitEndsTheProgramFromTheWindowFromCtrlQAndFromTheTray) {
+    enum class From { Menu, Shortcut, Tray };
+    for (From from : {From::Menu, From::Shortcut, From::Tray}) {
+        TempHome home;
+        AppModels models(optionsIn(home));
+        // The tray's Quit is tried with the window put away, as after a login start.
+        GuiShell shell(models, /*isLoginLaunch=*/from == From::Tray);
+        shell.start();
+        QTimer::singleShot(0, &shell, [&] {
+            switch (from) {
+            case From::Menu:
+                shell.window().findChild<QAction*>("quit")->trigger();
+                break;
+            case From::Shortcut:
+                // A shortcut reaches only the active window.
+                QApplication::setActiveWindow(&shell.window());
+                QTest::keyClick(&shell.window(), Qt::Key_Q, Qt::ControlModifier);
+                break;
+            case From::Tray:
+                shell.tray().menu()->findChild<QAction*>("quit")->trigger();
+                break;
+            }
+        });
+        // Were the quit dropped, the loop would run on until this stops it.
+        QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
+        EXPECT_EQ(QApplication::exec(), 0) << static_cast<int>(from);
+    }
 }
 
 TEST(GuiShell, ASilentLoginStartWithoutATrayStillGivesAWindow) {

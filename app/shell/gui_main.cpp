@@ -4,6 +4,7 @@
 #include "app/shell/gui_shell.h"
 #include "app/shell/section_icons.h"
 #include "app/shell/single_instance.h"
+#include "app/shell/wheel_guard.h"
 #include "core/shell/login_item.h"
 
 #include <QApplication>
@@ -22,6 +23,8 @@ int runGui(int argc, char** argv) {
     // Desktops without an icon theme of their own still get every section's icon.
     QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
     QApplication::setWindowIcon(appIcon());
+    WheelGuard wheelGuard;
+    app.installEventFilter(&wheelGuard);
 
     const bool isLoginLaunch = LoginItem::currentLaunchIsLogin(QApplication::arguments());
     SingleInstance instance;

@@ -1,14 +1,20 @@
 #include "app/settings/settings_screen.h"
+#include "app/shell/wheel_guard.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "core/sys/xdg_paths.h"
 #include "tests/support/temp_home.h"
 
+#include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDir>
 #include <QDoubleSpinBox>
 #include <QFileInfo>
 #include <QLabel>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QWheelEvent>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -50,6 +56,46 @@ TEST(SettingsScreen, RowsWriteTheStoreAndFollowChangesMadeElsewhere) {
     // Another writer (the tray, the command line) changes a key: the row follows.
     prefs.setValue(pref::kHideDockIcon, true);
     EXPECT_TRUE(screen.findChild<QCheckBox*>("hideDockIcon")->isChecked());
+}
+
+TEST(SettingsScreen, TheWheelScrollsPastValuesAndChangesOnlyTheControlInFocus) {
+    TempHome home;
+    Preferences prefs;
+    LoginItem login(xdg::autostartDir(), "/usr/bin/tarvik");
+    WheelGuard guard;
+    qApp->installEventFilter(&guard);
+    QScrollArea page;
+    page.setWidgetResizable(true);
+    auto* screen = new SettingsScreen(prefs, login);
+    page.setWidget(screen);
+    page.resize(600, 300);
+    page.show();
+    auto* mode = screen->findChild<QComboBox*>(QString::fromUtf8(pref::kFileRemovalMode.data()));
+    auto* interval = screen->findChild<QDoubleSpinBox*>("monitorInterval");
+    ASSERT_TRUE(mode && interval);
+    EXPECT_EQ(mode->focusPolicy(), Qt::StrongFocus); // a wheel gives it no focus
+    const QString modeBefore = prefs.value(pref::kFileRemovalMode).toString();
+    const double intervalBefore = prefs.monitorInterval();
+    auto turn = [](QWidget* w) {
+        const QPointF at(w->width() / 2.0, w->height() / 2.0);
+        QWheelEvent down(at, w->mapToGlobal(at), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                         Qt::NoScrollPhase, false);
+        QApplication::sendEvent(w, &down);
+    };
+    const int top = page.verticalScrollBar()->value();
+    turn(mode);
+    turn(interval);
+    EXPECT_EQ(prefs.value(pref::kFileRemovalMode).toString(), modeBefore);
+    EXPECT_DOUBLE_EQ(prefs.monitorInterval(), intervalBefore);
+    EXPECT_GT(page.verticalScrollBar()->value(), top); // the page scrolled instead
+
+    // With the focus, the wheel is the control's.
+    QApplication::setActiveWindow(&page);
+    interval->setFocus();
+    ASSERT_TRUE(interval->hasFocus());
+    turn(interval);
+    EXPECT_NE(prefs.monitorInterval(), intervalBefore);
+    qApp->removeEventFilter(&guard);
 }
 
 TEST(SettingsScreen, StartAtLoginWritesTheEntryAndShowsWhyItFailed) {

@@ -71,7 +71,7 @@ QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu*
     menu->setToolTipsVisible(true);
 
     auto refresh = [menu, status, off, &controller] {
-        const KeepAwakeState& state = controller.state();
+        const KeepAwakeState state = controller.state();
         status->setText(state.isActive ? awake_text::status(state, controller.now())
                                        : awake_text::sleepSettingsApply());
         off->setVisible(state.isActive);

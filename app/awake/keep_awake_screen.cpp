@@ -238,7 +238,7 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
 }
 
 void KeepAwakeScreen::refresh() {
-    const KeepAwakeState& state = controller_.state();
+    const KeepAwakeState state = controller_.state();
     filling_ = true;
     toggle_->setChecked(state.isActive);
     toggle_->setText(state.isActive ? tr("On") : tr("Off"));

@@ -4,11 +4,11 @@
 #include "app/monitor/health_issues_view.h"
 #include "app/monitor/system_monitor_model.h"
 #include "app/overview/overview_model.h"
+#include "app/shell/navigator.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
-#include "app/shell/navigator.h"
 #include "core/text/metric_format.h"
 
 #include <QFormLayout>
@@ -192,7 +192,7 @@ void OverviewScreen::render() {
 }
 
 void OverviewScreen::renderKeepAwake() {
-    const KeepAwakeState& state = keepAwake_->state();
+    const KeepAwakeState state = keepAwake_->state();
     QString text = awake_text::status(state, keepAwake_->now());
     if (state.isActive) {
         text += QStringLiteral(". ") + awake_text::reason(state);

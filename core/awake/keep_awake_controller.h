@@ -46,7 +46,11 @@ public:
     // open, until it closes.
     void turnOff();
 
-    const KeepAwakeState& state() const { return state_; }
+    // What is in force: keeping awake only while the lock on sleep is really held, so no view
+    // says "On" when the lock was refused or logind is missing (error() says why).
+    KeepAwakeState state() const {
+        return sleepLock_.isHeld() ? state_ : KeepAwakeState::inactive();
+    }
     const QDateTime& now() const { return now_; }
     bool isAssertionHeld() const { return sleepLock_.isHeld(); }
 

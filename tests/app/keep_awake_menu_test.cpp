@@ -1,6 +1,7 @@
 #include "app/awake/keep_awake_menu.h"
 #include "app/shell/app_models.h"
 #include "tests/support/app_options.h"
+#include "tests/support/private_bus.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -10,8 +11,9 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
+using tarvik::test::optionsIn;
+using tarvik::test::PrivateBus;
 using tarvik::test::TempHome;
-using tarvik::test::withoutLogind;
 
 namespace {
 
@@ -35,13 +37,27 @@ template <typename T> T* topLevel(const char* name) {
     return nullptr;
 }
 
+// The menu over a logind stand-in that grants its locks.
 class KeepAwakeMenu : public ::testing::Test {
 protected:
+    void SetUp() override {
+        if (!bus_.isRunning() || !PrivateBus::hasDbusMock() ||
+            !bus_.startMock("org.freedesktop.login1", {"--template", "logind"})) {
+            GTEST_SKIP() << "needs dbus-daemon and python3-dbusmock";
+        }
+        auto options = optionsIn(home_);
+        options.keepAwakeBuses = KeepAwakeBuses{bus_.connection(), bus_.connection()};
+        models_ = std::make_unique<AppModels>(options);
+        menu_ = keepAwakeMenu(models_->keepAwake(), models_->keyboardLock(), &tray_);
+        status_ = menu_->actions().value(0);
+    }
+
     TempHome home_;
-    AppModels models_{withoutLogind(home_)};
+    PrivateBus bus_;
+    std::unique_ptr<AppModels> models_;
     QMenu tray_;
-    QMenu* menu_ = keepAwakeMenu(models_.keepAwake(), models_.keyboardLock(), &tray_);
-    QAction* status_ = menu_->actions().value(0);
+    QMenu* menu_ = nullptr;
+    QAction* status_ = nullptr;
 };
 
 } // namespace
@@ -68,10 +84,10 @@ TEST_F(KeepAwakeMenu, OffersTheDurationsAndTheKeyboardLock) {
 
 TEST_F(KeepAwakeMenu, ADurationKeepsAwakeForThatLongAndTurnOffEndsIt) {
     action(*menu_, "Keep Awake for 2 h")->trigger();
-    const KeepAwakeState& state = models_.keepAwake().state();
+    const KeepAwakeState state = models_->keepAwake().state();
     ASSERT_TRUE(state.isActive);
     ASSERT_TRUE(state.until.has_value());
-    EXPECT_NEAR(models_.keepAwake().now().secsTo(*state.until), 7200, 5);
+    EXPECT_NEAR(models_->keepAwake().now().secsTo(*state.until), 7200, 5);
     EXPECT_EQ(menu_->title(), "Keep Awake: On");
     EXPECT_TRUE(QRegularExpression("^(\\w+ )?\\d\\d:\\d\\d, then your sleep settings apply$")
                     .match(status_->text())
@@ -81,7 +97,7 @@ TEST_F(KeepAwakeMenu, ADurationKeepsAwakeForThatLongAndTurnOffEndsIt) {
     QAction* off = action(*menu_, "Turn Off");
     ASSERT_TRUE(off->isVisible());
     off->trigger();
-    EXPECT_FALSE(models_.keepAwake().state().isActive);
+    EXPECT_FALSE(models_->keepAwake().state().isActive);
     EXPECT_FALSE(off->isVisible());
     EXPECT_EQ(menu_->title(), "Keep Awake");
     EXPECT_EQ(status_->text(), "Sleep settings apply");
@@ -89,8 +105,8 @@ TEST_F(KeepAwakeMenu, ADurationKeepsAwakeForThatLongAndTurnOffEndsIt) {
 
 TEST_F(KeepAwakeMenu, UntilYouTurnItOffHasNoEnd) {
     action(*menu_, "Until you turn it off")->trigger();
-    EXPECT_TRUE(models_.keepAwake().state().isActive);
-    EXPECT_FALSE(models_.keepAwake().state().until.has_value());
+    EXPECT_TRUE(models_->keepAwake().state().isActive);
+    EXPECT_FALSE(models_->keepAwake().state().until.has_value());
     EXPECT_EQ(status_->text(), "Until you turn it off");
 }
 
@@ -98,7 +114,7 @@ TEST_F(KeepAwakeMenu, AKeyboardLockThatFailsFromTheTraySaysWhyWithNoWindowOpen) 
     // Offscreen there is no keyboard to take and no input device to open.
     ASSERT_EQ(topLevel<QMessageBox>("keyboardLockFailure"), nullptr);
     action(*menu_, "Keyboard cleaning…")->trigger();
-    EXPECT_FALSE(models_.keyboardLock().isLocked());
+    EXPECT_FALSE(models_->keyboardLock().isLocked());
     auto* box = topLevel<QMessageBox>("keyboardLockFailure");
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->text(), "Couldn't lock the keyboard");

@@ -1,3 +1,4 @@
+#include "app/awake/keep_awake_menu.h"
 #include "app/awake/keep_awake_screen.h"
 #include "app/awake/schedule_editor.h"
 #include "app/shell/app_models.h"
@@ -9,6 +10,7 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QTest>
@@ -86,8 +88,17 @@ TEST(KeepAwakeScreen, WithoutLogindItSaysWhyAndTheLockFailureIsExplained) {
     TempHome home;
     AppModels models(withoutLogind(home));
     KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
-    QTest::mouseClick(child<QPushButton>(screen, "awakeToggle"), Qt::LeftButton);
+    QMenu tray;
+    QMenu* menu = keepAwakeMenu(models.keepAwake(), models.keyboardLock(), &tray);
+    auto* toggle = child<QPushButton>(screen, "awakeToggle");
+    QTest::mouseClick(toggle, Qt::LeftButton);
     EXPECT_TRUE(labelText(screen, "awakeError").startsWith("Couldn't keep the computer awake"));
+    // Nothing is held, so nothing says On: not the button, the status, the tray or Smart Scan.
+    EXPECT_FALSE(toggle->isChecked());
+    EXPECT_EQ(toggle->text(), "Off");
+    EXPECT_EQ(labelText(screen, "awakeStatus"), "Sleeping normally");
+    EXPECT_EQ(menu->title(), "Keep Awake");
+    EXPECT_FALSE(models.keepAwake().state().isActive);
 
     // Offscreen there is no keyboard to take: the lock fails and says so, leaving nothing held.
     auto* open = child<QPushButton>(screen, "openAccessibilitySettings");

@@ -27,7 +27,7 @@ inline AppModels::Options optionsIn(const TempHome& home, const std::filesystem:
 }
 
 // The same, with keeping awake asked of a bus where nothing answers: it is asked for and can't be
-// given, and the state still follows the menu.
+// given.
 inline AppModels::Options withoutLogind(const TempHome& home) {
     auto o = optionsIn(home);
     o.keepAwakeBuses = KeepAwakeBuses{

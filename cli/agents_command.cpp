@@ -1,12 +1,12 @@
 // tarvik agents: the AI coding agents' plan limits, their estimated spend, and pasted keys.
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/agents/agent_usage_client.h"
-#include "core/agents/agent_usage_json.h"
-#include "core/agents/local_usage_logs.h"
-#include "core/agents/usage_format.h"
-#include "core/agents/usage_period.h"
-#include "core/agents/usage_summary.h"
+#include "core/agents/limits/agent_usage_client.h"
+#include "core/agents/limits/agent_usage_json.h"
+#include "core/agents/spend/local_usage_logs.h"
+#include "core/agents/spend/usage_format.h"
+#include "core/agents/spend/usage_period.h"
+#include "core/agents/spend/usage_summary.h"
 #include "core/settings/preferences.h"
 #include "core/sys/secret_store.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "core/agents/agent_usage_client.h"
-#include "core/agents/usage_period.h"
-#include "core/agents/usage_summary.h"
+#include "core/agents/limits/agent_usage_client.h"
+#include "core/agents/spend/usage_period.h"
+#include "core/agents/spend/usage_summary.h"
 #include "core/monitor/menu_bar_readings.h"
 
 #include <QFutureWatcher>

@@ -4,9 +4,9 @@
 #include "app/agents/limit_bar.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/agents/agent_usage_json.h"
-#include "core/agents/openrouter_usage.h"
-#include "core/agents/usage_format.h"
+#include "core/agents/limits/agent_usage_json.h"
+#include "core/agents/limits/openrouter_usage.h"
+#include "core/agents/spend/usage_format.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,0 +1,34 @@
+#include "core/agents/spend/token_usage.h"
+
+#include "core/agents/limits/usage_json.h"
+
+#include <cmath>
+
+namespace tarvik {
+
+std::optional<double> TokenUsageEvent::cost() const {
+    const auto p = ModelPricing::price(model);
+    if (!p) {
+        return std::nullopt;
+    }
+    return cost(*p);
+}
+
+double TokenUsageEvent::cost(const ModelPrice& p) const {
+    const double sum = static_cast<double>(input) * p.input +
+                       static_cast<double>(output) * p.output +
+                       static_cast<double>(cacheWrite) * p.cacheWrite +
+                       static_cast<double>(cacheRead) * p.cacheRead;
+    return sum / 1'000'000.0;
+}
+
+std::int64_t tokenCount(const QJsonValue& value) {
+    const auto n = UsageJSON::number(value);
+    // The bound keeps a corrupt figure from overflowing the sums.
+    if (!n || !std::isfinite(*n) || *n <= 0 || *n > 1e15) {
+        return 0;
+    }
+    return std::llround(*n);
+}
+
+} // namespace tarvik

@@ -1,5 +1,6 @@
 #include "core/agents/limits/agent_usage_client.h"
 
+#include "core/agents/agent_folders.h"
 #include "core/agents/limits/claude_usage.h"
 #include "core/agents/limits/codex_usage.h"
 #include "core/agents/limits/copilot_usage.h"
@@ -17,6 +18,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 #include <QTimer>
+#include <filesystem>
 
 namespace tarvik {
 namespace {
@@ -48,28 +50,6 @@ AgentEndpoints AgentEndpoints::fromEnvironment() {
     e.openRouter = fromEnv("TARVIK_OPENROUTER_API", e.openRouter);
     return e;
 }
-
-namespace AgentFolders {
-
-std::vector<std::filesystem::path> claude() {
-    std::vector<std::filesystem::path> out;
-    const QByteArray config = qgetenv("CLAUDE_CONFIG_DIR");
-    if (!config.isEmpty()) {
-        out.emplace_back(config.toStdString());
-    }
-    const std::filesystem::path home = QDir::homePath().toStdString();
-    out.push_back(home / ".claude");
-    out.push_back(home / ".config/claude");
-    return out;
-}
-
-std::filesystem::path codexHome() {
-    const QByteArray env = qgetenv("CODEX_HOME");
-    return env.isEmpty() ? std::filesystem::path(QDir::homePath().toStdString()) / ".codex"
-                         : std::filesystem::path(env.toStdString());
-}
-
-} // namespace AgentFolders
 
 QString pastedKeyName(AgentProvider provider) {
     return rawValue(provider);

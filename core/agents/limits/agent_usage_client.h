@@ -5,7 +5,6 @@
 #include <QByteArray>
 #include <QList>
 #include <QUrl>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -26,12 +25,6 @@ struct AgentEndpoints {
     QUrl openRouter = QUrl(QStringLiteral("https://openrouter.ai/"));
     static AgentEndpoints fromEnvironment();
 };
-
-// Where the agents keep their sign-ins and logs, read at call time from the environment.
-namespace AgentFolders {
-std::vector<std::filesystem::path> claude(); // $CLAUDE_CONFIG_DIR, ~/.claude, ~/.config/claude
-std::filesystem::path codexHome();           // $CODEX_HOME or ~/.codex
-} // namespace AgentFolders
 
 // The key pasted for a provider (OpenRouter's API key, a GitHub token for Copilot), kept in
 // the Secret Service under this service name.

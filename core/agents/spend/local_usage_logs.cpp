@@ -1,6 +1,6 @@
 #include "core/agents/spend/local_usage_logs.h"
 
-#include "core/agents/limits/agent_usage_client.h"
+#include "core/agents/agent_folders.h"
 #include "core/agents/spend/claude_log_parser.h"
 #include "core/agents/spend/codex_log_parser.h"
 #include "core/agents/spend/log_lines.h"

@@ -1,9 +1,8 @@
 #include "core/agents/spend/claude_log_parser.h"
 
-#include "core/agents/limits/usage_json.h"
 #include "core/agents/spend/log_lines.h"
+#include "core/agents/time_stamps.h"
 
-#include <QJsonValue>
 #include <cmath>
 #include <optional>
 #include <simdjson.h>
@@ -94,18 +93,18 @@ QString text(std::string_view s) {
 // A time stamp written as text: ISO 8601 (read by hand when in the usual layout) or a number of
 // seconds.
 std::optional<QDateTime> stringDate(std::string_view s) {
-    if (auto d = UsageJSON::isoDate(s)) {
+    if (auto d = TimeStamps::isoDate(s)) {
         return d;
     }
     bool number = false;
     const QString t = text(s);
     const double seconds = t.toDouble(&number);
-    return UsageJSON::date(number ? QJsonValue(seconds) : QJsonValue(t));
+    return number ? TimeStamps::fromSeconds(seconds) : TimeStamps::fromText(t);
 }
 
 // A time stamp written as a number of seconds, to the millisecond.
 std::optional<QDateTime> secondsDate(double seconds) {
-    return UsageJSON::date(QJsonValue(QString::number(seconds, 'f', 3).toDouble()));
+    return TimeStamps::fromSeconds(QString::number(seconds, 'f', 3).toDouble());
 }
 
 // A session keeps to one or two models: their names are converted once per thread and then

@@ -1,6 +1,6 @@
 #include "core/agents/spend/codex_log_parser.h"
 
-#include "core/agents/limits/usage_json.h"
+#include "core/agents/time_stamps.h"
 
 #include <QJsonValue>
 #include <algorithm>
@@ -87,8 +87,8 @@ std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line,
     const Value stamp = root["timestamp"];
     double seconds = 0;
     const auto date = stamp.get_double().get(seconds) == simdjson::SUCCESS
-                          ? UsageJSON::date(QJsonValue(seconds))
-                      : stamp.is_string() ? UsageJSON::date(string(stamp))
+                          ? TimeStamps::fromSeconds(seconds)
+                      : stamp.is_string() ? TimeStamps::fromUtf8(string(stamp))
                                           : std::nullopt;
     if (!date) {
         return std::nullopt;

@@ -1,36 +1,19 @@
 #include "core/agents/spend/codex_log_parser.h"
 
+#include "core/agents/spend/log_json.h"
 #include "core/agents/time_stamps.h"
 
-#include <QJsonValue>
 #include <algorithm>
-#include <cmath>
-#include <simdjson.h>
-#include <string>
 
 namespace tarvik {
 namespace {
 
-namespace dom = simdjson::dom;
-// A value looked up by key: an error, not a value, when a key or an object on the way is missing.
-using Value = simdjson::simdjson_result<dom::element>;
+namespace od = simdjson::ondemand;
 
-std::string_view string(const Value& value) {
-    std::string_view s;
-    return value.get_string().get(s) == simdjson::SUCCESS ? s : std::string_view();
-}
-
-// A JSON number, or a string holding one, as a token count, as tokenCount() reads it.
-std::int64_t count(const Value& value) {
-    double n = 0;
-    if (value.get_double().get(n) == simdjson::SUCCESS) {
-        return tokenCount(QJsonValue(n));
-    }
-    if (!value.is_string()) {
-        return 0;
-    }
-    const std::string_view s = string(value);
-    return tokenCount(QJsonValue(QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()))));
+// Whether nothing follows the root object: two lines run together must not count.
+bool ended(od::document& doc) {
+    const char* rest = nullptr;
+    return doc.current_location().get(rest) == simdjson::OUT_OF_BOUNDS;
 }
 
 } // namespace
@@ -43,53 +26,81 @@ const LogLines::Markers& CodexLogParser::markers() {
 
 std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line,
                                                      std::size_t readableAfter) {
-    // The whole line is checked, as a line cut off mid-write must not count.
-    thread_local dom::parser parser;
-    const auto size = static_cast<std::size_t>(line.size());
-    const char* text = LogLines::withRoomAfter(line, readableAfter, simdjson::SIMDJSON_PADDING);
-    const Value root = parser.parse(text, size, false);
-    if (!root.is_object()) {
+    thread_local od::parser parser;
+    od::document doc;
+    od::object root;
+    if (!LogJSON::root(parser, line, readableAfter, doc, root)) {
         return std::nullopt;
     }
-    const Value payload = root["payload"];
-    const std::string_view type = string(root["type"]);
+    std::optional<std::string_view> type;
+    std::optional<std::string_view> payloadType;
+    std::optional<std::string_view> model;
+    std::optional<Totals> now; // "payload.info.total_token_usage"
+    LogJSON::Stamp stamp;
+    auto info = [&](od::object& o) {
+        return LogJSON::fields(o, [&](std::string_view key, LogJSON::Value value) {
+            return key != "total_token_usage" ||
+                   LogJSON::ifObject(std::move(value), [&](od::object& usage) {
+                       now = Totals{};
+                       return LogJSON::counts(usage, {{"input_tokens", &now->input},
+                                                      {"cached_input_tokens", &now->cached},
+                                                      {"output_tokens", &now->output}});
+                   });
+        });
+    };
+    auto payload = [&](od::object& o) {
+        return LogJSON::fields(o, [&](std::string_view key, LogJSON::Value value) {
+            if (key == "type") {
+                return LogJSON::stringOf(std::move(value), payloadType);
+            }
+            if (key == "model") {
+                return LogJSON::stringOf(std::move(value), model);
+            }
+            return key != "info" || LogJSON::ifObject(std::move(value), info);
+        });
+    };
+    // One pass over the whole line, in the order the fields come: a line cut off mid-write
+    // fails on the way and must not count.
+    const bool read = LogJSON::fields(root, [&](std::string_view key, LogJSON::Value value) {
+        if (key == "type") {
+            return LogJSON::stringOf(std::move(value), type);
+        }
+        if (key == "timestamp") {
+            return stamp.read(std::move(value));
+        }
+        return key != "payload" || LogJSON::ifObject(std::move(value), payload);
+    });
+    if (!read || !ended(doc)) {
+        return std::nullopt;
+    }
     if (type == "turn_context" || type == "session_meta") {
         // Older logs name the model only once, in the session's first line.
-        const std::string_view model = string(payload["model"]);
-        if (!model.empty()) {
-            model_ = QString::fromUtf8(model.data(), static_cast<qsizetype>(model.size()));
+        if (model && !model->empty()) {
+            model_ = LogJSON::text(*model);
         }
         return std::nullopt;
     }
-    if (string(payload["type"]) != "token_count") {
-        return std::nullopt;
-    }
     // Some token_count events carry only rate limits, with "info" null.
-    const Value usage = payload["info"]["total_token_usage"];
-    if (!usage.is_object()) {
+    if (payloadType != "token_count" || !now) {
         return std::nullopt;
     }
-    const Totals now{count(usage["input_tokens"]), count(usage["cached_input_tokens"]),
-                     count(usage["output_tokens"])};
     // Totals that went down mean Codex started counting afresh.
     Totals before = previous_.value_or(Totals{});
-    if (now.input < before.input || now.cached < before.cached || now.output < before.output) {
+    if (now->input < before.input || now->cached < before.cached || now->output < before.output) {
         before = Totals{};
     }
     previous_ = now;
 
-    const std::int64_t input = now.input - before.input;
-    const std::int64_t cached = now.cached - before.cached;
-    const std::int64_t output = now.output - before.output;
+    const std::int64_t input = now->input - before.input;
+    const std::int64_t cached = now->cached - before.cached;
+    const std::int64_t output = now->output - before.output;
     if (input + output < 1) {
         return std::nullopt;
     }
-    const Value stamp = root["timestamp"];
-    double seconds = 0;
-    const auto date = stamp.get_double().get(seconds) == simdjson::SUCCESS
-                          ? TimeStamps::fromSeconds(seconds)
-                      : stamp.is_string() ? TimeStamps::fromUtf8(string(stamp))
-                                          : std::nullopt;
+    const auto date = stamp.kind == LogJSON::Stamp::Kind::Text ? TimeStamps::fromUtf8(stamp.text)
+                      : stamp.kind == LogJSON::Stamp::Kind::Seconds
+                          ? TimeStamps::fromSeconds(stamp.seconds)
+                          : std::nullopt;
     if (!date) {
         return std::nullopt;
     }

@@ -1,9 +1,5 @@
 #include "core/agents/spend/token_usage.h"
 
-#include "core/agents/limits/usage_json.h"
-
-#include <cmath>
-
 namespace tarvik {
 
 std::optional<double> TokenUsageEvent::cost() const {
@@ -20,15 +16,6 @@ double TokenUsageEvent::cost(const ModelPrice& p) const {
                        static_cast<double>(cacheWrite) * p.cacheWrite +
                        static_cast<double>(cacheRead) * p.cacheRead;
     return sum / 1'000'000.0;
-}
-
-std::int64_t tokenCount(const QJsonValue& value) {
-    const auto n = UsageJSON::number(value);
-    // The bound keeps a corrupt figure from overflowing the sums.
-    if (!n || !std::isfinite(*n) || *n <= 0 || *n > 1e15) {
-        return 0;
-    }
-    return std::llround(*n);
 }
 
 } // namespace tarvik

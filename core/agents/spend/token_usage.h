@@ -4,7 +4,6 @@
 #include "core/agents/spend/model_pricing.h"
 
 #include <QDateTime>
-#include <QJsonValue>
 #include <QString>
 #include <cstdint>
 #include <optional>
@@ -26,8 +25,5 @@ struct TokenUsageEvent {
     std::optional<double> cost() const;
     double cost(const ModelPrice& price) const; // at a price already looked up
 };
-
-// A token figure from a log line: a whole number of at least zero; 0 when missing or unreadable.
-std::int64_t tokenCount(const QJsonValue& value);
 
 } // namespace tarvik

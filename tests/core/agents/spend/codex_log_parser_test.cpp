@@ -1,6 +1,8 @@
 // Codex session logs: running totals turned into each answer's tokens, with the model in use.
 #include "core/agents/spend/codex_log_parser.h"
 
+#include <QDir>
+#include <QFile>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -30,6 +32,19 @@ QByteArray totals(std::int64_t input, std::int64_t cached, std::int64_t output,
         .arg(output)
         .arg(input + output)
         .toUtf8();
+}
+
+// A token_count event with `usage` as its totals.
+QByteArray withUsage(const char* usage) {
+    return QByteArray(R"({"timestamp":"2025-09-18T10:05:00Z","type":"event_msg",)"
+                      R"("payload":{"type":"token_count","info":{"total_token_usage":)") +
+           usage + R"(},"rate_limits":null}})";
+}
+
+// The line read where it lies, with `after` in the bytes that follow it.
+std::optional<TokenUsageEvent> inPlace(CodexLogParser& parser, const QByteArray& line, char after) {
+    const QByteArray buffer = line + QByteArray(LogLines::kReadableAfterLine, after);
+    return parser.event(QByteArrayView(buffer).first(line.size()), LogLines::kReadableAfterLine);
 }
 
 std::vector<TokenUsageEvent> read(const std::vector<QByteArray>& lines) {
@@ -127,4 +142,69 @@ TEST(CodexLogParser, ALineReadWhereItLiesIsNotCompletedByTheBytesAfterIt) {
         parser.event(QByteArrayView(buffer).first(whole.size()), LogLines::kReadableAfterLine);
     ASSERT_TRUE(e);
     EXPECT_EQ(e->input, 100);
+}
+
+TEST(CodexLogParser, MalformedLinesEndTheReadAtTheirFirstErrorAndMoveNothing) {
+    // On-demand parsing must not read on in a document after an error: a value of the wrong type
+    // or a malformed one, anywhere on the way to the totals. Lines that once crashed the Claude
+    // Code parser that way too.
+    std::vector<QByteArray> broken = {
+        withUsage(R"({"input_tokens":"20",})"),
+        withUsage(R"({"input_tokens":,"cached_input_tokens":1,"output_tokens":2})"),
+        withUsage(R"({"input_tokens"::10,"output_tokens":5})"),
+        withUsage(R"({"input_tokens":1*,"output_tokens":5})"),
+        withUsage(R"({"input_tokens":[1,"output_tokens":5})"),
+        withUsage(R"({"input_tokens":10,"output_tokens":"5)"),
+        withUsage(R"({"input_tokens":1.,"output_tokens":5})"),
+        withUsage(R"({"input_tokens":10 "output_tokens":5})"),
+        withUsage(R"({"input_tokens":10,"output_tokens":5}}})"),
+        withUsage(R"(["input_tokens",10})"),
+        QByteArray(R"({"timestamp":"2025-09-18T10:05:00Z",,"type":"event_msg","payload":)"
+                   R"({"type":"token_count","info":{"total_token_usage":{"input_tokens":9}}}})"),
+        QByteArray(R"({"timestamp":,"payload":{"type":"token_count","info":)"
+                   R"({"total_token_usage":{"input_tokens":9}}}})"),
+        QByteArray(R"({"timestamp":"2025-09-18T10:05:00Z","payload":{"type":token_count",)"
+                   R"("info":{"total_token_usage":{"input_tokens":9}}}})"),
+        // A broken turn context does not change the model.
+        QByteArray(R"({"type":"turn_context","payload":{"model":"gpt-5-mini",}})"),
+        QByteArray(R"({"type":"turn_context","payload":{"model":"gpt-5-mini"},"cwd":})"),
+    };
+    const QDir crashes(QStringLiteral(TARVIK_FIXTURES "/agents/claude-crashes"));
+    for (const QString& name : crashes.entryList(QDir::Files)) {
+        QFile f(crashes.filePath(name));
+        ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+        broken.push_back(f.readAll());
+    }
+    CodexLogParser parser;
+    ASSERT_FALSE(parser.event(turnContext("gpt-5")));
+    for (const QByteArray& line : broken) {
+        EXPECT_FALSE(parser.event(line)) << line.toStdString();
+        EXPECT_FALSE(inPlace(parser, line, '}')) << line.toStdString();
+    }
+    const auto e = parser.event(totals(100, 0, 10));
+    ASSERT_TRUE(e);
+    EXPECT_EQ(e->input, 100);
+    EXPECT_EQ(e->model, "gpt-5");
+
+    // A time stamp no date can hold leaves the line undated: it moves the totals on, but counts
+    // nothing.
+    EXPECT_FALSE(parser.event(totals(150, 0, 10, "1e300").replace("\"1e300\"", "1e300")));
+    EXPECT_EQ(parser.event(totals(160, 0, 10))->input, 10);
+}
+
+TEST(CodexLogParser, ALineCutAnywhereOrRunIntoTheNextCountsNothing) {
+    // Whatever bytes follow a line read where it lies, they never complete it.
+    const QByteArray whole = totals(100, 0, 10);
+    for (qsizetype n = 0; n < whole.size(); ++n) {
+        const QByteArray cut = whole.first(n);
+        EXPECT_FALSE(CodexLogParser().event(cut)) << n;
+        for (char after : {'}', ']', ',', ':', '"', ' ', '\n', '\0'}) {
+            CodexLogParser parser;
+            EXPECT_FALSE(inPlace(parser, cut, after)) << n << " " << after;
+        }
+    }
+    EXPECT_FALSE(CodexLogParser().event(whole + whole));
+    EXPECT_FALSE(CodexLogParser().event(whole + "}"));
+    CodexLogParser parser;
+    EXPECT_EQ(inPlace(parser, whole + " ", '}')->input, 100);
 }

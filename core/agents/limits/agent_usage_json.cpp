@@ -1,7 +1,5 @@
 #include "core/agents/limits/agent_usage_json.h"
 
-#include "core/text/metric_format.h"
-
 #include <QJsonArray>
 
 namespace tarvik {
@@ -79,15 +77,6 @@ QJsonObject toJson(const AgentUsageError& e) {
         o[QStringLiteral("retryAfter")] = e.retryAfter;
     }
     return o;
-}
-
-QString resetText(const UsageLimit& limit, const QDateTime& now) {
-    if (!limit.resetsAt) {
-        return {};
-    }
-    const double seconds = static_cast<double>(now.secsTo(*limit.resetsAt));
-    return seconds <= 0 ? QStringLiteral("resetting now")
-                        : QStringLiteral("resets in ") + MetricFormat::duration(seconds);
 }
 
 } // namespace tarvik

@@ -65,4 +65,18 @@ struct AgentUsageError {
     static AgentUsageError rateLimited(double s) { return {Kind::RateLimited, {}, 0, s}; }
 };
 
+// A report in the words the Agents screen and `tarvik agents` show it in.
+struct ReportWords {
+    struct Line {
+        QString title;
+        QString text;
+    };
+    QString about;            // plan and account, "Max 20x · octocat"; empty without either
+    std::vector<Line> limits; // one a limit, in the report's order: "42% used · resets in 3 hours"
+    std::vector<Line> credits; // one a balance, in the report's order: "$1.20 of $20.00 used"
+};
+ReportWords describe(const AgentUsageReport& report, const QDateTime& now);
+// "42% used", of a limit's share used.
+QString percentUsed(double used);
+
 } // namespace tarvik

@@ -70,6 +70,47 @@ TEST(UsageLimit, PaceAgainstTheTimeGone) {
     EXPECT_DOUBLE_EQ(*l.elapsed(kNow), 1.0);
 }
 
+TEST(ReportWords, TheLinesTheScreenAndTheCommandShow) {
+    AgentUsageReport r;
+    r.plan = QStringLiteral("Max 20x");
+    r.account = QStringLiteral("octo");
+    UsageLimit session; // half the session gone, 62% used: ahead of an even pace
+    session.title = QStringLiteral("Session");
+    session.used = 0.62;
+    session.window = 18'000;
+    session.resetsAt = kNow.addSecs(9'000);
+    UsageLimit weekly; // half the week gone, 52% used: too close to the pace to say so
+    weekly.title = QStringLiteral("Weekly");
+    weekly.used = 0.52;
+    weekly.window = 604'800;
+    weekly.resetsAt = kNow.addSecs(302'400);
+    weekly.detail = QStringLiteral("144 of 300 left");
+    UsageLimit monthly; // no reset time, no pace
+    monthly.title = QStringLiteral("Monthly");
+    monthly.used = 1.004;
+    r.limits = {session, weekly, monthly};
+    r.credits = {{QStringLiteral("extra"), QStringLiteral("Extra Usage"), 12.345, 50.0},
+                 {QStringLiteral("credits"), QStringLiteral("Credits"), 3, std::nullopt}};
+
+    const ReportWords words = describe(r, kNow);
+    EXPECT_EQ(words.about, "Max 20x · octo");
+    ASSERT_EQ(words.limits.size(), 3u);
+    EXPECT_EQ(words.limits[0].title, "Session");
+    EXPECT_EQ(words.limits[0].text,
+              "62% used · resets in 2 hours, 30 minutes · ahead of an even pace");
+    EXPECT_EQ(words.limits[1].text, "52% used · 144 of 300 left · resets in 3 days, 12 hours");
+    EXPECT_EQ(words.limits[2].text, "100% used");
+    ASSERT_EQ(words.credits.size(), 2u);
+    EXPECT_EQ(words.credits[0].title, "Extra Usage");
+    EXPECT_EQ(words.credits[0].text, "$12.35 of $50.00 used");
+    EXPECT_EQ(words.credits[1].text, "$3.00 used");
+
+    r.plan.reset();
+    EXPECT_EQ(describe(r, kNow).about, "octo");
+    r.account.reset();
+    EXPECT_TRUE(describe(r, kNow).about.isEmpty());
+}
+
 TEST(ClaudeUsage, LimitsInOrderWithExtraUsageAndThePlan) {
     const auto creds = ClaudeUsage::credentials(
         R"({"claudeAiOauth":{"accessToken":"sk-ant-oat01-x","expiresAt":1795348800000,

@@ -103,7 +103,7 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
         }
         return true;
     });
-    if (!read || !haveUsage) {
+    if (!read || !LogJSON::ended(doc) || !haveUsage) {
         return std::nullopt;
     }
     if (e.model.isEmpty()) {

@@ -6,17 +6,8 @@
 #include <algorithm>
 
 namespace tarvik {
-namespace {
 
 namespace od = simdjson::ondemand;
-
-// Whether nothing follows the root object: two lines run together must not count.
-bool ended(od::document& doc) {
-    const char* rest = nullptr;
-    return doc.current_location().get(rest) == simdjson::OUT_OF_BOUNDS;
-}
-
-} // namespace
 
 const LogLines::Markers& CodexLogParser::markers() {
     static const LogLines::Markers kMarkers{"\"token_count\"", "\"turn_context\"",
@@ -70,7 +61,7 @@ std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line,
         }
         return key != "payload" || LogJSON::ifObject(std::move(value), payload);
     });
-    if (!read || !ended(doc)) {
+    if (!read || !LogJSON::ended(doc)) {
         return std::nullopt;
     }
     if (type == "turn_context" || type == "session_meta") {

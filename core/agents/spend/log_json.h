@@ -36,6 +36,13 @@ inline bool root(od::parser& parser, QByteArrayView line, std::size_t readableAf
            doc.get_object().get(object) == simdjson::SUCCESS;
 }
 
+// Whether nothing but white space follows the root object, once it is read: a line is one
+// object, and one run into the next, or with a brace too many, must not count.
+inline bool ended(od::document& doc) {
+    const char* rest = nullptr;
+    return doc.current_location().get(rest) == simdjson::OUT_OF_BOUNDS;
+}
+
 // Calls `onField(key, value)` for each field of `object`, in the order they come; a value it
 // leaves unread is skipped. False at the first error, or when `onField` returns false.
 template <typename OnField> bool fields(od::object& object, OnField&& onField) {

@@ -159,6 +159,22 @@ TEST(ClaudeLogParser, ALineReadWhereItLiesIsNotCompletedByTheBytesAfterIt) {
     EXPECT_EQ(a->event.output, 20);
 }
 
+TEST(ClaudeLogParser, ALineIsOneObjectWhateverFollowsIt) {
+    // A brace too many, or the next line run into this one, voids the line: read from a copy
+    // and where it lies alike, whatever the bytes after it.
+    const QByteArray whole = line("msg_1", "req_1");
+    for (const QByteArray& bad : {whole + "}", whole + whole, whole + R"({"a":1})"}) {
+        EXPECT_FALSE(ClaudeLogParser::answer(bad)) << bad.toStdString();
+        for (char after : {'}', ' ', '\n'}) {
+            const QByteArray buffer = bad + QByteArray(LogLines::kReadableAfterLine, after);
+            EXPECT_FALSE(ClaudeLogParser::answer(QByteArrayView(buffer).first(bad.size()),
+                                                 LogLines::kReadableAfterLine))
+                << bad.toStdString() << " " << after;
+        }
+    }
+    EXPECT_TRUE(ClaudeLogParser::answer(whole + " \t"));
+}
+
 TEST(AnswerKeys, KnowsEveryAnswerSeenAsASetOfIdPairsDoes) {
     // Hundreds of thousands of short ids drawn from a small alphabet, so repeats, shared
     // prefixes and empty request ids are common, through several growths of the table.

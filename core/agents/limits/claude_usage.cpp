@@ -10,10 +10,6 @@
 namespace tarvik::ClaudeUsage {
 namespace {
 
-std::optional<QString> text(const QJsonValue& v) {
-    return v.isString() && !v.toString().isEmpty() ? std::optional(v.toString()) : std::nullopt;
-}
-
 std::optional<UsageLimit> limit(const QJsonValue& value, const QString& id, const QString& title,
                                 std::optional<double> window) {
     if (!value.isObject()) {
@@ -38,7 +34,7 @@ std::optional<UsageLimit> limit(const QJsonValue& value, const QString& id, cons
 std::optional<Credentials> credentials(const QByteArray& json) {
     const QJsonObject oauth =
         QJsonDocument::fromJson(json).object().value(QLatin1String("claudeAiOauth")).toObject();
-    const auto token = text(oauth.value(QLatin1String("accessToken")));
+    const auto token = UsageJSON::text(oauth.value(QLatin1String("accessToken")));
     if (!token) {
         return std::nullopt;
     }
@@ -47,8 +43,8 @@ std::optional<Credentials> credentials(const QByteArray& json) {
     if (const auto ms = UsageJSON::number(oauth.value(QLatin1String("expiresAt")))) {
         c.expiresAt = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(*ms), Qt::UTC);
     }
-    c.subscription = text(oauth.value(QLatin1String("subscriptionType")));
-    c.rateLimitTier = text(oauth.value(QLatin1String("rateLimitTier")));
+    c.subscription = UsageJSON::text(oauth.value(QLatin1String("subscriptionType")));
+    c.rateLimitTier = UsageJSON::text(oauth.value(QLatin1String("rateLimitTier")));
     return c;
 }
 
@@ -66,14 +62,11 @@ std::optional<QString> planName(const std::optional<QString>& rateLimitTier,
 
 std::optional<AgentUsageReport> report(const QByteArray& body, const Credentials& credentials,
                                        const QDateTime& now) {
-    const QJsonDocument doc = QJsonDocument::fromJson(body);
-    if (!doc.isObject()) {
+    auto answer = UsageJSON::read(body, AgentProvider::Claude, now);
+    if (!answer) {
         return std::nullopt;
     }
-    const QJsonObject o = doc.object();
-    AgentUsageReport r;
-    r.provider = AgentProvider::Claude;
-    r.fetchedAt = now;
+    auto& [o, r] = *answer;
     r.plan = planName(credentials.rateLimitTier, credentials.subscription);
     constexpr double kWeek = 604'800;
     if (auto l = limit(o.value(QLatin1String("five_hour")), QStringLiteral("five_hour"),
@@ -107,7 +100,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const Credentials
             r.limits.push_back(*l);
         }
     }
-    return r;
+    return std::move(r);
 }
 
 } // namespace tarvik::ClaudeUsage

@@ -43,10 +43,7 @@ std::optional<Credentials> credentials(const QByteArray& json) {
     Credentials c;
     const QJsonObject tokens = o.value(QLatin1String("tokens")).toObject();
     c.accessToken = tokens.value(QLatin1String("access_token")).toString();
-    const QString account = tokens.value(QLatin1String("account_id")).toString();
-    if (!account.isEmpty()) {
-        c.accountID = account;
-    }
+    c.accountID = UsageJSON::text(tokens.value(QLatin1String("account_id")));
     c.usesAPIKey = !o.value(QLatin1String("OPENAI_API_KEY")).toString().isEmpty();
     if (c.accessToken.isEmpty() && !c.usesAPIKey) {
         return std::nullopt;
@@ -55,17 +52,13 @@ std::optional<Credentials> credentials(const QByteArray& json) {
 }
 
 std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& now) {
-    const QJsonDocument doc = QJsonDocument::fromJson(body);
-    if (!doc.isObject()) {
+    auto answer = UsageJSON::read(body, AgentProvider::Codex, now);
+    if (!answer) {
         return std::nullopt;
     }
-    const QJsonObject o = doc.object();
-    AgentUsageReport r;
-    r.provider = AgentProvider::Codex;
-    r.fetchedAt = now;
-    const QString plan = o.value(QLatin1String("plan_type")).toString();
-    if (!plan.isEmpty()) {
-        r.plan = UsageJSON::capitalized(plan);
+    auto& [o, r] = *answer;
+    if (const auto plan = UsageJSON::text(o.value(QLatin1String("plan_type")))) {
+        r.plan = UsageJSON::capitalized(*plan);
     }
     const QJsonObject limits = o.value(QLatin1String("rate_limit")).toObject();
     if (auto l = window(limits.value(QLatin1String("primary_window")).toObject(),
@@ -87,7 +80,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& 
                             0, 'f', 2);
         }
     }
-    return r;
+    return std::move(r);
 }
 
 std::optional<std::pair<QDateTime, std::vector<UsageLimit>>>

@@ -38,22 +38,15 @@ std::optional<QString> pluginToken(const QByteArray& json) {
 }
 
 std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& now) {
-    const QJsonDocument doc = QJsonDocument::fromJson(body);
-    if (!doc.isObject()) {
+    auto answer = UsageJSON::read(body, AgentProvider::Copilot, now);
+    if (!answer) {
         return std::nullopt;
     }
-    const QJsonObject o = doc.object();
-    AgentUsageReport r;
-    r.provider = AgentProvider::Copilot;
-    r.fetchedAt = now;
-    const QString plan = o.value(QLatin1String("copilot_plan")).toString();
-    if (!plan.isEmpty()) {
-        r.plan = UsageJSON::capitalized(plan);
+    auto& [o, r] = *answer;
+    if (const auto plan = UsageJSON::text(o.value(QLatin1String("copilot_plan")))) {
+        r.plan = UsageJSON::capitalized(*plan);
     }
-    const QString login = o.value(QLatin1String("login")).toString();
-    if (!login.isEmpty()) {
-        r.account = login;
-    }
+    r.account = UsageJSON::text(o.value(QLatin1String("login")));
     auto resets = UsageJSON::date(o.value(QLatin1String("quota_reset_date")));
     if (!resets) {
         resets = UsageJSON::date(o.value(QLatin1String("limited_user_reset_date")));
@@ -96,7 +89,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& 
             r.limits.push_back(l);
         }
     }
-    return r;
+    return std::move(r);
 }
 
 } // namespace tarvik::CopilotUsage

@@ -2,7 +2,6 @@
 
 #include "core/agents/limits/usage_json.h"
 
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <array>
 
@@ -10,19 +9,14 @@ namespace tarvik::OpenRouterUsage {
 
 std::optional<AgentUsageReport> report(const QByteArray& key, const QByteArray& credits,
                                        const QDateTime& now) {
-    const QJsonDocument keyDoc = QJsonDocument::fromJson(key);
-    const QJsonDocument creditsDoc = QJsonDocument::fromJson(credits);
-    if (!keyDoc.isObject() || !creditsDoc.isObject()) {
+    auto answer = UsageJSON::read(key, AgentProvider::OpenRouter, now);
+    const auto creditsBody = UsageJSON::object(credits);
+    if (!answer || !creditsBody) {
         return std::nullopt;
     }
-    AgentUsageReport r;
-    r.provider = AgentProvider::OpenRouter;
-    r.fetchedAt = now;
-    const QJsonObject data = keyDoc.object().value(QLatin1String("data")).toObject();
-    const QString label = data.value(QLatin1String("label")).toString();
-    if (!label.isEmpty()) {
-        r.account = label;
-    }
+    AgentUsageReport& r = answer->report;
+    const QJsonObject data = answer->body.value(QLatin1String("data")).toObject();
+    r.account = UsageJSON::text(data.value(QLatin1String("label")));
     if (data.value(QLatin1String("is_free_tier")).toBool()) {
         r.plan = QStringLiteral("Free");
     }
@@ -36,7 +30,7 @@ std::optional<AgentUsageReport> report(const QByteArray& key, const QByteArray& 
         l.detail = QStringLiteral("$%1 of $%2").arg(usage, 0, 'f', 2).arg(*limit, 0, 'f', 2);
         r.limits.push_back(l);
     }
-    const QJsonObject c = creditsDoc.object().value(QLatin1String("data")).toObject();
+    const QJsonObject c = creditsBody->value(QLatin1String("data")).toObject();
     const auto total = UsageJSON::number(c.value(QLatin1String("total_credits")));
     const auto used = UsageJSON::number(c.value(QLatin1String("total_usage")));
     if (total || used) {
@@ -54,7 +48,7 @@ std::optional<AgentUsageReport> report(const QByteArray& key, const QByteArray& 
     if (!spend.isEmpty()) {
         r.notes << QStringLiteral("Spend: ") + spend.join(QStringLiteral(" · "));
     }
-    return r;
+    return std::move(r);
 }
 
 } // namespace tarvik::OpenRouterUsage

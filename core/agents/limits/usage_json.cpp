@@ -2,10 +2,27 @@
 
 #include "core/agents/time_stamps.h"
 
+#include <QJsonDocument>
 #include <QStringList>
 #include <cmath>
 
 namespace tarvik::UsageJSON {
+
+std::optional<QJsonObject> object(const QByteArray& body) {
+    const QJsonDocument doc = QJsonDocument::fromJson(body);
+    return doc.isObject() ? std::optional(doc.object()) : std::nullopt;
+}
+
+std::optional<Reading> read(const QByteArray& body, AgentProvider provider, const QDateTime& now) {
+    auto o = object(body);
+    if (!o) {
+        return std::nullopt;
+    }
+    Reading r{std::move(*o), {}};
+    r.report.provider = provider;
+    r.report.fetchedAt = now;
+    return r;
+}
 
 std::optional<double> number(const QJsonValue& value) {
     if (value.isDouble()) {
@@ -29,6 +46,11 @@ std::optional<QDateTime> date(const QJsonValue& value) {
         return TimeStamps::fromText(value.toString());
     }
     return std::nullopt;
+}
+
+std::optional<QString> text(const QJsonValue& value) {
+    const QString s = value.toString();
+    return s.isEmpty() ? std::nullopt : std::optional(s);
 }
 
 QString capitalized(const QString& word) {

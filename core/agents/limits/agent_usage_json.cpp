@@ -12,6 +12,15 @@ QJsonValue optional(const std::optional<double>& v) {
     return v ? QJsonValue(*v) : QJsonValue();
 }
 
+// What a limit and a balance both have.
+QJsonObject entry(const QString& id, const QString& title, double used) {
+    QJsonObject j;
+    j[QStringLiteral("id")] = id;
+    j[QStringLiteral("title")] = title;
+    j[QStringLiteral("used")] = used;
+    return j;
+}
+
 QString kindName(AgentUsageError::Kind kind) {
     switch (kind) {
     case AgentUsageError::Kind::NotSignedIn:
@@ -40,10 +49,7 @@ QJsonObject toJson(const AgentUsageReport& r, const QDateTime& now) {
     o[QStringLiteral("account")] = optional(r.account);
     QJsonArray limits;
     for (const UsageLimit& l : r.limits) {
-        QJsonObject j;
-        j[QStringLiteral("id")] = l.id;
-        j[QStringLiteral("title")] = l.title;
-        j[QStringLiteral("used")] = l.used;
+        QJsonObject j = entry(l.id, l.title, l.used);
         j[QStringLiteral("remaining")] = l.remaining();
         j[QStringLiteral("resetsAt")] =
             l.resetsAt ? QJsonValue(l.resetsAt->toUTC().toString(Qt::ISODate)) : QJsonValue();
@@ -55,10 +61,7 @@ QJsonObject toJson(const AgentUsageReport& r, const QDateTime& now) {
     o[QStringLiteral("limits")] = limits;
     QJsonArray credits;
     for (const CreditBalance& c : r.credits) {
-        QJsonObject j;
-        j[QStringLiteral("id")] = c.id;
-        j[QStringLiteral("title")] = c.title;
-        j[QStringLiteral("used")] = c.used;
+        QJsonObject j = entry(c.id, c.title, c.used);
         j[QStringLiteral("limit")] = optional(c.limit);
         j[QStringLiteral("remaining")] = optional(c.remaining());
         credits.append(j);

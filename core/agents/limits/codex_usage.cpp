@@ -57,9 +57,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& 
         return std::nullopt;
     }
     auto& [o, r] = *answer;
-    if (const auto plan = UsageJSON::text(o.value(QLatin1String("plan_type")))) {
-        r.plan = UsageJSON::capitalized(*plan);
-    }
+    r.plan = UsageJSON::plan(o.value(QLatin1String("plan_type")));
     const QJsonObject limits = o.value(QLatin1String("rate_limit")).toObject();
     if (auto l = window(limits.value(QLatin1String("primary_window")).toObject(),
                         QStringLiteral("primary"), now)) {

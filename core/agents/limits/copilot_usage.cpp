@@ -43,9 +43,7 @@ std::optional<AgentUsageReport> report(const QByteArray& body, const QDateTime& 
         return std::nullopt;
     }
     auto& [o, r] = *answer;
-    if (const auto plan = UsageJSON::text(o.value(QLatin1String("copilot_plan")))) {
-        r.plan = UsageJSON::capitalized(*plan);
-    }
+    r.plan = UsageJSON::plan(o.value(QLatin1String("copilot_plan")));
     r.account = UsageJSON::text(o.value(QLatin1String("login")));
     auto resets = UsageJSON::date(o.value(QLatin1String("quota_reset_date")));
     if (!resets) {

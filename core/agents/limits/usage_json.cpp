@@ -57,6 +57,11 @@ QString capitalized(const QString& word) {
     return word.left(1).toUpper() + word.mid(1);
 }
 
+std::optional<QString> plan(const QJsonValue& value) {
+    const auto name = text(value);
+    return name ? std::optional(capitalized(*name)) : std::nullopt;
+}
+
 QString title(const QString& key) {
     QStringList words;
     for (const QString& part : key.split(QLatin1Char('_'), Qt::SkipEmptyParts)) {

@@ -30,6 +30,8 @@ std::optional<QDateTime> date(const QJsonValue& value);
 std::optional<QString> text(const QJsonValue& value);
 // "pro" -> "Pro": a plan name as the services write it, for display.
 QString capitalized(const QString& word);
+// The same of a plan named in an answer; none when it is missing or empty.
+std::optional<QString> plan(const QJsonValue& value);
 // "seven_day_opus" -> "Seven Day Opus"; "oauth" is written "OAuth".
 QString title(const QString& snakeCaseKey);
 // A limit's name from its period: up to 6 hours "Session", from 144 hours "Weekly", from a

@@ -49,12 +49,6 @@ const LogLines::Markers& ClaudeLogParser::markers() {
 
 std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView line,
                                                                std::size_t readableAfter) {
-    thread_local od::parser parser;
-    od::document doc;
-    od::object root;
-    if (!LogJSON::root(parser, line, readableAfter, doc, root)) {
-        return std::nullopt;
-    }
     Answer a;
     TokenUsageEvent& e = a.event;
     e.provider = AgentProvider::Claude;
@@ -84,26 +78,27 @@ std::optional<ClaudeLogParser::Answer> ClaudeLogParser::answer(QByteArrayView li
         }
         return true;
     };
-    // One pass over the fields in the order they come.
-    const bool read = LogJSON::fields(root, [&](std::string_view key, LogJSON::Value value) {
-        if (key == "message") {
-            od::object message;
-            return value.get_object().get(message) == simdjson::SUCCESS &&
-                   LogJSON::fields(message, messageField);
-        }
-        if (key == "timestamp") {
-            return stamp.read(std::move(value));
-        }
-        if (key == "requestId") {
-            std::optional<std::string_view> s;
-            if (!LogJSON::stringOf(std::move(value), s)) {
-                return false;
+    thread_local od::parser parser;
+    const bool read =
+        LogJSON::read(parser, line, readableAfter, [&](std::string_view key, LogJSON::Value value) {
+            if (key == "message") {
+                od::object message;
+                return value.get_object().get(message) == simdjson::SUCCESS &&
+                       LogJSON::fields(message, messageField);
             }
-            a.requestId = s.value_or(std::string_view());
-        }
-        return true;
-    });
-    if (!read || !LogJSON::ended(doc) || !haveUsage) {
+            if (key == "timestamp") {
+                return stamp.read(std::move(value));
+            }
+            if (key == "requestId") {
+                std::optional<std::string_view> s;
+                if (!LogJSON::stringOf(std::move(value), s)) {
+                    return false;
+                }
+                a.requestId = s.value_or(std::string_view());
+            }
+            return true;
+        });
+    if (!read || !haveUsage) {
         return std::nullopt;
     }
     if (e.model.isEmpty()) {

@@ -17,12 +17,6 @@ const LogLines::Markers& CodexLogParser::markers() {
 
 std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line,
                                                      std::size_t readableAfter) {
-    thread_local od::parser parser;
-    od::document doc;
-    od::object root;
-    if (!LogJSON::root(parser, line, readableAfter, doc, root)) {
-        return std::nullopt;
-    }
     std::optional<std::string_view> type;
     std::optional<std::string_view> payloadType;
     std::optional<std::string_view> model;
@@ -50,18 +44,19 @@ std::optional<TokenUsageEvent> CodexLogParser::event(QByteArrayView line,
             return key != "info" || LogJSON::ifObject(std::move(value), info);
         });
     };
-    // One pass over the whole line, in the order the fields come: a line cut off mid-write
-    // fails on the way and must not count.
-    const bool read = LogJSON::fields(root, [&](std::string_view key, LogJSON::Value value) {
-        if (key == "type") {
-            return LogJSON::stringOf(std::move(value), type);
-        }
-        if (key == "timestamp") {
-            return stamp.read(std::move(value));
-        }
-        return key != "payload" || LogJSON::ifObject(std::move(value), payload);
-    });
-    if (!read || !LogJSON::ended(doc)) {
+    // A line cut off mid-write fails on the way and does not count.
+    thread_local od::parser parser;
+    const bool read =
+        LogJSON::read(parser, line, readableAfter, [&](std::string_view key, LogJSON::Value value) {
+            if (key == "type") {
+                return LogJSON::stringOf(std::move(value), type);
+            }
+            if (key == "timestamp") {
+                return stamp.read(std::move(value));
+            }
+            return key != "payload" || LogJSON::ifObject(std::move(value), payload);
+        });
+    if (!read) {
         return std::nullopt;
     }
     if (type == "turn_context" || type == "session_meta") {

@@ -14,6 +14,7 @@
 #include <optional>
 #include <simdjson.h>
 #include <string_view>
+#include <utility>
 
 namespace tarvik::LogJSON {
 
@@ -23,24 +24,6 @@ using Value = simdjson::simdjson_result<od::value>;
 
 inline QString text(std::string_view s) {
     return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
-}
-
-// The line's root object in `doc`, read where the line lies when `readableAfter` leaves simdjson
-// the room it reads past its input, else from a copy; false when the line is not an object.
-inline bool root(od::parser& parser, QByteArrayView line, std::size_t readableAfter,
-                 od::document& doc, od::object& object) {
-    const auto size = static_cast<std::size_t>(line.size());
-    const char* input = LogLines::withRoomAfter(line, readableAfter, simdjson::SIMDJSON_PADDING);
-    return parser.iterate(input, size, size + simdjson::SIMDJSON_PADDING).get(doc) ==
-               simdjson::SUCCESS &&
-           doc.get_object().get(object) == simdjson::SUCCESS;
-}
-
-// Whether nothing but white space follows the root object, once it is read: a line is one
-// object, and one run into the next, or with a brace too many, must not count.
-inline bool ended(od::document& doc) {
-    const char* rest = nullptr;
-    return doc.current_location().get(rest) == simdjson::OUT_OF_BOUNDS;
 }
 
 // Calls `onField(key, value)` for each field of `object`, in the order they come; a value it
@@ -53,6 +36,24 @@ template <typename OnField> bool fields(od::object& object, OnField&& onField) {
         }
     }
     return true;
+}
+
+// One pass over the fields of the line's root object, as fields() makes it. The line is read
+// where it lies when `readableAfter` leaves simdjson the room it reads past its input, else from
+// a copy; the strings read stay in `parser` until its next line. False when the line is not one
+// whole object (one run into the next, or with a brace too many, does not count), or when
+// `onField` returns false.
+template <typename OnField>
+bool read(od::parser& parser, QByteArrayView line, std::size_t readableAfter, OnField&& onField) {
+    const auto size = static_cast<std::size_t>(line.size());
+    const char* input = LogLines::withRoomAfter(line, readableAfter, simdjson::SIMDJSON_PADDING);
+    od::document doc;
+    od::object root;
+    const char* rest = nullptr;
+    return parser.iterate(input, size, size + simdjson::SIMDJSON_PADDING).get(doc) ==
+               simdjson::SUCCESS &&
+           doc.get_object().get(root) == simdjson::SUCCESS && fields(root, onField) &&
+           doc.current_location().get(rest) == simdjson::OUT_OF_BOUNDS;
 }
 
 // The value and its type; false when it is malformed.

@@ -46,6 +46,12 @@ template <typename OnField> bool fields(od::object& object, OnField&& onField) {
 template <typename OnField>
 bool read(od::parser& parser, QByteArrayView line, std::size_t readableAfter, OnField&& onField) {
     const auto size = static_cast<std::size_t>(line.size());
+    // simdjson counts a document's braces only when a closing one follows it, and a malformed
+    // line it would otherwise take then fails: such a line is read from a copy, so that what
+    // follows a line never changes how it reads.
+    if (readableAfter > 0 && line.data()[line.size()] == '}') {
+        readableAfter = 0;
+    }
     const char* input = LogLines::withRoomAfter(line, readableAfter, simdjson::SIMDJSON_PADDING);
     od::document doc;
     od::object root;

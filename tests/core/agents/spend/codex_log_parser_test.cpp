@@ -204,6 +204,15 @@ TEST(CodexLogParser, ALineCutAnywhereOrRunIntoTheNextCountsNothing) {
         }
     }
     EXPECT_FALSE(CodexLogParser().event(whole + whole));
+    // Malformed in a part that is never read, the line reads the same whatever follows it.
+    const QByteArray skipped =
+        R"({"timestamp":"2025-09-18","payload":{"type":"token_count","info":)"
+        R"({"total_token_usage":{"input_tokens":2},"":{""},"":}}}})";
+    for (char after : {'}', ' '}) {
+        CodexLogParser parser;
+        EXPECT_EQ(inPlace(parser, skipped, after).has_value(),
+                  CodexLogParser().event(skipped).has_value());
+    }
     EXPECT_FALSE(CodexLogParser().event(whole + "}"));
     CodexLogParser parser;
     EXPECT_EQ(inPlace(parser, whole + " ", '}')->input, 100);

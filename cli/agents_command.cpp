@@ -1,12 +1,12 @@
 // tarvik agents: the AI coding agents' plan limits, their estimated spend, and pasted keys.
 #include "cli/commands.h"
 #include "cli/output.h"
-#include "core/agents/agent_usage_client.h"
-#include "core/agents/agent_usage_json.h"
-#include "core/agents/local_usage_logs.h"
-#include "core/agents/usage_format.h"
-#include "core/agents/usage_period.h"
-#include "core/agents/usage_summary.h"
+#include "core/agents/limits/agent_usage_client.h"
+#include "core/agents/limits/agent_usage_json.h"
+#include "core/agents/spend/local_usage_logs.h"
+#include "core/agents/spend/usage_format.h"
+#include "core/agents/spend/usage_period.h"
+#include "core/agents/spend/usage_summary.h"
 #include "core/settings/preferences.h"
 #include "core/sys/secret_store.h"
 
@@ -38,43 +38,18 @@ std::vector<AgentProvider> enabledProviders() {
     return out;
 }
 
-QString percent(double fraction) {
-    return QString::number(qRound(fraction * 100.0)) + QLatin1Char('%');
-}
-
 void printReport(const AgentUsageReport& r, const QDateTime& now) {
+    const ReportWords words = describe(r, now);
     QString heading = title(r.provider);
-    QStringList about;
-    if (r.plan) {
-        about << *r.plan;
-    }
-    if (r.account) {
-        about << *r.account;
-    }
-    if (!about.isEmpty()) {
-        heading += QStringLiteral(" — ") + about.join(QStringLiteral(" · "));
+    if (!words.about.isEmpty()) {
+        heading += QStringLiteral(" — ") + words.about;
     }
     printLine(heading);
     std::vector<std::pair<QString, QString>> rows;
-    for (const UsageLimit& l : r.limits) {
-        QStringList parts{percent(l.used) + QStringLiteral(" used")};
-        if (l.detail) {
-            parts << *l.detail;
+    for (const auto* lines : {&words.limits, &words.credits}) {
+        for (const ReportWords::Line& line : *lines) {
+            rows.emplace_back(QStringLiteral("  ") + line.title, line.text);
         }
-        if (const QString reset = resetText(l, now); !reset.isEmpty()) {
-            parts << reset;
-        }
-        if (const auto margin = l.paceMargin(now); margin && *margin < 0) {
-            parts << QStringLiteral("ahead of an even pace");
-        }
-        rows.emplace_back(QStringLiteral("  ") + l.title, parts.join(QStringLiteral(" · ")));
-    }
-    for (const CreditBalance& c : r.credits) {
-        rows.emplace_back(
-            QStringLiteral("  ") + c.title,
-            c.limit
-                ? QStringLiteral("$%1 of $%2 used").arg(c.used, 0, 'f', 2).arg(*c.limit, 0, 'f', 2)
-                : QStringLiteral("$%1 used").arg(c.used, 0, 'f', 2));
     }
     if (!rows.empty()) {
         printRows(rows);

@@ -1,6 +1,6 @@
 #include "app/agents/agents_model.h"
 
-#include "core/agents/local_usage_logs.h"
+#include "core/agents/spend/local_usage_logs.h"
 #include "core/settings/preferences.h"
 #include "core/sys/secret_store.h"
 

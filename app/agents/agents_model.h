@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/shell/background_job.h"
-#include "core/agents/agent_usage_client.h"
-#include "core/agents/usage_period.h"
-#include "core/agents/usage_summary.h"
+#include "core/agents/limits/agent_usage_client.h"
+#include "core/agents/spend/usage_period.h"
+#include "core/agents/spend/usage_summary.h"
 #include "core/monitor/menu_bar_readings.h"
 
 #include <QObject>

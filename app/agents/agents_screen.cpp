@@ -4,9 +4,9 @@
 #include "app/agents/limit_bar.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
-#include "core/agents/agent_usage_json.h"
-#include "core/agents/openrouter_usage.h"
-#include "core/agents/usage_format.h"
+#include "core/agents/limits/agent_usage_report.h"
+#include "core/agents/limits/openrouter_usage.h"
+#include "core/agents/spend/usage_format.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -30,10 +30,6 @@ QLabel* quiet(const QString& text, QWidget* parent) {
     l->setForegroundRole(QPalette::PlaceholderText);
     l->setWordWrap(true);
     return l;
-}
-
-QString percentUsed(double used) {
-    return QStringLiteral("%1% used").arg(qRound(used * 100.0));
 }
 
 } // namespace
@@ -195,46 +191,26 @@ QWidget* AgentsScreen::buildCard(int index) {
         v->addWidget(error);
     } else if (c.report) {
         const AgentUsageReport& r = *c.report;
-        QStringList about;
-        if (r.plan) {
-            about << *r.plan;
-        }
-        if (r.account) {
-            about << *r.account;
-        }
-        if (!about.isEmpty()) {
-            v->addWidget(new QLabel(about.join(QStringLiteral(" · ")), box));
+        const ReportWords words = describe(r, now);
+        if (!words.about.isEmpty()) {
+            v->addWidget(new QLabel(words.about, box));
         }
         auto* grid = new QGridLayout();
         int row = 0;
-        for (const UsageLimit& l : r.limits) {
+        for (std::size_t i = 0; i < r.limits.size(); ++i) {
+            const UsageLimit& l = r.limits[i];
             auto* bar = new LimitBar(box);
             bar->setObjectName(QStringLiteral("limit_") + key + QLatin1Char('_') + l.id);
             bar->setValues(l.used, l.elapsed(now));
             bar->setAccessibleName(l.title + QStringLiteral(": ") + percentUsed(l.used));
-            QStringList words{percentUsed(l.used)};
-            if (l.detail) {
-                words << *l.detail;
-            }
-            if (const QString reset = resetText(l, now); !reset.isEmpty()) {
-                words << reset;
-            }
-            if (const auto margin = l.paceMargin(now); margin && *margin < -0.05) {
-                words << tr("ahead of an even pace");
-            }
             grid->addWidget(new QLabel(l.title, box), row, 0);
             grid->addWidget(bar, row, 1);
-            grid->addWidget(quiet(words.join(QStringLiteral(" · ")), box), row, 2);
+            grid->addWidget(quiet(words.limits[i].text, box), row, 2);
             ++row;
         }
-        for (const CreditBalance& credit : r.credits) {
+        for (const ReportWords::Line& credit : words.credits) {
             grid->addWidget(new QLabel(credit.title, box), row, 0);
-            grid->addWidget(quiet(credit.limit ? tr("$%1 of $%2 used")
-                                                     .arg(credit.used, 0, 'f', 2)
-                                                     .arg(*credit.limit, 0, 'f', 2)
-                                               : tr("$%1 used").arg(credit.used, 0, 'f', 2),
-                                  box),
-                            row, 1, 1, 2);
+            grid->addWidget(quiet(credit.text, box), row, 1, 1, 2);
             ++row;
         }
         grid->setColumnStretch(1, 1);

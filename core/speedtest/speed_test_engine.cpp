@@ -1,6 +1,6 @@
 #include "core/speedtest/speed_test_engine.h"
 
-#include "core/agents/retry_after.h"
+#include "core/agents/limits/retry_after.h"
 #include "core/sys/tcp_acked.h"
 
 #include <QBuffer>

@@ -1,0 +1,61 @@
+// List prices by model name and what an answer's tokens cost at them.
+#include "core/agents/spend/model_pricing.h"
+#include "core/agents/spend/token_usage.h"
+
+#include <gtest/gtest.h>
+
+using namespace tarvik;
+
+namespace {
+
+// input / output / cache write / cache read, or "none".
+std::string prices(const char* model) {
+    const auto p = ModelPricing::price(QString::fromLatin1(model));
+    if (!p) {
+        return "none";
+    }
+    return QString::asprintf("%g/%g/%g/%g", p->input, p->output, p->cacheWrite, p->cacheRead)
+        .toStdString();
+}
+
+} // namespace
+
+TEST(ModelPricing, ClaudeByFamilyNewestFirstAndGptByExactName) {
+    EXPECT_EQ(prices("claude-opus-4-5-20251101"), "5/25/6.25/0.5");
+    EXPECT_EQ(prices("claude-opus-4-1"), "15/75/18.75/1.5");
+    EXPECT_EQ(prices("claude-3-opus-20240229"), "15/75/18.75/1.5");
+    EXPECT_EQ(prices("claude-sonnet-4-5-20250929"), "3/15/3.75/0.3");
+    EXPECT_EQ(prices("claude-3-7-sonnet-20250219"), "3/15/3.75/0.3");
+    EXPECT_EQ(prices("claude-haiku-4-5-20251001"), "1/5/1.25/0.1");
+    EXPECT_EQ(prices("claude-3-5-haiku-20241022"), "0.8/4/1/0.08");
+    EXPECT_EQ(prices("claude-3-haiku-20240307"), "0.25/1.25/0.3/0.03");
+    EXPECT_EQ(prices("Claude-Opus-4-5"), "5/25/6.25/0.5");
+
+    EXPECT_EQ(prices("GPT-5-Codex"), "1.25/10/0/0.125");
+    EXPECT_EQ(prices("gpt-5.1"), "1.25/10/0/0.125");
+    EXPECT_EQ(prices("gpt-5.1-codex-mini"), "0.25/2/0/0.025");
+    EXPECT_EQ(prices("gpt-5-nano"), "0.05/0.4/0/0.005");
+    EXPECT_EQ(prices("gpt-5-codex-high"), "none");
+    EXPECT_EQ(prices("gpt-4o"), "none");
+    EXPECT_EQ(prices("unknown"), "none");
+    EXPECT_EQ(prices(""), "none");
+}
+
+TEST(TokenUsageEvent, EachKindOfTokenAtItsOwnPricePerMillion) {
+    TokenUsageEvent sonnet;
+    sonnet.model = QStringLiteral("claude-sonnet-4-5");
+    sonnet.input = 1'000'000;
+    EXPECT_DOUBLE_EQ(*sonnet.cost(), 3.00);
+
+    TokenUsageEvent opus;
+    opus.model = QStringLiteral("claude-opus-4-5-20251101");
+    opus.input = 1000;
+    opus.output = 2000;
+    opus.cacheWrite = 4000;
+    opus.cacheRead = 8000;
+    EXPECT_EQ(opus.totalTokens(), 15'000);
+    EXPECT_DOUBLE_EQ(*opus.cost(), (1000 * 5.0 + 2000 * 25.0 + 4000 * 6.25 + 8000 * 0.5) / 1e6);
+
+    opus.model = QStringLiteral("gpt-5-codex-high");
+    EXPECT_FALSE(opus.cost());
+}

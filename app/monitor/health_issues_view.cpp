@@ -1,8 +1,8 @@
 #include "app/monitor/health_issues_view.h"
 
 #include "app/monitor/system_monitor_model.h"
-#include "app/shell/section_icons.h"
 #include "app/shell/navigator.h"
+#include "app/shell/section_icons.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

@@ -7,12 +7,12 @@
 #include "app/junk/junk_model.h"
 #include "app/monitor/system_monitor_model.h"
 #include "app/overview/overview_model.h"
+#include "app/shell/navigator.h"
 #include "app/speedtest/speed_test_model.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/cleanup/free_space_recorder.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
-#include "app/shell/navigator.h"
 #include "core/sys/sleep_watcher.h"
 
 #include <QObject>

@@ -1,7 +1,7 @@
 #include "app/shell/navigation_commands.h"
 
-#include "app/shell/section_icons.h"
 #include "app/shell/navigator.h"
+#include "app/shell/section_icons.h"
 #include "core/text/qt_text.h"
 
 #include <QMenu>

@@ -4,6 +4,7 @@
 #include "app/shell/gui_shell.h"
 #include "app/shell/section_icons.h"
 #include "app/shell/single_instance.h"
+#include "app/shell/theme.h"
 #include "app/shell/wheel_guard.h"
 #include "core/shell/login_item.h"
 
@@ -20,9 +21,11 @@ int runGui(int argc, char** argv) {
     QApplication::setApplicationVersion(QStringLiteral(TARVIK_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("org.pellor.tarvik"));
     QApplication::setQuitOnLastWindowClosed(false);
-    // Desktops without an icon theme of their own still get every section's icon.
+    // Desktops without an icon theme of their own still get the file kinds' icons.
     QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
     QApplication::setWindowIcon(appIcon());
+    Theme theme(std::make_unique<ColorSchemePortal>());
+    theme.start();
     WheelGuard wheelGuard;
     app.installEventFilter(&wheelGuard);
 

@@ -14,7 +14,9 @@
 #include "app/shell/app_models.h"
 #include "app/shell/navigation_commands.h"
 #include "app/shell/section_icons.h"
+#include "app/shell/sidebar_delegate.h"
 #include "app/shell/sidebar_model.h"
+#include "app/shell/theme.h"
 #include "app/shell/unavailable_screen.h"
 #include "app/speedtest/speed_test_screen.h"
 #include "core/sys/xdg_paths.h"
@@ -44,16 +46,21 @@ MainWindow::MainWindow(AppModels& models, QWidget* parent) : QMainWindow(parent)
     sidebar_->setModel(sidebarModel_);
     sidebar_->setSelectionMode(QAbstractItemView::SingleSelection);
     sidebar_->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    sidebar_->setIconSize(QSize(18, 18));
-    sidebar_->setSpacing(1);
-    sidebar_->setMinimumWidth(190);
+    sidebar_->setItemDelegate(new SidebarDelegate(sidebar_));
+    sidebar_->setMouseTracking(true); // the hover highlight
+    sidebar_->setMinimumWidth(200);
     sidebar_->setFrameShape(QFrame::NoFrame);
     sidebar_->setBackgroundRole(QPalette::Window);
+    sidebar_->viewport()->setBackgroundRole(QPalette::Window);
+    sidebar_->setContentsMargins(0, space::s, 0, space::s);
+    sidebar_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    sidebar_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // titles elide instead
 
     stack_ = new QStackedWidget(this);
     stack_->setObjectName(QStringLiteral("detail"));
 
     auto* splitter = new QSplitter(this);
+    splitter->setHandleWidth(1);
     splitter->addWidget(sidebar_);
     splitter->addWidget(stack_);
     splitter->setStretchFactor(1, 1);

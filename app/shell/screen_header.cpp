@@ -1,5 +1,7 @@
 #include "app/shell/screen_header.h"
 
+#include "app/shell/theme.h"
+
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -8,16 +10,15 @@ namespace tarvik {
 ScreenHeader::ScreenHeader(const QString& title, const QString& subtitle, QWidget* parent)
     : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 8);
+    layout->setContentsMargins(0, 0, 0, space::s);
+    layout->setSpacing(space::xs);
     auto* titleLabel = new QLabel(title, this);
-    QFont f = titleLabel->font();
-    f.setPointSizeF(f.pointSizeF() * 1.6);
-    f.setBold(true);
-    titleLabel->setFont(f);
+    titleLabel->setObjectName(QStringLiteral("screenTitle"));
+    setTextStyle(titleLabel, TextStyle::Title);
     titleLabel->setAccessibleName(title);
     auto* subtitleLabel = new QLabel(subtitle, this);
     subtitleLabel->setWordWrap(true);
-    subtitleLabel->setForegroundRole(QPalette::PlaceholderText);
+    setTextStyle(subtitleLabel, TextStyle::Secondary);
     layout->addWidget(titleLabel);
     layout->addWidget(subtitleLabel);
 }

@@ -1,80 +1,118 @@
 #include "app/shell/section_icons.h"
 
+#include <QFile>
 #include <QGuiApplication>
+#include <QIconEngine>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPalette>
 #include <QPixmap>
-#include <map>
+#include <QPixmapCache>
+#include <QSvgRenderer>
 
 namespace tarvik {
-
-QStringList themeIconNames(std::string_view symbol) {
-    static const std::map<std::string_view, QStringList> kNames{
-        {"sparkles", {"starred-symbolic", "starred"}},
-        {"trash.circle", {"user-trash-symbolic", "user-trash"}},
-        {"doc.badge.ellipsis", {"document-open-recent-symbolic", "document-open-recent"}},
-        {"doc.on.doc", {"edit-copy-symbolic", "edit-copy"}},
-        {"chevron.left.forwardslash.chevron.right",
-         {"applications-engineering-symbolic", "applications-development"}},
-        {"chart.pie", {"drive-harddisk-symbolic", "drive-harddisk"}},
-        {"waveform.path.ecg",
-         {"utilities-system-monitor-symbolic", "utilities-system-monitor",
-          "power-profile-performance-symbolic"}},
-        {"server.rack", {"network-server-symbolic", "network-server"}},
-        {"cpu", {"system-run-symbolic", "system-run"}},
-        {"speedometer", {"network-transmit-receive-symbolic", "network-transmit-receive"}},
-        {"stethoscope", {"emblem-ok-symbolic", "emblem-ok"}},
-        {"info.circle", {"dialog-information-symbolic", "dialog-information"}},
-        {"xmark.app", {"edit-delete-symbolic", "edit-delete"}},
-        {"mug", {"package-x-generic-symbolic", "package-x-generic"}},
-        {"square.grid.3x3.fill", {"view-app-grid-symbolic", "view-grid-symbolic", "view-grid"}},
-        {"cup.and.heat.waves", {"weather-clear-night-symbolic", "weather-clear-night"}},
-        {"slider.horizontal.3", {"preferences-system-symbolic", "preferences-system"}},
-        // Health issues.
-        {"memorychip", {"media-flash-symbolic", "media-flash", "dialog-warning"}},
-        {"arrow.left.arrow.right", {"media-playlist-repeat-symbolic", "view-refresh"}},
-        {"thermometer.high", {"weather-clear-symbolic", "dialog-warning-symbolic"}},
-        {"internaldrive", {"drive-harddisk-symbolic", "drive-harddisk"}},
-        {"battery.25", {"battery-caution-symbolic", "battery-caution"}},
-        {"battery.0", {"battery-empty-symbolic", "battery-empty"}},
-        {"arrow.clockwise", {"system-reboot-symbolic", "system-reboot"}},
-    };
-    const auto it = kNames.find(symbol);
-    return it == kNames.end() ? QStringList{} : it->second;
-}
-
 namespace {
 
-QIcon drawnBadge(const QString& letter) {
-    QIcon icon;
-    const QColor ink = QGuiApplication::palette().color(QPalette::WindowText);
-    for (int size : {16, 22, 32, 48}) {
-        QPixmap pm(size, size);
+QString resourceOf(std::string_view symbol) {
+    return QStringLiteral(":/symbols/%1.svg")
+        .arg(QString::fromUtf8(symbol.data(), static_cast<int>(symbol.size())));
+}
+
+// Draws one symbol in the colour its mode asks for, read from the palette at drawing time so
+// a switch between light and dark repaints every icon in the new colour.
+class SymbolEngine : public QIconEngine {
+public:
+    SymbolEngine(QString name, QByteArray svg, std::optional<QColor> tint, QString badge)
+        : name_(std::move(name)), svg_(std::move(svg)), tint_(tint), badge_(std::move(badge)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+        const int side = std::min(rect.width(), rect.height());
+        const QRect square(rect.x() + (rect.width() - side) / 2,
+                           rect.y() + (rect.height() - side) / 2, side, side);
+        const QColor ink = colour(mode);
+        if (svg_.isEmpty()) {
+            drawBadge(*painter, square, ink);
+            return;
+        }
+        QByteArray inked = svg_;
+        // SVG Tiny reads #rrggbb only; the palette's inks are opaque.
+        inked.replace("currentColor", ink.name(QColor::HexRgb).toLatin1());
+        QSvgRenderer renderer(inked);
+        renderer.render(painter, square);
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        const QString key = QStringLiteral("tarvik-symbol:%1:%2x%3:%4")
+                                .arg(name_)
+                                .arg(size.width())
+                                .arg(size.height())
+                                .arg(colour(mode).rgba());
+        QPixmap pm;
+        if (QPixmapCache::find(key, &pm)) {
+            return pm;
+        }
+        pm = QPixmap(size);
         pm.fill(Qt::transparent);
-        QPainter p(&pm);
+        {
+            QPainter p(&pm);
+            p.setRenderHint(QPainter::Antialiasing);
+            paint(&p, QRect(QPoint(0, 0), size), mode, state);
+        }
+        QPixmapCache::insert(key, pm);
+        return pm;
+    }
+
+    QIconEngine* clone() const override { return new SymbolEngine(*this); }
+    QString key() const override { return QStringLiteral("tarvik-symbol"); }
+    QString iconName() override { return name_; }
+
+private:
+    QColor colour(QIcon::Mode mode) const {
+        const QPalette palette = QGuiApplication::palette();
+        switch (mode) {
+        case QIcon::Disabled:
+            return palette.color(QPalette::Disabled, QPalette::WindowText);
+        case QIcon::Selected:
+            return palette.color(QPalette::Active, QPalette::HighlightedText);
+        case QIcon::Normal:
+        case QIcon::Active:
+            break;
+        }
+        return tint_.value_or(palette.color(QPalette::Active, QPalette::WindowText));
+    }
+
+    void drawBadge(QPainter& p, const QRect& r, const QColor& ink) const {
+        p.save();
         p.setRenderHint(QPainter::Antialiasing);
-        p.setPen(QPen(ink, std::max(1.0, size / 16.0)));
-        p.drawEllipse(QRectF(1, 1, size - 2, size - 2));
+        p.setPen(QPen(ink, std::max(1.0, r.width() / 14.0)));
+        p.drawEllipse(QRectF(r).adjusted(1, 1, -1, -1));
         QFont f = p.font();
-        f.setPixelSize(size * 5 / 8);
+        f.setPixelSize(std::max(6, r.height() * 5 / 9));
         f.setBold(true);
         p.setFont(f);
-        p.drawText(QRect(0, 0, size, size), Qt::AlignCenter, letter);
-        icon.addPixmap(pm);
+        p.drawText(r, Qt::AlignCenter, badge_.left(1));
+        p.restore();
     }
-    return icon;
-}
+
+    QString name_;
+    QByteArray svg_;
+    std::optional<QColor> tint_;
+    QString badge_;
+};
 
 } // namespace
 
-QIcon symbolIcon(std::string_view symbol, const QString& badge) {
-    for (const QString& name : themeIconNames(symbol)) {
-        if (QIcon::hasThemeIcon(name)) {
-            return QIcon::fromTheme(name);
-        }
+bool hasSymbol(std::string_view symbol) {
+    return QFile::exists(resourceOf(symbol));
+}
+
+QIcon symbolIcon(std::string_view symbol, const QString& badge, std::optional<QColor> tint) {
+    QFile file(resourceOf(symbol));
+    QByteArray svg;
+    if (file.open(QIODevice::ReadOnly)) {
+        svg = file.readAll();
     }
-    return drawnBadge(badge.left(1));
+    return QIcon(new SymbolEngine(QString::fromUtf8(symbol.data(), static_cast<int>(symbol.size())),
+                                  std::move(svg), tint, badge));
 }
 
 QIcon sectionIcon(AppSection section) {

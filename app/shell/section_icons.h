@@ -2,18 +2,19 @@
 
 #include "core/shell/app_section.h"
 
+#include <QColor>
 #include <QIcon>
-#include <QStringList>
+#include <optional>
 
 namespace tarvik {
 
-// The freedesktop icon names tried, in order, for a section's symbol name.
-QStringList themeIconNames(std::string_view symbol);
-// The section's icon from the desktop's theme (or Adwaita); when no theme has one, a drawn
-// badge with the section's initial, so every theme shows an icon.
+// Tarvik's own symbols: one monochrome SVG set, drawn at any size and pixel ratio in the
+// palette's text colour (white on a selected row, muted when disabled) or in `tint`.
+bool hasSymbol(std::string_view symbol);
+// A symbol that is not in the set falls back to a drawn badge with the first letter of `badge`.
+QIcon symbolIcon(std::string_view symbol, const QString& badge = {},
+                 std::optional<QColor> tint = std::nullopt);
 QIcon sectionIcon(AppSection section);
-// The theme's icon for a symbol name, or a drawn badge with the first letter of `badge`.
-QIcon symbolIcon(std::string_view symbol, const QString& badge);
 // The application's own icon.
 QIcon appIcon();
 

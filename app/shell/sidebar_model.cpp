@@ -1,11 +1,8 @@
 #include "app/shell/sidebar_model.h"
 
 #include "app/shell/section_icons.h"
+#include "app/shell/unavailable_screen.h"
 #include "core/text/qt_text.h"
-
-#include <QFont>
-#include <QGuiApplication>
-#include <QPalette>
 
 namespace tarvik {
 SidebarModel::SidebarModel(QObject* parent) : QAbstractListModel(parent) {
@@ -24,6 +21,7 @@ SidebarModel::SidebarModel(QObject* parent) : QAbstractListModel(parent) {
             rows_.push_back({s, std::nullopt});
         }
     }
+    rows_.push_back({std::nullopt, std::nullopt, true});
     rows_.push_back({AppSection::Settings, std::nullopt});
 }
 
@@ -36,20 +34,14 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     const Row& row = rows_[static_cast<std::size_t>(index.row())];
+    if (row.divider) {
+        return role == IsDividerRole ? QVariant(true) : QVariant();
+    }
     if (row.heading) {
         switch (role) {
         case Qt::DisplayRole:
         case Qt::AccessibleTextRole:
             return toQString(rawValue(*row.heading));
-        case Qt::FontRole: {
-            QFont f;
-            f.setBold(true);
-            f.setPointSizeF(f.pointSizeF() * 0.85);
-            return f;
-        }
-        case Qt::ForegroundRole:
-            // Headings cannot be selected, but they are labels, not disabled rows.
-            return QGuiApplication::palette().brush(QPalette::PlaceholderText);
         case IsHeadingRole:
             return true;
         default:
@@ -59,15 +51,29 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
     const SectionInfo& s = info(*row.section);
     const auto badge = badges_.find(s.section);
     const int count = badge == badges_.end() ? 0 : badge->second;
+    const bool available = hasScreen(s.section);
     switch (role) {
     case Qt::DisplayRole:
-        return count > 0 ? QStringLiteral("%1  (%2)").arg(toQString(s.title)).arg(count)
-                         : toQString(s.title);
+        return toQString(s.title);
     case Qt::AccessibleTextRole:
-        return count > 0 ? QStringLiteral("%1, %2 updates").arg(toQString(s.title)).arg(count)
-                         : toQString(s.title);
+        if (!available) {
+            return QStringLiteral("%1, %2").arg(toQString(s.title), comingLater());
+        }
+        return count > 0
+                   ? QStringLiteral("%1, %2").arg(
+                         toQString(s.title), count == 1 ? QStringLiteral("1 update")
+                                                        : QStringLiteral("%1 updates").arg(count))
+                   : toQString(s.title);
+    case Qt::ToolTipRole:
+        return available ? QVariant() : QVariant(comingLater());
     case Qt::DecorationRole:
         return sectionIcon(s.section);
+    case BadgeRole:
+        return count;
+    case IsAvailableRole:
+        return available;
+    case IsDividerRole:
+        return false;
     case SectionRole:
         return static_cast<int>(s.section);
     case RawKeyRole:
@@ -83,7 +89,8 @@ Qt::ItemFlags SidebarModel::flags(const QModelIndex& index) const {
     if (!index.isValid()) {
         return Qt::NoItemFlags;
     }
-    if (rows_[static_cast<std::size_t>(index.row())].heading) {
+    const Row& row = rows_[static_cast<std::size_t>(index.row())];
+    if (row.heading || row.divider) {
         return Qt::NoItemFlags;
     }
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
@@ -101,7 +108,7 @@ QModelIndex SidebarModel::indexOf(AppSection section) const {
 void SidebarModel::setBadge(AppSection section, int count) {
     badges_[section] = count;
     const QModelIndex i = indexOf(section);
-    emit dataChanged(i, i, {Qt::DisplayRole, Qt::AccessibleTextRole});
+    emit dataChanged(i, i, {BadgeRole, Qt::AccessibleTextRole});
 }
 
 std::optional<AppSection> SidebarModel::sectionAt(const QModelIndex& index) const {

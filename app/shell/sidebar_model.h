@@ -10,11 +10,19 @@
 namespace tarvik {
 
 // The sidebar's rows: Smart Scan, then each group that has sections as a heading followed by
-// its sections, then Settings. Headings cannot be selected.
+// its sections, then a divider and Settings, outside the groups. Headings and the divider cannot
+// be selected. Sections this version does not have yet are dimmed and say so.
 class SidebarModel : public QAbstractListModel {
     Q_OBJECT
 public:
-    enum Role { SectionRole = Qt::UserRole + 1, IsHeadingRole, RawKeyRole };
+    enum Role {
+        SectionRole = Qt::UserRole + 1,
+        IsHeadingRole,
+        IsDividerRole,
+        RawKeyRole,
+        BadgeRole,
+        IsAvailableRole
+    };
 
     explicit SidebarModel(QObject* parent = nullptr);
 
@@ -31,6 +39,7 @@ private:
     struct Row {
         std::optional<AppSection> section;
         std::optional<SectionGroup> heading;
+        bool divider = false;
     };
     std::vector<Row> rows_;
     std::map<AppSection, int> badges_;

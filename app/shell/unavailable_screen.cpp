@@ -1,13 +1,33 @@
 #include "app/shell/unavailable_screen.h"
 
+#include "app/shell/empty_state.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/theme.h"
 #include "core/text/qt_text.h"
 
-#include <QLabel>
 #include <QVBoxLayout>
 
 namespace tarvik {
+
+bool hasScreen(AppSection section) {
+    switch (section) {
+    case AppSection::ProjectJunk:
+    case AppSection::SpaceLens:
+    case AppSection::DevServers:
+    case AppSection::DeviceCheck:
+    case AppSection::SystemInfo:
+    case AppSection::Uninstaller:
+    case AppSection::DockFolders:
+        return false;
+    default:
+        return true;
+    }
+}
+
+QString comingLater() {
+    return QStringLiteral("Coming in a later version");
+}
 
 QString UnavailableScreen::message(AppSection section) {
     const auto& t = info(section).title;
@@ -16,14 +36,12 @@ QString UnavailableScreen::message(AppSection section) {
 
 UnavailableScreen::UnavailableScreen(AppSection section, QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
-    const auto& t = info(section).title;
-    layout->addWidget(new ScreenHeader(toQString(t), sectionSubtitle(section), this));
-    auto* label = new QLabel(message(section), this);
-    label->setObjectName(QStringLiteral("unavailableMessage"));
-    label->setWordWrap(true);
-    layout->addWidget(label);
-    layout->addStretch(1);
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    const SectionInfo& s = info(section);
+    layout->addWidget(new ScreenHeader(toQString(s.title), sectionSubtitle(section), this));
+    auto* empty = new EmptyState(s.symbol, message(section), this);
+    empty->setObjectName(QStringLiteral("unavailableMessage"));
+    layout->addWidget(empty, 1);
 }
 
 } // namespace tarvik

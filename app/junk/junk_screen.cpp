@@ -2,6 +2,7 @@
 
 #include "app/cleanup/cleanup_screen.h"
 #include "app/junk/junk_model.h"
+#include "app/shell/section_icons.h"
 #include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 #include "core/text/qt_text.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int kCategoryRole = Qt::UserRole + 1;
 constexpr int kItemRole = Qt::UserRole + 2;
+constexpr int kFoldRole = Qt::UserRole + 3;
 
 } // namespace
 
@@ -38,9 +40,12 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     tree_->setObjectName(QStringLiteral("junkTree"));
     tree_->setColumnCount(2);
     tree_->setHeaderLabels({tr("Name"), tr("Size")});
+    tree_->header()->setStretchLastSection(false);
     tree_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     tree_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
     tree_->setAccessibleName(tr("Junk found, by category"));
+    tree_->setIconSize(QSize(18, 18));
+    tree_->setSelectionMode(QAbstractItemView::NoSelection); // ticks choose, nothing else does
     tree_->setMinimumHeight(280);
     frame_->setView(tree_);
     frame_->setSummary(tr("Scan to find caches, logs and other junk in your home folder."));
@@ -67,23 +72,46 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
 void JunkScreen::rebuild() {
     updating_ = true;
     QSet<int> expanded;
+    bool foldOpen = false;
     for (int i = 0; i < tree_->topLevelItemCount(); ++i) {
-        if (tree_->topLevelItem(i)->isExpanded()) {
-            expanded.insert(tree_->topLevelItem(i)->data(0, kCategoryRole).toInt());
+        QTreeWidgetItem* top = tree_->topLevelItem(i);
+        if (top->data(0, kFoldRole).toBool()) {
+            foldOpen = top->isExpanded();
+        } else if (top->isExpanded()) {
+            expanded.insert(top->data(0, kCategoryRole).toInt());
         }
     }
     tree_->clear();
+    // Categories that only a Mac fills stay listed, folded out of the way while they are empty.
+    QTreeWidgetItem* fold = nullptr;
     for (const auto& r : model_.results()) {
         const auto& i = info(r.category);
-        auto* row = new QTreeWidgetItem(tree_);
+        QTreeWidgetItem* row = nullptr;
+        if (r.items.empty() && !existsOnLinux(r.category)) {
+            if (fold == nullptr) {
+                fold = new QTreeWidgetItem();
+                fold->setText(0, tr("Not used on Linux"));
+                fold->setIcon(0, symbolIcon("info.circle"));
+                fold->setToolTip(0, tr("Folders that apps on a Mac fill; a home copied from one "
+                                       "may still have them."));
+                fold->setData(0, kFoldRole, true);
+                fold->setFlags(Qt::ItemIsEnabled);
+            }
+            row = new QTreeWidgetItem(fold);
+        } else {
+            row = new QTreeWidgetItem(tree_);
+        }
         row->setText(0, QStringLiteral("%1 (%2)").arg(
                             toQString(i.title), frame_->count(static_cast<int>(r.items.size()))));
+        row->setIcon(0, symbolIcon(i.symbol));
         row->setToolTip(0, toQString(i.summary));
         row->setText(1, MetricFormat::bytes(r.totalSize));
         row->setTextAlignment(1, Qt::AlignRight | Qt::AlignVCenter);
         row->setData(0, kCategoryRole, static_cast<int>(r.category));
-        row->setFlags(r.items.empty() ? Qt::ItemIsEnabled
+        // An empty category keeps its (disabled) box, so every row's title starts in one column.
+        row->setFlags(r.items.empty() ? Qt::ItemIsUserCheckable
                                       : Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
+        row->setCheckState(0, Qt::Unchecked);
         for (const auto& item : r.items) {
             auto* child = new QTreeWidgetItem(row);
             child->setText(0, PathDisplay::abbreviate(item.path, home_));
@@ -94,6 +122,11 @@ void JunkScreen::rebuild() {
         }
         row->setExpanded(expanded.contains(static_cast<int>(r.category)));
     }
+    if (fold != nullptr) {
+        fold->setText(0, QStringLiteral("%1 (%2)").arg(fold->text(0)).arg(fold->childCount()));
+        tree_->addTopLevelItem(fold);
+        fold->setExpanded(foldOpen);
+    }
     updating_ = false;
     refreshChecks();
 }
@@ -102,6 +135,9 @@ void JunkScreen::refreshChecks() {
     updating_ = true;
     for (int i = 0; i < tree_->topLevelItemCount(); ++i) {
         QTreeWidgetItem* row = tree_->topLevelItem(i);
+        if (row->data(0, kFoldRole).toBool()) {
+            continue; // its categories are empty: nothing to tick
+        }
         int on = 0;
         for (int c = 0; c < row->childCount(); ++c) {
             QTreeWidgetItem* child = row->child(c);

@@ -1,49 +1,51 @@
 #pragma once
 
 #include "app/shell/background_job.h"
-#include "core/cleanup/junk_scanner.h"
 #include "core/monitor/machine_summary.h"
 
 #include <QObject>
-#include <functional>
 #include <optional>
 
 namespace tarvik {
 
-// Smart Scan's data: the machine summary, read off the interface thread.
+class JunkModel;
+
+// Smart Scan's data: the machine summary, read off the interface thread, and System Junk's own
+// scan, so the figure shown here is the one System Junk lists and follows every clean there.
 class OverviewModel : public QObject {
     Q_OBJECT
 public:
-    // `junkOptions` says where System Junk looks; without it there is no junk figure.
-    explicit OverviewModel(MachineSummaryOptions options,
-                           std::function<JunkScanner::Options()> junkOptions = {},
+    // Without `junk` there is no junk figure.
+    explicit OverviewModel(MachineSummaryOptions options, JunkModel* junk = nullptr,
                            QObject* parent = nullptr);
     ~OverviewModel() override;
 
     const MachineSummary& summary() const { return summary_; }
     bool hasSummary() const { return hasSummary_; }
-    // What a default System Junk clean would remove; empty until measured.
-    std::optional<std::int64_t> junkBytes() const { return junkBytes_; }
-    bool isLoading() const { return job_.isRunning(); }
+    // What a default System Junk clean would remove; empty until a scan has ended.
+    std::optional<std::int64_t> junkBytes() const;
+    bool isMeasuringJunk() const;
+    bool isLoading() const { return job_.isRunning() || isMeasuringJunk(); }
 
 public slots:
+    // Reads the summary again and scans for junk again.
     void refresh();
+    // Reads the summary again (free space and uptime move); scans for junk only if it never has.
+    void refreshSummary();
 
 signals:
     void summaryChanged();
+    void junkChanged();
     void loadingChanged(bool loading);
 
 private:
-    struct Result {
-        MachineSummary summary;
-        std::optional<std::int64_t> junk;
-    };
+    void scanJunk();
+
     MachineSummaryOptions options_;
-    std::function<JunkScanner::Options()> junkOptions_;
+    JunkModel* junk_;
     MachineSummary summary_;
-    std::optional<std::int64_t> junkBytes_;
     bool hasSummary_ = false;
-    BackgroundJob<Result> job_;
+    BackgroundJob<MachineSummary> job_;
 };
 
 } // namespace tarvik

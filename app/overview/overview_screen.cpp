@@ -4,21 +4,34 @@
 #include "app/monitor/health_issues_view.h"
 #include "app/monitor/system_monitor_model.h"
 #include "app/overview/overview_model.h"
+#include "app/shell/card.h"
 #include "app/shell/navigator.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/stat_card.h"
+#include "app/shell/theme.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
 #include "core/text/metric_format.h"
+#include "core/text/qt_text.h"
 
 #include <QFormLayout>
-#include <QGroupBox>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 namespace tarvik {
+namespace {
+
+constexpr int kTickMs = 60 * 1000; // uptime moves by the minute
+
+QString bytes(std::uint64_t n) {
+    return MetricFormat::bytes(static_cast<std::int64_t>(n));
+}
+
+} // namespace
 
 OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
                                SystemMonitorModel& monitor, AgentsModel* agents,
@@ -26,22 +39,45 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
     : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor), agents_(agents),
       keepAwake_(keepAwake) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(new ScreenHeader(QStringLiteral("Smart Scan"),
-                                       sectionSubtitle(AppSection::Overview), this));
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
 
-    auto* box = new QGroupBox(tr("This computer"), this);
-    rows_ = new QFormLayout(box);
-    rows_->setLabelAlignment(Qt::AlignLeft);
-    rows_->setHorizontalSpacing(24);
-    layout->addWidget(box);
+    auto* top = new QHBoxLayout();
+    top->addWidget(
+        new ScreenHeader(QStringLiteral("Smart Scan"), sectionSubtitle(AppSection::Overview), this),
+        1);
+    state_ = new QLabel(this);
+    setTextStyle(state_, TextStyle::Secondary);
+    refresh_ = new QPushButton(tr("&Refresh"), this);
+    refresh_->setDefault(true);
+    refresh_->setAccessibleName(tr("Refresh the summary"));
+    top->addWidget(state_, 0, Qt::AlignTop);
+    top->addWidget(refresh_, 0, Qt::AlignTop);
+    layout->addLayout(top);
 
-    auto* healthBox = new QGroupBox(tr("Health"), this);
-    auto* healthLayout = new QVBoxLayout(healthBox);
-    health_ = new HealthIssuesView(healthBox);
+    auto* grid = new QGridLayout();
+    grid->setSpacing(space::m);
+    layout->addLayout(grid);
+
+    disk_ = new StatCard("internaldrive", tr("Free Space"), this);
+    disk_->setObjectName(QStringLiteral("diskCard"));
+    memory_ = new StatCard("memorychip", tr("Memory"), this);
+    memory_->setObjectName(QStringLiteral("memoryCard"));
+    junk_ = new StatCard("trash.circle", tr("System Junk"), this);
+    junk_->setObjectName(QStringLiteral("junkCard"));
+    junk_->detailLabel()->setObjectName(QStringLiteral("junkTile"));
+    connect(junk_->addButton(tr("Review System Junk")), &QPushButton::clicked, this,
+            [this] { navigator_.select(AppSection::SystemJunk); });
+    grid->addWidget(disk_, 0, 0);
+    grid->addWidget(memory_, 0, 1);
+    grid->addWidget(junk_, 0, 2);
+
+    auto* healthCard = new Card(tr("Health"), this, "waveform.path.ecg");
+    health_ = new HealthIssuesView(healthCard);
     health_->setObjectName(QStringLiteral("overviewHealth"));
-    healthLayout->addWidget(health_);
-    layout->addWidget(healthBox);
+    healthCard->body()->addWidget(health_);
+    healthCard->body()->addStretch(1);
+    grid->addWidget(healthCard, 1, 0, 1, 2);
     auto showHealth = [this] {
         health_->setIssues(monitor_.latest() ? std::optional(monitor_.healthIssues())
                                              : std::nullopt);
@@ -52,66 +88,63 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
     });
     showHealth();
 
-    auto* junkBox = new QGroupBox(tr("System Junk"), this);
-    auto* junkRow = new QHBoxLayout(junkBox);
-    junk_ = new QLabel(tr("Measuring…"), junkBox);
-    junk_->setObjectName(QStringLiteral("junkTile"));
-    auto* review = new QPushButton(tr("Review System Junk"), junkBox);
-    connect(review, &QPushButton::clicked, this,
-            [this] { navigator_.select(AppSection::SystemJunk); });
-    junkRow->addWidget(junk_, 1);
-    junkRow->addWidget(review);
-    layout->addWidget(junkBox);
+    auto* machine = new Card(tr("This Computer"), this, "info.circle");
+    rows_ = new QFormLayout();
+    rows_->setLabelAlignment(Qt::AlignLeft);
+    rows_->setHorizontalSpacing(space::m);
+    rows_->setVerticalSpacing(space::xs);
+    machine->body()->addLayout(rows_);
+    machine->body()->addStretch(1);
+    grid->addWidget(machine, 1, 2);
 
+    int column = 0;
     if (agents_ != nullptr) {
-        auto* agentBox = new QGroupBox(tr("Agent Limits"), this);
-        auto* agentRow = new QHBoxLayout(agentBox);
-        agentLimits_ = new QLabel(agentBox);
+        auto* card = new Card(tr("Agent Limits"), this, "cpu");
+        agentLimits_ = new QLabel(card);
         agentLimits_->setObjectName(QStringLiteral("agentLimitsTile"));
         agentLimits_->setWordWrap(true);
-        auto* open = new QPushButton(tr("Show Agents"), agentBox);
+        card->body()->addWidget(agentLimits_);
+        card->body()->addStretch(1);
+        auto* open = new QPushButton(tr("Show Agents"), card);
         connect(open, &QPushButton::clicked, this,
                 [this] { navigator_.select(AppSection::Agents); });
-        agentRow->addWidget(agentLimits_, 1);
-        agentRow->addWidget(open);
-        layout->addWidget(agentBox);
+        card->body()->addWidget(open, 0, Qt::AlignLeft);
+        grid->addWidget(card, 2, column, 1, 2);
+        column += 2;
         connect(agents_, &AgentsModel::cardsChanged, this, &OverviewScreen::renderAgents);
         renderAgents();
     }
 
     if (keepAwake_ != nullptr) {
-        auto* awakeBox = new QGroupBox(tr("Keep Awake"), this);
-        auto* awakeRow = new QHBoxLayout(awakeBox);
-        keepAwakeTile_ = new QLabel(awakeBox);
+        auto* card = new Card(tr("Keep Awake"), this, "cup.and.heat.waves");
+        keepAwakeTile_ = new QLabel(card);
         keepAwakeTile_->setObjectName(QStringLiteral("keepAwakeTile"));
         keepAwakeTile_->setWordWrap(true);
-        auto* open = new QPushButton(tr("Show Keep Awake"), awakeBox);
+        card->body()->addWidget(keepAwakeTile_);
+        card->body()->addStretch(1);
+        auto* open = new QPushButton(tr("Show Keep Awake"), card);
         connect(open, &QPushButton::clicked, this,
                 [this] { navigator_.select(AppSection::KeepAwake); });
-        awakeRow->addWidget(keepAwakeTile_, 1);
-        awakeRow->addWidget(open);
-        layout->addWidget(awakeBox);
+        card->body()->addWidget(open, 0, Qt::AlignLeft);
+        grid->addWidget(card, 2, column, 1, column == 0 ? 3 : 1);
         connect(keepAwake_, &KeepAwakeController::changed, this, &OverviewScreen::renderKeepAwake);
         renderKeepAwake();
     }
-
-    auto* actions = new QHBoxLayout();
-    state_ = new QLabel(this);
-    state_->setForegroundRole(QPalette::PlaceholderText);
-    refresh_ = new QPushButton(tr("&Refresh"), this);
-    refresh_->setDefault(true);
-    refresh_->setAccessibleName(tr("Refresh the summary"));
-    actions->addWidget(state_, 1);
-    actions->addWidget(refresh_);
-    layout->addLayout(actions);
+    for (int c = 0; c < 3; ++c) {
+        grid->setColumnStretch(c, 1);
+    }
     layout->addStretch(1);
 
     connect(refresh_, &QPushButton::clicked, &model_, &OverviewModel::refresh);
     connect(&model_, &OverviewModel::summaryChanged, this, &OverviewScreen::render);
+    connect(&model_, &OverviewModel::junkChanged, this, &OverviewScreen::renderJunk);
     connect(&model_, &OverviewModel::loadingChanged, this, [this](bool loading) {
         refresh_->setEnabled(!loading);
-        state_->setText(loading ? tr("Reading…") : QString());
+        state_->setText(loading ? tr("Measuring…") : QString());
+        renderJunk();
     });
+    tick_.setInterval(kTickMs);
+    connect(&tick_, &QTimer::timeout, &model_, &OverviewModel::refreshSummary);
     render();
 }
 
@@ -126,6 +159,7 @@ OverviewScreen::~OverviewScreen() {
 
 void OverviewScreen::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
+    tick_.stop();
     if (holding_) {
         holding_ = false;
         monitor_.release(MonitorClient::Window);
@@ -168,8 +202,19 @@ void OverviewScreen::showEvent(QShowEvent* event) {
             agents_->acquire();
         }
     }
-    if (!model_.hasSummary()) {
-        model_.refresh();
+    // What happened elsewhere (a clean, an hour of uptime) shows as soon as Smart Scan does.
+    model_.refreshSummary();
+    tick_.start();
+}
+
+void OverviewScreen::renderJunk() {
+    if (const auto junk = model_.junkBytes()) {
+        junk_->setValue(MetricFormat::bytes(*junk),
+                        *junk > 0 ? tr("of caches, logs and other junk can be cleaned.")
+                                  : tr("No junk to clean."));
+    } else {
+        junk_->setValue(QStringLiteral("—"),
+                        model_.isMeasuringJunk() ? tr("Measuring…") : tr("Not measured."));
     }
 }
 
@@ -177,17 +222,42 @@ void OverviewScreen::render() {
     while (rows_->rowCount() > 0) {
         rows_->removeRow(0);
     }
+    renderJunk();
     if (!model_.hasSummary()) {
+        disk_->setValue(QStringLiteral("—"), tr("Measuring…"));
+        memory_->setValue(QStringLiteral("—"), tr("Measuring…"));
         return;
     }
-    junk_->setText(model_.junkBytes() ? tr("%1 of caches, logs and other junk can be cleaned.")
-                                            .arg(MetricFormat::bytes(*model_.junkBytes()))
-                                      : tr("Not measured."));
-    for (const auto& row : describe(model_.summary())) {
+    const MachineSummary& s = model_.summary();
+    if (s.homeDiskFree && s.homeDiskTotal && *s.homeDiskTotal > 0) {
+        disk_->setValue(
+            bytes(*s.homeDiskFree),
+            tr("free of %1 on the disk of your home folder").arg(bytes(*s.homeDiskTotal)));
+        disk_->setFraction(1.0 - static_cast<double>(*s.homeDiskFree) /
+                                     static_cast<double>(*s.homeDiskTotal));
+    } else {
+        disk_->setValue(QStringLiteral("—"), tr("The system does not report it."));
+        disk_->setFraction(std::nullopt);
+    }
+    if (const auto used = s.memoryUsed(); used && s.memoryTotal) {
+        memory_->setValue(MetricFormat::percent(*s.memoryUsedFraction()),
+                          tr("%1 of %2 in use").arg(bytes(*used), bytes(*s.memoryTotal)));
+        memory_->setFraction(s.memoryUsedFraction());
+    } else {
+        memory_->setValue(QStringLiteral("—"), tr("The system does not report it."));
+        memory_->setFraction(std::nullopt);
+    }
+    for (const auto& row : describe(s)) {
+        if (row.label == QLatin1String("Memory") || row.label == QLatin1String("Home disk")) {
+            continue; // the cards above show them
+        }
         auto* value = new QLabel(row.value);
+        value->setWordWrap(true);
         value->setTextInteractionFlags(Qt::TextSelectableByMouse);
         value->setAccessibleName(row.label);
-        rows_->addRow(row.label, value);
+        auto* label = new QLabel(row.label);
+        setTextStyle(label, TextStyle::Secondary);
+        rows_->addRow(label, value);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 class QFormLayout;
@@ -9,13 +10,17 @@ class QPushButton;
 namespace tarvik {
 
 class AgentsModel;
+class Card;
 class HealthIssuesView;
 class KeepAwakeController;
 class Navigator;
 class OverviewModel;
+class StatCard;
 class SystemMonitorModel;
 
-// Smart Scan: the machine at a glance. Each capability adds its tile below the summary.
+// Smart Scan: the machine at a glance, a card for each capability. The figures stay current: the
+// summary is read again whenever the screen is shown and every minute while it is, and the junk
+// figure is System Junk's own, so a clean there shows here at once.
 class OverviewScreen : public QWidget {
     Q_OBJECT
 public:
@@ -30,22 +35,26 @@ protected:
 
 private:
     void render();
+    void renderJunk();
     void renderAgents();
     void renderKeepAwake();
 
     OverviewModel& model_;
     Navigator& navigator_;
     SystemMonitorModel& monitor_;
-    AgentsModel* agents_ = nullptr; // the agent-limits tile, when there is one
+    AgentsModel* agents_ = nullptr; // the agent-limits card, when there is one
     QLabel* agentLimits_ = nullptr;
-    KeepAwakeController* keepAwake_ = nullptr; // the keep-awake tile, when there is one
+    KeepAwakeController* keepAwake_ = nullptr; // the keep-awake card, when there is one
     QLabel* keepAwakeTile_ = nullptr;
     HealthIssuesView* health_ = nullptr;
     bool holding_ = false; // the monitor samples while Smart Scan shows its health
-    QLabel* junk_ = nullptr;
+    StatCard* disk_ = nullptr;
+    StatCard* memory_ = nullptr;
+    StatCard* junk_ = nullptr;
     QFormLayout* rows_ = nullptr;
     QLabel* state_ = nullptr;
     QPushButton* refresh_ = nullptr;
+    QTimer tick_;
 };
 
 } // namespace tarvik

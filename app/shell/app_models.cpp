@@ -25,10 +25,8 @@ AppModels::AppModels(const Options& options, QObject* parent)
     : QObject(parent), preferences_(options.preferencesFile),
       monitor_(preferences_, options.sampler), navigator_(),
       loginItem_(options.autostartDir, options.executable),
-      overview_(
-          options.summary,
-          (options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)).scannerOptions),
       junk_(preferences_, options.junk ? *options.junk : JunkModel::forCurrentUser(preferences_)),
+      overview_(options.summary, &junk_),
       brewRunner_(options.brewRunner ? options.brewRunner : std::make_shared<BrewRunner>()),
       brew_(preferences_, brewRunner_), brewUpdates_(preferences_, brewRunner_),
       speedTest_(

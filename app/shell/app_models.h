@@ -65,8 +65,8 @@ private:
     SleepWatcher sleep_;
     Navigator navigator_;
     LoginItem loginItem_;
-    OverviewModel overview_;
     JunkModel junk_;
+    OverviewModel overview_;
     std::shared_ptr<BrewRunner> brewRunner_;
     BrewModel brew_;
     BrewUpdateChecker brewUpdates_;

@@ -44,6 +44,19 @@ const JunkCategoryInfo& info(JunkCategory category) {
     return kInfo[static_cast<std::size_t>(category)];
 }
 
+bool existsOnLinux(JunkCategory category) {
+    switch (category) {
+    case C::XcodeDerivedData:
+    case C::SimulatorCaches:
+    case C::DeviceSupport:
+    case C::XcodeArchives:
+    case C::MailAttachments:
+        return false;
+    default:
+        return true;
+    }
+}
+
 std::optional<JunkCategory> junkCategoryFromRaw(std::string_view raw) {
     for (auto c : kAllJunkCategories) {
         if (info(c).rawValue == raw) {

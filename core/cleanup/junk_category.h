@@ -46,6 +46,10 @@ struct JunkCategoryInfo {
 
 const JunkCategoryInfo& info(JunkCategory category);
 std::optional<JunkCategory> junkCategoryFromRaw(std::string_view raw);
+// Xcode, its simulators and devices, and Mail keep their junk only on a Mac: on Linux these
+// categories stay in the list (a home copied from a Mac may still hold their folders) but are
+// normally empty.
+bool existsOnLinux(JunkCategory category);
 // Trash contents are deleted for good whatever the chosen mode: trashing them frees nothing.
 inline bool alwaysDeletesPermanently(JunkCategory c) {
     return c == JunkCategory::Trash;

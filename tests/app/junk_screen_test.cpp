@@ -100,7 +100,6 @@ TEST(JunkScreen, ConfirmationNamesCountSizeAndModeAndTheReportShowsFailures) {
     });
     w.model.scan();
     ASSERT_TRUE(test::waitUntil([&] { return !w.model.isScanning(); }));
-    EXPECT_EQ(screen.tree()->topLevelItemCount(), 11);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->checkState(0), Qt::Checked);
     EXPECT_EQ(screen.tree()->topLevelItem(0)->childCount(), 2);
     EXPECT_EQ(screen.frame().summaryText().toStdString(), "16.4 KB selected (2 items).");
@@ -124,6 +123,48 @@ TEST(JunkScreen, ConfirmationNamesCountSizeAndModeAndTheReportShowsFailures) {
     EXPECT_TRUE(screen.frame().reportText().contains(
         "~/.cache/gone — “gone” couldn't be moved to the Trash: No such file or directory."))
         << screen.frame().reportText().toStdString();
+}
+
+TEST(JunkScreen, EmptyMacOnlyCategoriesFoldAwayAndEveryRowHasItsSymbol) {
+    JunkWorld w;
+    w.write(".cache/app/a", 4096);
+    // A home copied from a Mac: Xcode's archives are there, and stay in view.
+    w.write("Library/Developer/Xcode/Archives/old/a", 4096);
+    JunkScreen screen(w.model, w.home.path());
+    w.model.scan();
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isScanning(); }));
+    QTreeWidget* tree = screen.tree();
+    QStringList top;
+    QTreeWidgetItem* fold = nullptr;
+    for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+        QTreeWidgetItem* row = tree->topLevelItem(i);
+        top << row->text(0);
+        EXPECT_FALSE(row->icon(0).isNull()) << row->text(0).toStdString();
+        if (row->text(0).startsWith("Not used on Linux")) {
+            fold = row;
+        }
+    }
+    ASSERT_NE(fold, nullptr) << top.join(" | ").toStdString();
+    EXPECT_EQ(fold->text(0), "Not used on Linux (4)");
+    EXPECT_FALSE(fold->flags() & Qt::ItemIsUserCheckable);
+    QStringList folded;
+    for (int i = 0; i < fold->childCount(); ++i) {
+        folded << fold->child(i)->text(0);
+        EXPECT_FALSE(fold->child(i)->icon(0).isNull());
+    }
+    EXPECT_EQ(folded,
+              (QStringList{"Xcode Derived Data (0 items)", "Simulator Caches (0 items)",
+                           "Device Support Files (0 items)", "Mail Attachments (0 items)"}));
+    EXPECT_TRUE(top.contains("Xcode Archives (1 item)")) << top.join(" | ").toStdString();
+    // Categories Linux fills stay at the top level even when empty, aligned with the others.
+    EXPECT_TRUE(top.contains("Crash Reports (0 items)"));
+    for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+        QTreeWidgetItem* row = tree->topLevelItem(i);
+        if (row != fold) {
+            EXPECT_TRUE(row->flags() & Qt::ItemIsUserCheckable) << row->text(0).toStdString();
+            EXPECT_EQ(bool(row->flags() & Qt::ItemIsEnabled), row->childCount() > 0);
+        }
+    }
 }
 
 TEST(JunkScreen, ConfirmationSaysTheTrashIsEmptiedForGoodWhenItIsChosen) {

@@ -2,15 +2,16 @@
 
 #include "app/awake/keyboard_lock.h"
 #include "app/awake/schedule_editor.h"
+#include "app/shell/card.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/theme.h"
 #include "core/awake/keep_awake_controller.h"
 #include "core/awake/keep_awake_texts.h"
 #include "core/sys/permission_probe.h"
 
 #include <QCheckBox>
 #include <QComboBox>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -35,7 +36,7 @@ QLabel* warning(QWidget* parent, const QString& name) {
     auto* l = new QLabel(parent);
     l->setWordWrap(true);
     l->setObjectName(name);
-    l->setStyleSheet(QStringLiteral("color: #c0392b;"));
+    setTextMeaning(l, Meaning::Critical);
     l->hide();
     return l;
 }
@@ -51,10 +52,14 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
                                  QWidget* parent)
     : QWidget(parent), controller_(controller), lock_(lock) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
     layout->addWidget(
         new ScreenHeader(tr("Keep Awake"), sectionSubtitle(AppSection::KeepAwake), this));
 
+    auto* now = new Card(this);
+    now->setObjectName(QStringLiteral("awakeNow"));
+    QBoxLayout* nowLayout = now->body();
     auto* top = new QHBoxLayout();
     toggle_ = new QPushButton(this);
     toggle_->setObjectName(QStringLiteral("awakeToggle"));
@@ -77,29 +82,28 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     top->addWidget(forLabel);
     top->addWidget(duration_);
     top->addStretch(1);
-    layout->addLayout(top);
+    nowLayout->addLayout(top);
 
     status_ = new QLabel(this);
     status_->setObjectName(QStringLiteral("awakeStatus"));
-    QFont bold = status_->font();
-    bold.setBold(true);
-    status_->setFont(bold);
+    setTextStyle(status_, TextStyle::Heading);
     reason_ = note(this, QStringLiteral("awakeReason"));
     error_ = warning(this, QStringLiteral("awakeError"));
-    layout->addWidget(status_);
-    layout->addWidget(reason_);
-    layout->addWidget(error_);
+    nowLayout->addWidget(status_);
+    nowLayout->addWidget(reason_);
+    nowLayout->addWidget(error_);
 
     lid_ = new QCheckBox(awake_text::lidOption(), this);
     lid_->setObjectName(QStringLiteral("lidOption"));
     lidDescription_ = note(this, QStringLiteral("lidDescription"));
     lidError_ = warning(this, QStringLiteral("lidError"));
-    layout->addWidget(lid_);
-    layout->addWidget(lidDescription_);
-    layout->addWidget(lidError_);
+    nowLayout->addWidget(lid_);
+    nowLayout->addWidget(lidDescription_);
+    nowLayout->addWidget(lidError_);
+    layout->addWidget(now);
 
-    auto* scheduleBox = new QGroupBox(tr("Schedules"), this);
-    auto* scheduleLayout = new QVBoxLayout(scheduleBox);
+    auto* scheduleBox = new Card(tr("Schedules"), this, "clock");
+    QBoxLayout* scheduleLayout = scheduleBox->body();
     auto* scheduleNote = note(scheduleBox);
     scheduleNote->setText(
         tr("Keep awake automatically in weekly windows, like 9:00 to 17:00 on weekdays."));
@@ -128,8 +132,8 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     scheduleLayout->addLayout(scheduleButtons);
     layout->addWidget(scheduleBox);
 
-    auto* keyboardBox = new QGroupBox(awake_text::keyboardCleaning(), this);
-    auto* keyboardLayout = new QVBoxLayout(keyboardBox);
+    auto* keyboardBox = new Card(awake_text::keyboardCleaning(), this);
+    QBoxLayout* keyboardLayout = keyboardBox->body();
     auto* keyboardNote = note(keyboardBox);
     keyboardNote->setText(awake_text::keyboardCleaningDetail() + QStringLiteral(". ") +
                           awake_text::keyboardMenuText(kEscapesToUnlock));

@@ -67,6 +67,8 @@ DuplicatesScreen::DuplicatesScreen(DuplicatesModel& model, QWidget* parent)
     tree_->setColumnWidth(ModifiedColumn, 100);
     tree_->setColumnWidth(SizeColumn, 80);
     tree_->setMinimumHeight(280);
+    // Ticks choose what goes; the current row (for Reveal) shows by its focus frame only.
+    tree_->setSelectionMode(QAbstractItemView::NoSelection);
     frame_->setView(tree_);
     frame_->setSummary(tr("Scan to find files with the same contents."));
 

@@ -87,7 +87,9 @@ LargeFilesScreen::LargeFilesScreen(LargeFilesModel& model, QWidget* parent)
     view_->setUniformRowHeights(true);
     view_->setAlternatingRowColors(true);
     view_->setSortingEnabled(true);
-    view_->setSelectionMode(QAbstractItemView::SingleSelection);
+    // What is removed is what is ticked: no row is highlighted as if it were chosen too. The
+    // current row (for Reveal, and Space to tick it) shows by its focus frame only.
+    view_->setSelectionMode(QAbstractItemView::NoSelection);
     view_->header()->setStretchLastSection(true);
     view_->header()->setSectionResizeMode(LargeFilesTable::Name, QHeaderView::Interactive);
     view_->setColumnWidth(LargeFilesTable::Name, 280);

@@ -1,8 +1,11 @@
 #include "app/homebrew/brew_screen.h"
 
 #include "app/homebrew/brew_model.h"
+#include "app/shell/card.h"
+#include "app/shell/empty_state.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/theme.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>
@@ -14,7 +17,6 @@
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QSplitter>
 #include <QTextEdit>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -49,11 +51,11 @@ bool passes(const BrewPackage& p, int filter, const QString& search) {
 QString colour(BrewLogLine::Marker m) {
     switch (m) {
     case BrewLogLine::Marker::Critical:
-        return QStringLiteral("#d0453a");
+        return meaningColor(Meaning::Critical).name();
     case BrewLogLine::Marker::Watch:
-        return QStringLiteral("#d38b12");
+        return meaningColor(Meaning::Watch).name();
     case BrewLogLine::Marker::Good:
-        return QStringLiteral("#2e9d5b");
+        return meaningColor(Meaning::Good).name();
     case BrewLogLine::Marker::None:
         return {};
     }
@@ -64,7 +66,8 @@ QString colour(BrewLogLine::Marker m) {
 
 BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
     layout->addWidget(
         new ScreenHeader(QStringLiteral("Homebrew"), sectionSubtitle(AppSection::Homebrew), this));
 
@@ -72,6 +75,23 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
     status_->setWordWrap(true);
     status_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     layout->addWidget(status_);
+
+    notInstalled_ = new EmptyState("mug",
+                                   tr("Homebrew isn't installed. Install it from <a "
+                                      "href=\"https://brew.sh\">brew.sh</a> (it goes to "
+                                      "/home/linuxbrew/.linuxbrew), then press Refresh."),
+                                   this);
+    notInstalled_->setObjectName(QStringLiteral("brewNotInstalled"));
+    connect(notInstalled_->setAction(tr("Refresh")), &QPushButton::clicked, &model_,
+            &BrewModel::load);
+    layout->addWidget(notInstalled_, 1);
+
+    // The list and what acts on it, shown once Homebrew is there.
+    listPage_ = new QWidget(this);
+    auto* list = new QVBoxLayout(listPage_);
+    list->setContentsMargins(0, 0, 0, 0);
+    list->setSpacing(space::m);
+    layout->addWidget(listPage_, 1);
 
     auto* bar = new QHBoxLayout();
     search_ = new QLineEdit(this);
@@ -84,30 +104,39 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
     bar->addWidget(search_, 1);
     bar->addWidget(filter_);
     bar->addWidget(refresh_);
-    layout->addLayout(bar);
+    list->addLayout(bar);
 
-    auto* split = new QSplitter(Qt::Horizontal, this);
-    tree_ = new QTreeWidget(split);
+    tree_ = new QTreeWidget(this);
     tree_->setObjectName(QStringLiteral("brewPackages"));
     tree_->setRootIsDecorated(false);
+    tree_->setUniformRowHeights(true);
+    tree_->setAlternatingRowColors(true);
     tree_->setColumnCount(5);
     tree_->setHeaderLabels({tr("Name"), tr("Version"), tr("Available"), tr("Kind"), tr("Size")});
+    // The name takes what the figures leave, and the figures are never cut.
+    tree_->header()->setStretchLastSection(false);
     tree_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    for (int column = 1; column < 5; ++column) {
+        tree_->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+    }
+    tree_->headerItem()->setTextAlignment(4, Qt::AlignRight | Qt::AlignVCenter);
     tree_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     tree_->setSortingEnabled(true);
     tree_->sortByColumn(0, Qt::AscendingOrder);
     tree_->setMinimumHeight(220);
-    details_ = new QLabel(split);
+    list->addWidget(tree_, 1);
+
+    // A package's details show under the list while one is selected, so the list keeps the width.
+    detailsCard_ = new Card(this);
+    detailsCard_->setObjectName(QStringLiteral("brewDetails"));
+    details_ = new QLabel(detailsCard_);
     details_->setWordWrap(true);
     details_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
     details_->setOpenExternalLinks(true);
     details_->setTextInteractionFlags(Qt::TextBrowserInteraction);
-    details_->setMinimumWidth(220);
-    split->addWidget(tree_);
-    split->addWidget(details_);
-    split->setStretchFactor(0, 3);
-    split->setStretchFactor(1, 2);
-    layout->addWidget(split, 1);
+    detailsCard_->body()->addWidget(details_);
+    detailsCard_->hide();
+    list->addWidget(detailsCard_);
 
     auto* actions = new QHBoxLayout();
     upgradeAll_ = new QPushButton(tr("Upgrade All"), this);
@@ -123,7 +152,7 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
         actions->addWidget(b);
     }
     actions->addStretch(1);
-    layout->addLayout(actions);
+    list->addLayout(actions);
 
     runBox_ = new QWidget(this);
     auto* run = new QVBoxLayout(runBox_);
@@ -150,7 +179,7 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
     failure_ = new QLabel(runBox_);
     failure_->setObjectName(QStringLiteral("brewFailure"));
     failure_->setWordWrap(true);
-    failure_->setStyleSheet(QStringLiteral("color: #d0453a;"));
+    setTextMeaning(failure_, Meaning::Critical);
     retry_ = new QPushButton(runBox_);
     failRow->addWidget(failure_, 1);
     failRow->addWidget(retry_);
@@ -303,11 +332,12 @@ QString BrewScreen::selectedName() const {
 
 void BrewScreen::render() {
     const bool have = model_.snapshot().has_value();
-    if (model_.isNotInstalled()) {
-        status_->setText(tr("<b>Homebrew isn't installed</b><br>Install it from <a "
-                            "href=\"https://brew.sh\">brew.sh</a> (it goes to "
-                            "/home/linuxbrew/.linuxbrew), then press Refresh."));
-        status_->setOpenExternalLinks(true);
+    const bool missing = model_.isNotInstalled() && !model_.isLoading();
+    notInstalled_->setVisible(missing);
+    listPage_->setVisible(!missing);
+    status_->setVisible(!missing);
+    if (missing) {
+        status_->clear();
     } else if (model_.busy()) {
         status_->setText(
             tr("Homebrew is busy: %1 (process %2, running for %3). Waiting for it to finish…")
@@ -367,6 +397,7 @@ void BrewScreen::renderList() {
     const QString keep = selectedName();
     tree_->setSortingEnabled(false);
     tree_->clear();
+    bool anySize = false;
     if (model_.snapshot()) {
         for (const auto& p : model_.snapshot()->packages) {
             if (!passes(p, filter_->currentIndex(), search_->text().trimmed())) {
@@ -380,7 +411,9 @@ void BrewScreen::renderList() {
                                              : QString());
             item->setText(3, p.kind == BrewPackageKind::Cask ? tr("Cask") : tr("Formula"));
             item->setText(4, p.size && *p.size > 0 ? MetricFormat::bytes(*p.size) : QString());
+            item->setTextAlignment(4, Qt::AlignRight | Qt::AlignVCenter);
             item->setData(4, Qt::UserRole, static_cast<qlonglong>(p.size.value_or(0)));
+            anySize = anySize || (p.size && *p.size > 0);
             if (p.isMajorJump() && p.isOutdated()) {
                 item->setToolTip(2, tr("A major version: read what changed before upgrading."));
             }
@@ -390,13 +423,16 @@ void BrewScreen::renderList() {
         }
     }
     tree_->setSortingEnabled(true);
+    // Sizes arrive after the list; until then the column would only be empty.
+    tree_->setColumnHidden(4, !anySize);
     renderDetails();
 }
 
 void BrewScreen::renderDetails() {
     const QString name = selectedName();
+    detailsCard_->setVisible(!name.isEmpty() && model_.snapshot());
     if (name.isEmpty() || !model_.snapshot()) {
-        details_->setText(tr("Select a package to see its details."));
+        details_->clear();
         return;
     }
     for (const auto& p : model_.snapshot()->packages) {

@@ -12,6 +12,9 @@ class QTreeWidget;
 
 namespace tarvik {
 
+class Card;
+class EmptyState;
+
 class BrewModel;
 
 // The Homebrew section: installed formulae and casks with search and filters, details, and the
@@ -43,6 +46,9 @@ private:
     QComboBox* filter_ = nullptr;
     QTreeWidget* tree_ = nullptr;
     QLabel* details_ = nullptr;
+    Card* detailsCard_ = nullptr;
+    EmptyState* notInstalled_ = nullptr;
+    QWidget* listPage_ = nullptr;
     QPushButton* refresh_ = nullptr;
     QPushButton* upgradeAll_ = nullptr;
     QPushButton* upgradeSelected_ = nullptr;

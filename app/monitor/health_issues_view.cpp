@@ -2,9 +2,9 @@
 
 #include "app/monitor/system_monitor_model.h"
 #include "app/shell/navigator.h"
-#include "app/shell/section_icons.h"
+#include "app/shell/symbol_label.h"
+#include "app/shell/theme.h"
 
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -14,10 +14,8 @@
 namespace tarvik {
 namespace {
 
-// Colours carry meaning only, and read on light and dark palettes alike.
-QString severityColor(HealthIssue::Severity s) {
-    return s == HealthIssue::Severity::Critical ? QStringLiteral("#d0453a")
-                                                : QStringLiteral("#d38b12");
+Meaning severityMeaning(HealthIssue::Severity s) {
+    return s == HealthIssue::Severity::Critical ? Meaning::Critical : Meaning::Watch;
 }
 
 } // namespace
@@ -52,24 +50,26 @@ void HealthIssuesView::setIssues(const std::optional<std::vector<HealthIssue>>& 
     shownIds_ = ids;
     empty_->setVisible(!issues || issues->empty());
     empty_->setText(issues ? tr("Nothing needs your attention.") : tr("Checking…"));
+    setVisible(!hidesWhenClear_ || (issues && !issues->empty()));
     if (!issues) {
         return;
     }
     for (const HealthIssue& issue : *issues) {
-        auto* row = new QFrame(this);
+        auto* row = new QWidget(this);
         row->setObjectName(QStringLiteral("issue_") + issue.id);
-        row->setFrameShape(QFrame::StyledPanel);
         auto* h = new QHBoxLayout(row);
-        auto* icon = new QLabel(row);
-        icon->setPixmap(symbolIcon(issue.symbol.toStdString(), issue.title).pixmap(24, 24));
+        h->setContentsMargins(0, space::xs, 0, space::xs);
+        h->setSpacing(space::m);
+        auto* icon = new SymbolLabel(issue.symbol.toStdString(), 24, false, row);
+        icon->setTint(meaningColor(severityMeaning(issue.severity)));
         auto* words = new QVBoxLayout();
+        words->setSpacing(2);
         auto* heading = new QLabel(issue.title, row);
-        QFont bold = heading->font();
-        bold.setBold(true);
-        heading->setFont(bold);
-        heading->setStyleSheet(QStringLiteral("color: %1").arg(severityColor(issue.severity)));
+        setTextStyle(heading, TextStyle::Heading);
+        setTextMeaning(heading, severityMeaning(issue.severity));
         auto* detail = new QLabel(issue.detail, row);
         detail->setWordWrap(true);
+        setTextStyle(detail, TextStyle::Secondary);
         words->addWidget(heading);
         words->addWidget(detail);
         h->addWidget(icon, 0, Qt::AlignTop);

@@ -20,6 +20,8 @@ public:
     explicit HealthIssuesView(QWidget* parent = nullptr);
     // No reading yet shows "Checking…"; an empty list says nothing needs attention.
     void setIssues(const std::optional<std::vector<HealthIssue>>& issues);
+    // Shows nothing at all while nothing needs attention (where a page has no room to spare).
+    void setHidesWhenClear(bool on) { hidesWhenClear_ = on; }
 
 signals:
     void remedyRequested(tarvik::HealthIssue::Remedy remedy);
@@ -28,6 +30,7 @@ private:
     QVBoxLayout* rows_ = nullptr;
     QLabel* empty_ = nullptr;
     QStringList shownIds_;
+    bool hidesWhenClear_ = false;
     std::vector<std::pair<QLabel*, QLabel*>> labels_; // title, detail per row
 };
 

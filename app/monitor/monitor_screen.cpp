@@ -3,32 +3,32 @@
 #include "app/monitor/health_issues_view.h"
 #include "app/monitor/process_panel.h"
 #include "app/monitor/system_monitor_model.h"
+#include "app/shell/card.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/stat_card.h"
+#include "app/shell/theme.h"
 #include "core/text/metric_format.h"
 
-#include <QFrame>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QScrollArea>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace tarvik {
 namespace {
 
-// Colours carry meaning only, and read on light and dark palettes alike.
 QString meaningColor(MemoryPressure p) {
     switch (p) {
     case MemoryPressure::Normal:
-        return QStringLiteral("#2e9d5b");
+        return tarvik::meaningColor(Meaning::Good).name();
     case MemoryPressure::Warning:
-        return QStringLiteral("#d38b12");
+        return tarvik::meaningColor(Meaning::Watch).name();
     case MemoryPressure::Critical:
-        return QStringLiteral("#d0453a");
+        return tarvik::meaningColor(Meaning::Critical).name();
     }
     return {};
 }
@@ -38,47 +38,64 @@ QString meaningColor(MemoryPressure p) {
 MonitorScreen::MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QWidget* parent)
     : QWidget(parent), model_(model), navigator_(navigator) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
     layout->addWidget(new ScreenHeader(QStringLiteral("System Monitor"),
                                        sectionSubtitle(AppSection::Monitor), this));
     health_ = new HealthIssuesView(this);
     health_->setObjectName(QStringLiteral("monitorHealth"));
+    health_->setHidesWhenClear(true);
     layout->addWidget(health_);
     connect(health_, &HealthIssuesView::remedyRequested, this,
             [this](HealthIssue::Remedy remedy) { applyRemedy(remedy, model_, navigator_, this); });
+
+    // The readings and the process table each get the whole page: the table is long, and in a
+    // page of its own it never sits below the fold or takes the page's wheel.
+    tabs_ = new QTabWidget(this);
+    tabs_->setObjectName(QStringLiteral("monitorTabs"));
+    tabs_->setDocumentMode(true);
+    layout->addWidget(tabs_, 1);
+
+    auto* readings = new QWidget(tabs_);
+    auto* readingsLayout = new QVBoxLayout(readings);
+    readingsLayout->setContentsMargins(0, space::m, 0, 0);
+    readingsLayout->setSpacing(space::m);
     grid_ = new QGridLayout();
-    grid_->setHorizontalSpacing(12);
-    grid_->setVerticalSpacing(12);
-    layout->addLayout(grid_);
+    grid_->setSpacing(space::m);
+    readingsLayout->addLayout(grid_);
+    addTile(QStringLiteral("cpu"), "cpu", tr("CPU"), 0, 0, Metric::CPU, false);
+    addTile(QStringLiteral("memory"), "memorychip", tr("Memory"), 0, 1, Metric::Memory, false);
+    addTile(QStringLiteral("network"), "network", tr("Network"), 1, 0, Metric::NetworkIn, true);
+    addTile(QStringLiteral("disk"), "internaldrive", tr("Disk"), 1, 1, Metric::DiskRead, true);
+    addTile(QStringLiteral("gpu"), "gpu", tr("GPU"), 2, 0, Metric::GPU, false);
+    addTile(QStringLiteral("battery"), "battery.25", tr("Battery"), 2, 1, Metric::Battery, false);
+    addTile(QStringLiteral("load"), "waveform.path.ecg", tr("Load Average"), 3, 0, Metric::Load,
+            true);
+    addTile(QStringLiteral("uptime"), "clock", tr("Uptime"), 3, 1, std::nullopt, false);
+    grid_->setColumnStretch(0, 1);
+    grid_->setColumnStretch(1, 1);
 
-    addTile(QStringLiteral("cpu"), tr("CPU"), 0, 0, Metric::CPU, false);
-    addTile(QStringLiteral("memory"), tr("Memory"), 0, 1, Metric::Memory, false);
-    addTile(QStringLiteral("network"), tr("Network"), 1, 0, Metric::NetworkIn, true);
-    addTile(QStringLiteral("disk"), tr("Disk"), 1, 1, Metric::DiskRead, true);
-    addTile(QStringLiteral("gpu"), tr("GPU"), 2, 0, Metric::GPU, false);
-    addTile(QStringLiteral("battery"), tr("Battery"), 2, 1, Metric::Battery, false);
-    addTile(QStringLiteral("load"), tr("Load average"), 3, 0, Metric::Load, true);
-    addTile(QStringLiteral("uptime"), tr("Uptime"), 3, 1, std::nullopt, false);
-    tiles_[QStringLiteral("uptime")].chart->hide();
-
-    coresBox_ = new QGroupBox(tr("CPU cores"), this);
-    cores_ = new QGridLayout(coresBox_);
-    layout->addWidget(coresBox_);
-
-    auto* processBox = new QGroupBox(tr("Processes"), this);
-    auto* processLayout = new QVBoxLayout(processBox);
-    processes_ = new ProcessPanel(model_, processBox);
-    processLayout->addWidget(processes_);
-    layout->addWidget(processBox);
+    auto* coresCard = new Card(tr("CPU Cores"), readings, "cpu");
+    coresBox_ = coresCard;
+    cores_ = new QGridLayout();
+    cores_->setHorizontalSpacing(space::m);
+    cores_->setVerticalSpacing(space::s);
+    coresCard->body()->addLayout(cores_);
+    readingsLayout->addWidget(coresCard);
 
     auto* actions = new QHBoxLayout();
     actions->addStretch(1);
-    resetTotals_ = new QPushButton(tr("Reset Session Totals"), this);
+    resetTotals_ = new QPushButton(tr("Reset Session Totals"), readings);
     resetTotals_->setAccessibleName(tr("Reset the network and disk session totals"));
     connect(resetTotals_, &QPushButton::clicked, &model_, &SystemMonitorModel::resetSessionTotals);
     actions->addWidget(resetTotals_);
-    layout->addLayout(actions);
-    layout->addStretch(1);
+    readingsLayout->addLayout(actions);
+    readingsLayout->addStretch(1);
+    tabs_->addTab(readings, tr("&Readings"));
+
+    processes_ = new ProcessPanel(model_, tabs_);
+    processes_->setContentsMargins(0, space::m, 0, 0);
+    tabs_->addTab(processes_, tr("&Processes"));
 
     connect(&model_, &SystemMonitorModel::readingChanged, this, &MonitorScreen::render);
     auto showHealth = [this] {
@@ -87,14 +104,8 @@ MonitorScreen::MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QW
     connect(&model_, &SystemMonitorModel::healthChanged, this, showHealth);
     showHealth();
     // A remedy that orders the processes brings the table into view.
-    connect(&model_, &SystemMonitorModel::processSortChanged, this, [this] {
-        for (QWidget* w = parentWidget(); w != nullptr; w = w->parentWidget()) {
-            if (auto* scroll = qobject_cast<QScrollArea*>(w)) {
-                scroll->ensureWidgetVisible(processes_);
-                break;
-            }
-        }
-    });
+    connect(&model_, &SystemMonitorModel::processSortChanged, this,
+            [this] { tabs_->setCurrentWidget(processes_); });
     connect(&model_, &SystemMonitorModel::sessionTotalsChanged, this, &MonitorScreen::render);
     render();
 }
@@ -105,31 +116,21 @@ MonitorScreen::~MonitorScreen() {
     }
 }
 
-MonitorScreen::Tile& MonitorScreen::addTile(const QString& name, const QString& title, int row,
-                                            int column, std::optional<Metric> metric, bool rates) {
-    auto* frame = new QFrame(this);
-    frame->setObjectName(QStringLiteral("tile_") + name);
-    frame->setFrameShape(QFrame::StyledPanel);
-    auto* v = new QVBoxLayout(frame);
-    auto* heading = new QLabel(title, frame);
-    heading->setForegroundRole(QPalette::PlaceholderText);
+MonitorScreen::Tile& MonitorScreen::addTile(const QString& name, std::string_view symbol,
+                                            const QString& title, int row, int column,
+                                            std::optional<Metric> metric, bool rates) {
+    auto* card = new StatCard(symbol, title, this);
+    card->setObjectName(QStringLiteral("tile_") + name);
     Tile& tile = tiles_[name];
     tile.metric = metric;
-    tile.value = new QLabel(QStringLiteral("—"), frame);
-    QFont big = tile.value->font();
-    big.setPointSizeF(big.pointSizeF() * 1.5);
-    big.setBold(true);
-    tile.value->setFont(big);
-    tile.value->setAccessibleName(title);
-    tile.detail = new QLabel(frame);
-    tile.detail->setWordWrap(true);
-    tile.chart = new Sparkline(frame);
+    tile.value = card->valueLabel();
+    tile.detail = card->detailLabel();
+    tile.detail->setTextFormat(Qt::RichText);
+    tile.chart = new Sparkline(card);
     tile.chart->setAutoScale(rates);
-    v->addWidget(heading);
-    v->addWidget(tile.value);
-    v->addWidget(tile.detail);
-    v->addWidget(tile.chart);
-    grid_->addWidget(frame, row, column);
+    tile.chart->setVisible(metric.has_value());
+    card->body()->addWidget(tile.chart);
+    grid_->addWidget(card, row, column);
     return tile;
 }
 
@@ -162,16 +163,21 @@ void MonitorScreen::hideEvent(QHideEvent* event) {
 void MonitorScreen::render() {
     const auto& reading = model_.latest();
     const SessionTotals& totals = model_.sessionTotals();
-    auto set = [this](const QString& name, const QString& value, const QString& detail) {
+    // A reading the machine cannot give shows its sentence, never a flat line at zero.
+    auto set = [this](const QString& name, const QString& value, const QString& detail,
+                      bool hasFigure = true) {
         Tile& t = tiles_[name];
         t.value->setText(value);
         t.detail->setText(detail);
+        t.detail->setVisible(!detail.isEmpty());
         if (t.metric) {
-            t.chart->setValues(model_.history(*t.metric).values());
+            t.chart->setVisible(hasFigure);
+            t.chart->setValues(hasFigure ? model_.history(*t.metric).values()
+                                         : std::vector<double>{});
         }
     };
     if (!reading) {
-        set(QStringLiteral("cpu"), QStringLiteral("—"), tr("Measuring…"));
+        set(QStringLiteral("cpu"), QStringLiteral("—"), tr("Measuring…"), false);
         return;
     }
     const SystemReading& r = *reading;
@@ -195,7 +201,8 @@ void MonitorScreen::render() {
                                      : tr("none"),
                      meaningColor(m.pressure()), title(m.pressure())));
     } else {
-        set(QStringLiteral("memory"), QStringLiteral("—"), tr("Not reported by the system."));
+        set(QStringLiteral("memory"), QStringLiteral("—"), tr("Not reported by the system."),
+            false);
     }
 
     set(QStringLiteral("network"),
@@ -216,7 +223,8 @@ void MonitorScreen::render() {
     set(QStringLiteral("gpu"), r.gpu ? MetricFormat::percent(*r.gpu) : QStringLiteral("—"),
         r.gpu         ? tr("The busiest graphics processor")
         : r.gpuAsleep ? tr("Asleep: the graphics card is powered down and left alone.")
-                      : tr("No graphics processor reports its load."));
+                      : tr("No graphics processor reports its load."),
+        r.gpu.has_value());
 
     if (r.battery) {
         const BatteryInfo& b = *r.battery;
@@ -236,7 +244,8 @@ void MonitorScreen::render() {
         }
         set(QStringLiteral("battery"), MetricFormat::percent(b.charge), detail);
     } else {
-        set(QStringLiteral("battery"), QStringLiteral("—"), tr("This computer has no battery."));
+        set(QStringLiteral("battery"), QStringLiteral("—"), tr("This computer has no battery."),
+            false);
     }
 
     set(QStringLiteral("load"),

@@ -5,12 +5,14 @@
 
 #include <QWidget>
 #include <map>
+#include <string_view>
 #include <vector>
 
 class QGridLayout;
 class QLabel;
 class QProgressBar;
 class QPushButton;
+class QTabWidget;
 
 namespace tarvik {
 
@@ -18,9 +20,9 @@ class HealthIssuesView;
 class Navigator;
 class ProcessPanel;
 
-// The health issues, then the live readings: CPU (total and per core), memory, network and
-// disk with session totals, GPU, battery, load average and uptime, each with a short history;
-// then the process table.
+// The health issues, then two pages: the live readings (CPU total and per core, memory, network
+// and disk with session totals, GPU, battery, load average and uptime, each with a short
+// history) and the process table.
 class MonitorScreen : public QWidget {
     Q_OBJECT
 public:
@@ -44,8 +46,8 @@ private:
         Sparkline* chart = nullptr;
         std::optional<Metric> metric; // the model's history the chart draws
     };
-    Tile& addTile(const QString& name, const QString& title, int row, int column,
-                  std::optional<Metric> metric, bool rates);
+    Tile& addTile(const QString& name, std::string_view symbol, const QString& title, int row,
+                  int column, std::optional<Metric> metric, bool rates);
     void render();
     void renderCores();
 
@@ -53,6 +55,7 @@ private:
     Navigator& navigator_;
     HealthIssuesView* health_ = nullptr;
     ProcessPanel* processes_ = nullptr;
+    QTabWidget* tabs_ = nullptr;
     QGridLayout* grid_ = nullptr;
     std::map<QString, Tile> tiles_;
     QWidget* coresBox_ = nullptr;

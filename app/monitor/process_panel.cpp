@@ -59,7 +59,9 @@ ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
     view_->horizontalHeader()->setSectionResizeMode(ProcessTableModel::Name, QHeaderView::Stretch);
     view_->setMinimumHeight(260);
     view_->setAccessibleName(tr("Processes"));
-    layout->addWidget(view_);
+    view_->setAlternatingRowColors(true);
+    view_->setShowGrid(false);
+    layout->addWidget(view_, 1);
 
     auto* bottom = new QHBoxLayout();
     message_ = new QLabel(this);

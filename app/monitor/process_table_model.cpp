@@ -131,7 +131,9 @@ QVariant ProcessTableModel::data(const QModelIndex& index, int role) const {
         case CPU:
             return QString::number(p->cpuPercent, 'f', 1);
         case Memory:
-            return MetricFormat::bytes(static_cast<std::int64_t>(p->memory));
+            // A kernel thread has no memory of its own to show (its RSS is the kernel's).
+            return p->kernelThread ? QStringLiteral("—")
+                                   : MetricFormat::bytes(static_cast<std::int64_t>(p->memory));
         case User:
             return userName(p->uid);
         case ColumnCount:

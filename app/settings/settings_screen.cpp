@@ -1,7 +1,9 @@
 #include "app/settings/settings_screen.h"
 
+#include "app/shell/card.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/theme.h"
 #include "app/shell/tray_item.h"
 #include "core/cleanup/removal_mode.h"
 #include "core/settings/preferences.h"
@@ -17,7 +19,6 @@
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QLabel>
 #include <QListWidget>
 #include <QMessageBox>
@@ -33,8 +34,8 @@ namespace {
 QLabel* noteLabel(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    label->setContentsMargins(24, 0, 0, 4);
+    setTextStyle(label, TextStyle::Secondary);
+    label->setContentsMargins(space::xl, 0, 0, space::xs);
     return label;
 }
 
@@ -48,13 +49,14 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
           }
       }) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
     layout->addWidget(
         new ScreenHeader(QStringLiteral("Settings"), sectionSubtitle(AppSection::Settings), this));
 
     // Tray item.
-    auto* tray = new QGroupBox(tr("Tray item"), this);
-    auto* trayLayout = new QVBoxLayout(tray);
+    auto* tray = new Card(tr("Tray item"), this);
+    QBoxLayout* trayLayout = tray->body();
     trayLayout->addWidget(boolRow(pref::kShowMenuBarExtra, tr("Show Tarvik in the tray")));
     noTray_ = noteLabel(tr("No system tray was found on this desktop, so the tray item can't be "
                            "shown. Tarvik stays reachable from its window."),
@@ -89,8 +91,8 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     layout->addWidget(tray);
 
     // Start-up.
-    auto* startup = new QGroupBox(tr("Start-up"), this);
-    auto* startupLayout = new QVBoxLayout(startup);
+    auto* startup = new Card(tr("Start-up"), this);
+    QBoxLayout* startupLayout = startup->body();
     startupLayout->addWidget(boolRow(pref::kOpensWindowAtLaunch, tr("Open the window at launch")));
     login_ = new QCheckBox(tr("Start at login"), startup);
     login_->setObjectName(QStringLiteral("startAtLogin"));
@@ -100,7 +102,7 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     loginError_ = noteLabel({}, startup);
     loginError_->setObjectName(QStringLiteral("loginError"));
     loginError_->setForegroundRole(QPalette::NoRole);
-    loginError_->setStyleSheet(QStringLiteral("color: #c0392b;"));
+    setTextMeaning(loginError_, Meaning::Critical);
     loginError_->hide();
     startupLayout->addWidget(loginError_);
     connect(login_, &QCheckBox::toggled, this, &SettingsScreen::setLoginItem);
@@ -111,8 +113,9 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     layout->addWidget(startup);
 
     // Sampling.
-    auto* monitor = new QGroupBox(tr("Live readings"), this);
-    auto* monitorLayout = new QFormLayout(monitor);
+    auto* monitor = new Card(tr("Live readings"), this);
+    auto* monitorLayout = new QFormLayout();
+    monitor->body()->addLayout(monitorLayout);
     interval_ = new QDoubleSpinBox(monitor);
     interval_->setObjectName(QStringLiteral("monitorInterval"));
     const PreferenceKey* intervalKey = findPreferenceKey(pref::kMonitorInterval);
@@ -132,8 +135,9 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     layout->addWidget(homebrewGroup());
 
     // Permissions.
-    auto* permissions = new QGroupBox(tr("Permissions"), this);
-    auto* grid = new QGridLayout(permissions);
+    auto* permissions = new Card(tr("Permissions"), this);
+    auto* grid = new QGridLayout();
+    permissions->body()->addLayout(grid);
     int row = 0;
     for (AppPermission p : kAllPermissions) {
         grid->addWidget(new QLabel(title(p), permissions), row, 0);
@@ -186,8 +190,8 @@ QWidget* SettingsScreen::boolRow(std::string_view key, const QString& label, con
 }
 
 QWidget* SettingsScreen::cleaningGroup() {
-    auto* box = new QGroupBox(tr("Cleaning"), this);
-    auto* v = new QVBoxLayout(box);
+    auto* box = new Card(tr("Cleaning"), this);
+    QBoxLayout* v = box->body();
     auto* form = new QFormLayout();
     for (auto [key, label] :
          {std::pair{pref::kJunkRemovalMode, tr("Caches, logs and build output")},
@@ -249,8 +253,8 @@ QWidget* SettingsScreen::cleaningGroup() {
 }
 
 QWidget* SettingsScreen::homebrewGroup() {
-    auto* box = new QGroupBox(tr("Homebrew"), this);
-    auto* v = new QVBoxLayout(box);
+    auto* box = new Card(tr("Homebrew"), this);
+    QBoxLayout* v = box->body();
     auto* form = new QFormLayout();
     brewInterval_ = new QComboBox(box);
     brewInterval_->setObjectName(toQString(pref::kHomebrewCheckInterval));

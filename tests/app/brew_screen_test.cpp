@@ -1,5 +1,6 @@
 #include "app/homebrew/brew_model.h"
 #include "app/homebrew/brew_screen.h"
+#include "app/shell/empty_state.h"
 #include "core/settings/preferences.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"
@@ -7,6 +8,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QPushButton>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
@@ -72,9 +74,18 @@ TEST(BrewScreen, WithoutHomebrewItSaysSoAndHowToGetIt) {
     Preferences prefs;
     BrewModel model(
         prefs, std::make_shared<BrewRunner>(BrewRunner::Options{{"/nowhere/brew"}, QString()}));
-    model.load();
-    ASSERT_TRUE(test::waitUntil([&] { return !model.isLoading(); }));
-    EXPECT_TRUE(model.isNotInstalled());
+    BrewScreen screen(model);
+    screen.show();
+    ASSERT_TRUE(test::waitUntil([&] { return model.isNotInstalled() && !model.isLoading(); }));
     EXPECT_EQ(model.loadError(), "Homebrew isn't installed");
     EXPECT_FALSE(model.snapshot());
+    // The page says so and how to get it, instead of an empty list of disabled buttons.
+    auto* missing = screen.findChild<EmptyState*>("brewNotInstalled");
+    ASSERT_NE(missing, nullptr);
+    EXPECT_TRUE(missing->isVisible());
+    EXPECT_TRUE(missing->sentence().contains("https://brew.sh"));
+    EXPECT_FALSE(screen.packages()->isVisible());
+    missing->action()->click(); // looks again
+    EXPECT_TRUE(model.isLoading());
+    ASSERT_TRUE(test::waitUntil([&] { return !model.isLoading(); }));
 }

@@ -20,6 +20,7 @@
 #include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QScrollArea>
+#include <QTest>
 #include <QTreeView>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
@@ -309,6 +310,31 @@ TEST(LargeFilesScreen, RevealShowsTheCurrentRowInTheFileManager) {
     ASSERT_TRUE(screen.revealButton()->isEnabled());
     screen.revealButton()->click();
     EXPECT_EQ(revealed, QStringList{w.path("Videos/film.mp4")});
+}
+
+TEST(LargeFilesScreen, WhatIsTickedIsTheOnlyChoiceAndSpaceTicksTheCurrentRow) {
+    FilesWorld w;
+    w.write("a.zip", 90'000);
+    w.write("b.zip", 80'000);
+    LargeFilesModel m(w.prefs, w.dependencies());
+    LargeFilesScreen screen(m);
+    screen.resize(800, 500);
+    screen.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&screen));
+    scanAndWait(m, above(50'000));
+    QTreeView* view = screen.view();
+    const QModelIndex second = view->model()->index(1, 0);
+    // A click makes the row current (for Reveal) but highlights nothing as chosen.
+    QTest::mouseClick(view->viewport(), Qt::LeftButton, {}, view->visualRect(second).center());
+    EXPECT_EQ(view->currentIndex().row(), 1);
+    EXPECT_TRUE(view->selectionModel()->selectedIndexes().isEmpty());
+    EXPECT_EQ(m.selectedCount(), 0);
+    // Space ticks the current row: that is the choice the summary counts.
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_Space);
+    EXPECT_EQ(m.selectedCount(), 1);
+    EXPECT_TRUE(m.isSelected(w.path("b.zip")));
+    EXPECT_TRUE(view->selectionModel()->selectedIndexes().isEmpty());
 }
 
 TEST(LargeFilesScreen, CancelEndsTheScanAndSaysSo) {

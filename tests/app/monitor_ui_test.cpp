@@ -1,4 +1,5 @@
 #include "app/monitor/monitor_screen.h"
+#include "app/monitor/sparkline.h"
 #include "app/shell/app_models.h"
 #include "app/shell/tray_icon_renderer.h"
 #include "app/shell/tray_item.h"
@@ -141,6 +142,15 @@ TEST(MonitorScreen, ShowsLiveFiguresAndSaysWhatTheMachineLacks) {
     EXPECT_EQ(screen.tileValue("battery"), "—");
     EXPECT_EQ(screen.tileDetail("battery"), "This computer has no battery.");
     EXPECT_EQ(screen.tileValue("gpu"), "—");
+    // What the machine lacks is said, never drawn as a flat line at zero.
+    for (const char* lacking : {"tile_battery", "tile_gpu"}) {
+        auto* tile = screen.findChild<QWidget*>(lacking);
+        ASSERT_NE(tile, nullptr) << lacking;
+        EXPECT_FALSE(tile->findChild<Sparkline*>()->isVisibleTo(tile)) << lacking;
+    }
+    EXPECT_TRUE(screen.findChild<QWidget*>("tile_cpu")
+                    ->findChild<Sparkline*>()
+                    ->isVisibleTo(screen.findChild<QWidget*>("tile_cpu")));
     EXPECT_EQ(screen.tileValue("load"), "1.05"); // the captured /proc/loadavg
     EXPECT_TRUE(screen.tileDetail("network").startsWith("This session: "));
     screen.hide();

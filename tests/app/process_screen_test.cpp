@@ -5,6 +5,7 @@
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
 #include "app/shell/navigator.h"
+#include "core/text/metric_format.h"
 #include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
 #include "tests/support/temp_home.h"
@@ -18,6 +19,7 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QTabWidget>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -41,6 +43,8 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     MonitorScreen screen(models.monitor(), models.navigator());
     screen.show();
     ProcessPanel& panel = screen.processes();
+    // Processes are listed while their page is shown.
+    screen.findChild<QTabWidget*>("monitorTabs")->setCurrentWidget(&panel);
     // The first sample has no shares; the table fills from the first list on.
     ASSERT_TRUE(test::waitUntil([&] { return panel.select(pid); }));
     EXPECT_GT(panel.table().listedCount(), 3);
@@ -79,6 +83,26 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     screen.hide();
 }
 
+TEST(ProcessTable, AKernelThreadShowsNoMemoryOfItsOwn) {
+    ProcessTableModel table;
+    ProcessUsage kworker;
+    kworker.pid = 42;
+    kworker.name = "kworker/0:1";
+    kworker.kernelThread = true;
+    ProcessUsage shell;
+    shell.pid = 4242;
+    shell.name = "bash";
+    shell.memory = 5'000'000;
+    table.setSort(ProcessSort::PID);
+    table.setProcesses({kworker, shell});
+    ASSERT_EQ(table.rowCount(), 2);
+    EXPECT_EQ(table.index(0, ProcessTableModel::Memory).data().toString(), "—");
+    EXPECT_EQ(table.index(0, ProcessTableModel::Name).data(Qt::ToolTipRole).toString(),
+              "A kernel thread");
+    EXPECT_EQ(table.index(1, ProcessTableModel::Memory).data().toString(),
+              MetricFormat::bytes(5'000'000));
+}
+
 TEST(HealthIssues, ShownInTheMonitorAndSmartScanAndTheirRemediesAct) {
     test::TempHome home;
     test::FixtureTree tree(kFixtures / "linux/debian12-vm");
@@ -105,11 +129,15 @@ TEST(HealthIssues, ShownInTheMonitorAndSmartScanAndTheirRemediesAct) {
     ASSERT_NE(overview.findChild<QWidget*>("issue_swap"), nullptr);
     ASSERT_NE(monitor.findChild<QWidget*>("issue_uptime"), nullptr);
 
-    // Heavy swap: the table, ordered by memory.
+    // Heavy swap: the table, ordered by memory, on its own page.
     models.navigator().select(AppSection::Overview);
+    auto* tabs = monitor.findChild<QTabWidget*>("monitorTabs");
+    ASSERT_NE(tabs, nullptr);
+    EXPECT_NE(tabs->currentWidget(), &monitor.processes());
     overview.findChild<QPushButton*>("remedy_swap")->click();
     EXPECT_EQ(models.navigator().selection(), AppSection::Monitor);
     EXPECT_EQ(models.monitor().processSort(), ProcessSort::Memory);
+    EXPECT_EQ(tabs->currentWidget(), &monitor.processes());
 
     // A long uptime explains how to restart, without blocking the window.
     monitor.findChild<QPushButton*>("remedy_uptime")->click();

@@ -52,8 +52,9 @@ public slots:
 
 signals:
     void scanStarted();
-    // `phase` names what the search does ("Looking for files"), `count` how far it got.
-    void scanProgress(const QString& phase, qint64 count);
+    // `phase` names what the search does ("Looking for files"), `count` how far it got and
+    // `total` how far it goes (0 while not known).
+    void scanProgress(const QString& phase, qint64 count, qint64 total);
     void scanFinished();
     void selectionChanged();
     void removeProgress(double fraction);

@@ -9,7 +9,7 @@ DuplicatesModel::DuplicatesModel(Preferences& preferences, Dependencies dependen
                                  QObject* parent)
     : CleanupModel(preferences, std::move(dependencies), QStringLiteral("Duplicates"), parent),
       scan_(
-          this, [this](const Phase& p) { emit scanProgress(p.first, p.second); },
+          this, [this](const Phase& p) { emit scanProgress(p.phase, p.count, p.total); },
           [this](std::vector<DuplicateGroup> found) {
               // Groups from a stopped comparison are incomplete, and a file wrongly kept out of a
               // group would turn its copy into an "original": nothing is shown.
@@ -139,8 +139,8 @@ void DuplicatesModel::scan(FileSearchOptions options) {
     scan_.start([options, home = home()](JobContext<Phase>& job) {
         return DuplicateFinder(home).scan(
             options,
-            [&job](const QString& phase, std::int64_t n) {
-                job.report({phase, n});
+            [&job](const QString& phase, std::int64_t n, std::int64_t total) {
+                job.report({phase, n, total});
             },
             job.cancelFlag());
     });

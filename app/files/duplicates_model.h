@@ -57,7 +57,11 @@ private:
     QHash<QString, std::size_t> groupIndex_; // path → index in groups_
     QSet<QString> selected_;
     FileSearchOptions lastOptions_;
-    using Phase = std::pair<QString, std::int64_t>;
+    struct Phase {
+        QString phase;
+        std::int64_t count = 0;
+        std::int64_t total = 0;
+    };
     BackgroundJob<std::vector<DuplicateGroup>, Phase> scan_;
 };
 

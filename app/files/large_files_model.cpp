@@ -14,7 +14,7 @@ LargeFilesModel::LargeFilesModel(Preferences& preferences, Dependencies dependen
       scan_(
           this,
           [this](std::int64_t entries) {
-              emit scanProgress(QStringLiteral("Looking for files"), entries);
+              emit scanProgress(QStringLiteral("Looking for files"), entries, 0);
           },
           [this](std::vector<FoundFile> found) {
               // A cancelled walk still returns the files it had seen: they are real and listed.

@@ -48,7 +48,8 @@ void JunkModel::take(std::vector<JunkScanResult> results) {
     }
     results_ = std::move(results);
     if (isScanning()) {
-        emit scanProgress(QStringLiteral("Looking for junk"), static_cast<qint64>(results_.size()));
+        emit scanProgress(QStringLiteral("Looking for junk"), static_cast<qint64>(results_.size()),
+                          static_cast<qint64>(kAllJunkCategories.size()));
     }
     emit resultsChanged();
     emit selectionChanged();

@@ -323,7 +323,7 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
     walk.statxMask = STATX_TYPE | STATX_BLOCKS | STATX_SIZE | STATX_MTIME | STATX_INO | STATX_NLINK;
     if (onProgress) {
         walk.progress = [&onProgress](std::int64_t n) {
-            onProgress(QStringLiteral("Looking for files"), n);
+            onProgress(QStringLiteral("Looking for files"), n, 0);
         };
     }
     walk.enter = [&scope](const std::string& parent, const char* name) {
@@ -413,11 +413,12 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
     });
 
     std::atomic<std::int64_t> compared = 0;
+    auto toCompare = static_cast<std::int64_t>(heads.size());
     const auto report = [&](std::int64_t length) {
         const std::int64_t n = ++compared;
         // Often enough that one big file at a time still shows movement.
         if (onProgress && (n % 100 == 0 || length > kHead * 16)) {
-            onProgress(QStringLiteral("Comparing files"), n);
+            onProgress(QStringLiteral("Comparing files"), n, toCompare);
         }
     };
     // Stage 2: the first 64 KiB, which is the whole of a short file. Matching short files stay
@@ -438,6 +439,7 @@ DuplicateSet DuplicateFinder::find(const Options& options, const Progress& onPro
     heads.resize(kept);
     std::vector<Work>& matches = heads;
     // Stage 3: the whole file.
+    toCompare += static_cast<std::int64_t>(whole.size());
     digestAll(whole, names, -1, cancel, report);
     if (cancelled()) {
         return {};

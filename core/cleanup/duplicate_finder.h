@@ -92,8 +92,11 @@ private:
 class DuplicateFinder {
 public:
     using Options = FileSearchOptions;
-    // phase ("Looking for files", "Comparing files") and a count.
-    using Progress = std::function<void(const QString& phase, std::int64_t count)>;
+    // The phase ("Looking for files", "Comparing files"), how far it got and, while comparing,
+    // how many files there are to compare so far (0 while not known). The total grows once:
+    // files longer than their first 64 KiB are compared again, in full.
+    using Progress =
+        std::function<void(const QString& phase, std::int64_t count, std::int64_t total)>;
 
     explicit DuplicateFinder(QString home) : home_(std::move(home)) {}
     // Every group, largest waste first.

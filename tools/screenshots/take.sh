@@ -28,6 +28,22 @@ cp "$HOME/Downloads/ubuntu.iso" "$HOME/Downloads/ubuntu (copy).iso"
 head -c 30000000 /dev/urandom >"$XDG_CACHE_HOME/thumbnails/big.cache"
 touch -d '2 years ago' "$HOME/Videos/holiday.mkv"
 
+# A stand-in brew that answers with a real machine's captured inventory.
+fixtures=$(cd "$(dirname "$0")/../../tests/fixtures/homebrew" && pwd)
+mkdir -p "$work/bin"
+cat >"$work/bin/brew" <<BREW
+#!/bin/bash
+case "\$1" in
+  --version) echo 'Homebrew 4.4.1' ;;
+  info) cat '$fixtures/assembled/info_v2_installed_assembled.json' ;;
+  outdated) cat '$fixtures/brew_dart/outdated_v2.json' ;;
+  services) exit 1 ;;
+  *) echo ok ;;
+esac
+BREW
+chmod +x "$work/bin/brew"
+export PATH=$work/bin:$PATH
+
 # A private session bus with a stand-in for the desktop's settings portal.
 dbus-daemon --session --fork --print-address=3 --print-pid=4 3>"$work/bus" 4>"$work/bus.pid"
 export DBUS_SESSION_BUS_ADDRESS=$(head -n1 "$work/bus")
@@ -66,7 +82,7 @@ sections=(overview systemJunk largeFiles duplicates projectJunk spaceLens monito
 n=0
 for name in "${sections[@]}"; do
     if [ "$n" -gt 0 ]; then
-        xdotool windowfocus --sync "$window" key --clearmodifiers ctrl+Next
+        xdotool windowfocus "$window" key --clearmodifiers ctrl+Next || true
     fi
     case $name in
         systemJunk) sleep 6 ;; # measured by Smart Scan already

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -178,7 +179,7 @@ TEST(DuplicateFinder, ThreeStagesHardLinksSparseFilesAndTheOldestKept) {
     o.root = h;
     o.minimumSize = 1;
     QStringList phases;
-    const auto groups = finder.scan(o, [&](const QString& phase, std::int64_t) {
+    const auto groups = finder.scan(o, [&](const QString& phase, std::int64_t, std::int64_t) {
         if (!phases.contains(phase)) {
             phases << phase;
         }
@@ -339,6 +340,43 @@ TEST(DuplicateFinder, AWideTreeListedByEveryThreadGivesOneGroupPerContents) {
         }
     }
     EXPECT_EQ(set.wastedBytes(), waste);
+}
+
+TEST(DuplicateFinder, ProgressWhileComparingSaysHowManyOfHowMany) {
+    test::TempHome home;
+    const QString h = home.path();
+    // 150 short files of one length (heads only) and 150 long ones (heads, then whole files).
+    for (int i = 0; i < 150; ++i) {
+        makeFile(h + QStringLiteral("/short/s%1").arg(i), 4096, static_cast<char>('a' + i % 3));
+        makeFile(h + QStringLiteral("/long/l%1").arg(i), 100 * 1024,
+                 static_cast<char>('a' + i % 3));
+    }
+    makeFile(h + "/alone", 7777); // a length no other file has: never compared
+    DuplicateFinder::Options o;
+    o.root = h;
+    o.minimumSize = 1;
+    std::vector<std::pair<std::int64_t, std::int64_t>> comparing;
+    std::mutex lock;
+    const auto groups =
+        DuplicateFinder(h).scan(o, [&](const QString& phase, std::int64_t n, std::int64_t total) {
+            if (phase == QLatin1String("Comparing files")) {
+                const std::lock_guard guard(lock);
+                comparing.emplace_back(n, total);
+            } else {
+                EXPECT_EQ(total, 0) << phase.toStdString(); // the walk's end is not known
+            }
+        });
+    EXPECT_EQ(groups.size(), 6u);
+    ASSERT_FALSE(comparing.empty());
+    std::int64_t most = 0;
+    for (const auto& [n, total] : comparing) {
+        EXPECT_GE(total, 300); // the 300 files sharing a length, never the lone one
+        EXPECT_LE(n, total);
+        most = std::max(most, total);
+    }
+    // The long files are read twice: first 64 KiB, then whole.
+    EXPECT_EQ(most, 450);
+    EXPECT_GT(comparing.back().first, 300);
 }
 
 TEST(FileDigest, LimitedAndWholeHashesNoticeFilesThatChangedLength) {

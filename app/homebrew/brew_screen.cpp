@@ -3,6 +3,7 @@
 #include "app/homebrew/brew_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>
@@ -321,10 +322,10 @@ void BrewScreen::render() {
         status_->setText(model_.loadError());
     } else if (have) {
         const auto& s = *model_.snapshot();
-        status_->setText(tr("Homebrew %1 · %2 formulae, %3 casks · %4 outdated · %5 on disk")
+        status_->setText(tr("Homebrew %1 · %2, %3 · %4 outdated · %5 on disk")
                              .arg(model_.environment() ? model_.environment()->version : QString())
-                             .arg(s.formulaeCount())
-                             .arg(s.casksCount())
+                             .arg(countOf(s.formulaeCount(), u"formula", u"formulae"))
+                             .arg(countOf(s.casksCount(), u"cask", u"casks"))
                              .arg(s.outdated().size())
                              .arg(MetricFormat::bytes(s.totalSize())));
     }

@@ -5,6 +5,7 @@
 #include "app/monitor/system_monitor_model.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QFrame>
@@ -229,7 +230,7 @@ void MonitorScreen::render() {
             detail += tr(" · Health %1").arg(MetricFormat::percent(*b.health));
         }
         if (b.cycleCount) {
-            detail += tr(" · %1 cycles").arg(*b.cycleCount);
+            detail += QStringLiteral(" · ") + countOf(*b.cycleCount, u"cycle", u"cycles");
         }
         if (b.temperature) {
             detail += tr(" · %1 °C").arg(*b.temperature, 0, 'f', 1);

@@ -2,6 +2,7 @@
 
 #include "app/monitor/process_table_model.h"
 #include "app/monitor/system_monitor_model.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>
@@ -179,8 +180,9 @@ void ProcessPanel::refresh() {
     total_->setText(
         table_->listedCount() == 0
             ? QString()
-            : tr("%n processes · %1 in memory", nullptr, table_->listedCount())
-                  .arg(MetricFormat::bytes(static_cast<std::int64_t>(table_->listedMemory()))));
+            : tr("%1 · %2 in memory")
+                  .arg(countOf(table_->listedCount(), u"process", u"processes"),
+                       MetricFormat::bytes(static_cast<std::int64_t>(table_->listedMemory()))));
     selectionChanged();
 }
 

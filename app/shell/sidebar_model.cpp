@@ -1,6 +1,7 @@
 #include "app/shell/sidebar_model.h"
 
 #include "app/shell/section_icons.h"
+#include "core/text/counts.h"
 #include "core/text/qt_text.h"
 
 #include <QFont>
@@ -64,7 +65,8 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         return count > 0 ? QStringLiteral("%1  (%2)").arg(toQString(s.title)).arg(count)
                          : toQString(s.title);
     case Qt::AccessibleTextRole:
-        return count > 0 ? QStringLiteral("%1, %2 updates").arg(toQString(s.title)).arg(count)
+        return count > 0 ? QStringLiteral("%1, %2").arg(toQString(s.title),
+                                                        countOf(count, u"update", u"updates"))
                          : toQString(s.title);
     case Qt::DecorationRole:
         return sectionIcon(s.section);

@@ -44,10 +44,15 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     // The first sample has no shares; the table fills from the first list on.
     ASSERT_TRUE(test::waitUntil([&] { return panel.select(pid); }));
     EXPECT_GT(panel.table().listedCount(), 3);
+    EXPECT_TRUE(panel.findChild<QLabel*>("processTotal")->text().contains(" processes · "));
     EXPECT_TRUE(panel.findChild<QLabel*>("processTotal")->text().contains(" in memory"));
 
     panel.findChild<QLineEdit*>("processFilter")->setText(QString::number(pid));
     EXPECT_EQ(panel.table().listedCount(), 1);
+    // The total follows at the next list: one process, in the singular.
+    auto* total = panel.findChild<QLabel*>("processTotal");
+    EXPECT_TRUE(test::waitUntil([&] { return total->text().startsWith("1 process · "); }))
+        << total->text().toStdString();
     ASSERT_TRUE(panel.select(pid));
     EXPECT_EQ(panel.table().displayName(*panel.table().processAt(0)), "sleep");
 

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 using tarvik::test::Outcome;
@@ -64,6 +65,9 @@ TEST_F(TarvikCommand, PsListsQuitEndsAndRefusesWithDistinctExitCodes) {
     EXPECT_TRUE(found);
     const Outcome top = tarvik({"ps", "--limit", "3"});
     EXPECT_EQ(top.out.count('\n'), 5) << top.out.toStdString(); // heading, 3 rows, total
+    EXPECT_TRUE(
+        QRegularExpression("\n[0-9,.]+ processes, .+ in memory\n$").match(top.out).hasMatch())
+        << top.out.toStdString();
     EXPECT_EQ(tarvik({"ps", "--sort", "size"}).exitCode, 2);
 
     const Outcome refused = tarvik({"quit", "1"});

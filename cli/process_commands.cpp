@@ -116,8 +116,8 @@ int runQuit(std::int32_t pid, bool force) {
         printError(QStringLiteral("No process has the ID %1.").arg(pid));
         return kExitFailed;
     }
-    const QString name =
-        displayName(*it, DesktopApplications::load(DesktopApplications::defaultFolders()));
+    const QString name = processLabel(
+        displayName(*it, DesktopApplications::load(DesktopApplications::defaultFolders())), pid);
     const QuitRefusal refusal = ProcessGuard::refusal(*it, getpid(), geteuid());
     if (refusal != QuitRefusal::None) {
         printError(quitMessage(name, refusal, QuitOutcome::Refused));

@@ -194,7 +194,8 @@ void ProcessPanel::selectionChanged() {
     quit_->setEnabled(can);
     forceQuit_->setEnabled(can);
     if (p != nullptr && refusal != QuitRefusal::None) {
-        message_->setText(quitMessage(table_->displayName(*p), refusal, QuitOutcome::Refused));
+        message_->setText(quitMessage(processLabel(table_->displayName(*p), p->pid), refusal,
+                                      QuitOutcome::Refused));
     } else if (p != nullptr && message_->text().contains(QStringLiteral("can't be quit"))) {
         message_->clear();
     }
@@ -205,7 +206,7 @@ void ProcessPanel::quitSelected(bool force) {
     if (p == nullptr || quitJob_.isRunning()) {
         return;
     }
-    const QString name = table_->displayName(*p);
+    const QString name = processLabel(table_->displayName(*p), p->pid);
     const QuitRefusal refusal = ProcessGuard::refusal(*p, getpid(), geteuid());
     if (refusal != QuitRefusal::None) {
         message_->setText(quitMessage(name, refusal, QuitOutcome::Refused));

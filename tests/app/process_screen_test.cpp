@@ -29,7 +29,7 @@ const std::filesystem::path kFixtures = TARVIK_FIXTURES;
 
 } // namespace
 
-TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
+TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterAConfirmationNamingTheProcessAndItsPid) {
     test::TempHome home;
     AppModels models(optionsIn(home, "/"));
     models.preferences().setValue(pref::kMonitorInterval, 1.0);
@@ -64,14 +64,15 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     auto* quit = panel.findChild<QPushButton*>("quitProcess");
     ASSERT_TRUE(quit->isEnabled());
     quit->click();
-    EXPECT_EQ(asked, "Quit sleep?");
+    // Two processes may share a name: the pid tells which one is meant.
+    EXPECT_EQ(asked, QString("Quit “sleep” (PID %1)?").arg(pid));
     EXPECT_FALSE(child.waitForFinished(300)); // declined: nothing was sent
 
     panel.setConfirm([](const QString&, const QString&) { return true; });
     quit->click();
     ASSERT_TRUE(
         test::waitUntil([&] { return !panel.isQuitting() && panel.message().contains("quit."); }));
-    EXPECT_EQ(panel.message(), "sleep has quit.");
+    EXPECT_EQ(panel.message(), QString("“sleep” (PID %1) has quit.").arg(pid));
     EXPECT_TRUE(child.state() == QProcess::NotRunning || child.waitForFinished(3000));
 
     // Init is refused with the reason, and its buttons stay off.

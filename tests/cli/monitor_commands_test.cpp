@@ -77,7 +77,7 @@ TEST_F(TarvikCommand, PsListsQuitEndsAndRefusesWithDistinctExitCodes) {
 
     const Outcome quit = tarvik({"quit", QString::number(pid)});
     EXPECT_EQ(quit.exitCode, 0) << quit.err.toStdString();
-    EXPECT_EQ(quit.out.trimmed(), "sleep has quit.");
+    EXPECT_EQ(quit.out.trimmed(), QString("“sleep” (PID %1) has quit.").arg(pid));
     EXPECT_TRUE(child.waitForFinished(3000));
 
     const Outcome gone = tarvik({"quit", QString::number(pid)});

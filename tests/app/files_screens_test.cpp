@@ -96,6 +96,21 @@ void scanAndWait(LargeFilesModel& m, const LargeFileScanner::Options& o) {
     ASSERT_TRUE(FilesWorld::wait([&] { return !m.isScanning(); }));
 }
 
+// Stands in for the user at the cleanup frame's confirmation: keeps what was asked and answers
+// `yes`.
+struct User {
+    QString asked;
+    QString detail;
+    bool yes = true;
+    void answers(CleanupScreen& frame) {
+        frame.setConfirm([this](const QString& q, const QString& d) {
+            asked = q;
+            detail = d;
+            return yes;
+        });
+    }
+};
+
 } // namespace
 
 // ---- Large & Old Files: the search ----
@@ -224,13 +239,8 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
     w.write(".ssh/big-key", 60'000); // the guard never lets this go
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
-    QString asked;
-    QString detail;
-    screen.frame().setConfirm([&](const QString& q, const QString& d) {
-        asked = q;
-        detail = d;
-        return true;
-    });
+    User user;
+    user.answers(screen.frame());
     auto options = above(50'000);
     options.includeHidden = true;
     scanAndWait(m, options);
@@ -246,8 +256,8 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
         << screen.frame().summaryText().toStdString();
 
     screen.frame().removeButton()->click();
-    EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
-    EXPECT_EQ(detail, "They will be moved to the Trash, where you can restore them.");
+    EXPECT_TRUE(user.asked.startsWith("Remove 2 files (")) << user.asked.toStdString();
+    EXPECT_EQ(user.detail, "They will be moved to the Trash, where you can restore them.");
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
 
     EXPECT_FALSE(QFile::exists(w.path("Videos/film.mp4")));
@@ -272,20 +282,15 @@ TEST(LargeFilesScreen, OneFileIsConfirmedInTheSingularAndReportedAsMovedOrDelete
     w.write("b.zip", 70'000);
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
-    QString asked;
-    QString detail;
-    screen.frame().setConfirm([&](const QString& q, const QString& d) {
-        asked = q;
-        detail = d;
-        return true;
-    });
+    User user;
+    user.answers(screen.frame());
     scanAndWait(m, above(50'000));
 
     // One file to the Trash: "it", and the report never says anything was freed.
     m.setSelected(w.path("Videos/film.mp4"), true);
     screen.frame().requestRemoval();
-    EXPECT_EQ(asked, "Remove “film.mp4” (90.1 KB)?");
-    EXPECT_EQ(detail, "It will be moved to the Trash, where you can restore it.");
+    EXPECT_EQ(user.asked, "Remove “film.mp4” (90.1 KB)?");
+    EXPECT_EQ(user.detail, "It will be moved to the Trash, where you can restore it.");
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
     EXPECT_TRUE(QFile::exists(w.trashed("film.mp4")));
     EXPECT_EQ(screen.frame().reportText(), "<b>Moved 1 file (90.1 KB) to the Trash.</b>");
@@ -296,8 +301,8 @@ TEST(LargeFilesScreen, OneFileIsConfirmedInTheSingularAndReportedAsMovedOrDelete
     w.prefs.setValue(pref::kFileRemovalMode, "deletePermanently");
     m.setAllSelected(true);
     screen.frame().requestRemoval();
-    EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
-    EXPECT_EQ(detail, "They will be deleted permanently. This can't be undone.");
+    EXPECT_TRUE(user.asked.startsWith("Remove 2 files (")) << user.asked.toStdString();
+    EXPECT_EQ(user.detail, "They will be deleted permanently. This can't be undone.");
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
     EXPECT_FALSE(QFile::exists(w.path("a.zip")));
     EXPECT_FALSE(QFile::exists(w.trashed("a.zip")));
@@ -321,26 +326,21 @@ TEST(LargeFilesScreen, ConfirmationFollowsTheRemovalModeAndNoRemovesNothing) {
     w.write("a.zip", 80'000);
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
-    QString asked;
-    QString detail;
-    bool answer = false;
-    screen.frame().setConfirm([&](const QString& q, const QString& d) {
-        asked = q;
-        detail = d;
-        return answer;
-    });
+    User user;
+    user.yes = false;
+    user.answers(screen.frame());
     scanAndWait(m, above(50'000));
     m.setAllSelected(true);
 
     screen.frame().requestRemoval();
-    EXPECT_EQ(asked, "Remove “a.zip” (81.9 KB)?"); // one file is named
-    EXPECT_EQ(detail, "It will be deleted permanently. This can't be undone.");
+    EXPECT_EQ(user.asked, "Remove “a.zip” (81.9 KB)?"); // one file is named
+    EXPECT_EQ(user.detail, "It will be deleted permanently. This can't be undone.");
     EXPECT_FALSE(m.isRemoving());
     EXPECT_TRUE(QFile::exists(w.path("a.zip")));
     EXPECT_EQ(m.results().size(), 1u);
     EXPECT_TRUE(screen.frame().reportText().isEmpty());
 
-    answer = true;
+    user.yes = true;
     screen.frame().requestRemoval();
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
     EXPECT_FALSE(QFile::exists(w.path("a.zip")));
@@ -478,16 +478,13 @@ TEST(DuplicatesModel, RemovalLeavesEachGroupWithItsKeptFilesAndDropsGroupsOfOne)
     writeCopies(w);
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
-    QString asked;
-    screen.frame().setConfirm([&](const QString& q, const QString&) {
-        asked = q;
-        return true;
-    });
+    User user;
+    user.answers(screen.frame());
     scanAndWait(m);
     m.setSelected(w.path("Desktop/report copy.pdf"), false);
 
     screen.frame().requestRemoval();
-    EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
+    EXPECT_TRUE(user.asked.startsWith("Remove 2 files (")) << user.asked.toStdString();
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
 
     EXPECT_TRUE(QFile::exists(w.trashed("report.pdf")));
@@ -513,15 +510,14 @@ TEST(DuplicatesModel, ConfirmationAnsweredNoRemovesNothing) {
     writeCopies(w);
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
-    QString detail;
-    screen.frame().setConfirm([&](const QString&, const QString& d) {
-        detail = d;
-        return false;
-    });
+    User user;
+    user.yes = false;
+    user.answers(screen.frame());
     scanAndWait(m);
     screen.frame().requestRemoval();
-    EXPECT_EQ(detail, "They will be moved to the Trash, where you can restore them. At least one "
-                      "file of each group is kept.");
+    EXPECT_EQ(user.detail,
+              "They will be moved to the Trash, where you can restore them. At least one "
+              "file of each group is kept.");
     EXPECT_FALSE(m.isRemoving());
     EXPECT_EQ(m.groups().size(), 2u);
     EXPECT_TRUE(QFile::exists(w.path("Downloads/report.pdf")));

@@ -7,6 +7,7 @@
 #include "core/homebrew/brew_updates.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/counts.h"
 #include "core/text/path_display.h"
 
 #include <QJsonArray>
@@ -172,9 +173,9 @@ int run(const std::string& action, const BrewOptions& o) {
                 return kExitOk;
             }
             printRows({{"Homebrew", env.version + QStringLiteral(" at ") + env.prefix},
-                       {"Installed", QStringLiteral("%1 formulae, %2 casks (%3 on request)")
-                                         .arg(s.formulaeCount())
-                                         .arg(s.casksCount())
+                       {"Installed", QStringLiteral("%1, %2 (%3 on request)")
+                                         .arg(countOf(s.formulaeCount(), u"formula", u"formulae"),
+                                              countOf(s.casksCount(), u"cask", u"casks"))
                                          .arg(s.onRequestCount())},
                        {"Outdated", QString::number(s.outdated().size())},
                        {"Pinned", QString::number(s.pinned().size())},

@@ -9,6 +9,7 @@
 #include "core/settings/preferences.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 #include "core/text/qt_text.h"
 
@@ -22,7 +23,7 @@
 namespace tarvik::cli {
 
 void printCleanReport(const CleanReport& report, const QString& home) {
-    printLine(cleanSummary(report, QStringLiteral("item"), QStringLiteral("items")));
+    printLine(cleanSummary(report, u"item", u"items"));
     for (const auto& f : report.failures) {
         printLine(
             QStringLiteral("  not removed: %1 — %2").arg(shownPath(f.item.path, home), f.message));
@@ -77,7 +78,7 @@ QString whatGoes(RemovalMode mode, const std::vector<const CleanableItem*>& item
     }
     const QString what = items.size() == 1
                              ? QStringLiteral("“%1”").arg(fileName::display(items.front()->name()))
-                             : QStringLiteral("%1 items").arg(items.size());
+                             : countOf(items.size(), u"item", u"items");
     return QStringLiteral("%1 %2 (%3)").arg(title(mode), what, MetricFormat::bytes(total));
 }
 

@@ -10,6 +10,7 @@
 #include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QDir>
@@ -136,10 +137,9 @@ int runLarge(const SearchOptions& o) {
             printLine(QStringLiteral("           ") + *f.item.detail);
         }
     }
-    printLine(
-        found.empty()
-            ? QStringLiteral("No files that large.")
-            : QStringLiteral("%1 files, %2").arg(found.size()).arg(MetricFormat::bytes(total)));
+    printLine(found.empty() ? QStringLiteral("No files that large.")
+                            : QStringLiteral("%1, %2").arg(countOf(found.size(), u"file", u"files"),
+                                                           MetricFormat::bytes(total)));
     return kExitOk;
 }
 
@@ -222,10 +222,9 @@ int runDupes(const SearchOptions& o) {
     }
     for (std::size_t i = 0; i < found.size(); ++i) {
         const DuplicateGroup g = found.group(i);
-        printLine(QStringLiteral("%1 copies of %2, %3 to gain")
-                      .arg(g.files.size())
-                      .arg(MetricFormat::bytes(g.fileSize))
-                      .arg(MetricFormat::bytes(g.wastedBytes())));
+        printLine(QStringLiteral("%1 of %2, %3 to gain")
+                      .arg(countOf(g.files.size(), u"copy", u"copies"),
+                           MetricFormat::bytes(g.fileSize), MetricFormat::bytes(g.wastedBytes())));
         for (std::size_t k = 0; k < g.files.size(); ++k) {
             printLine((k == 0 ? QStringLiteral("  keep    ") : QStringLiteral("  copy    ")) +
                       shownPath(g.files[k].path, home));
@@ -235,9 +234,9 @@ int runDupes(const SearchOptions& o) {
         }
     }
     printLine(found.empty() ? QStringLiteral("No duplicates found.")
-                            : QStringLiteral("%1 groups, %2 to gain (tarvik dupes --delete)")
-                                  .arg(found.size())
-                                  .arg(MetricFormat::bytes(found.wastedBytes())));
+                            : QStringLiteral("%1, %2 to gain (tarvik dupes --delete)")
+                                  .arg(countOf(found.size(), u"group", u"groups"),
+                                       MetricFormat::bytes(found.wastedBytes())));
     return kExitOk;
 }
 

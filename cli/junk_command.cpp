@@ -7,6 +7,7 @@
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 #include "core/text/qt_text.h"
 
@@ -55,9 +56,9 @@ int runList(const JunkOptions& o) {
     for (const auto& r : results) {
         const auto& i = info(r.category);
         rows.emplace_back(toQString(i.title),
-                          QStringLiteral("%1  %2 items  %3%4")
+                          QStringLiteral("%1  %2  %3%4")
                               .arg(MetricFormat::bytes(r.totalSize).rightJustified(9))
-                              .arg(r.items.size(), 5)
+                              .arg(countOf(r.items.size(), u"item", u"items"), 11)
                               .arg(toQString(i.rawValue))
                               .arg(i.selectedByDefault
                                        ? QString()

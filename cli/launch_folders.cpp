@@ -1,6 +1,7 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/settings/preferences.h"
+#include "core/text/counts.h"
 #include "dock/app_folder.h"
 
 namespace tarvik::cli {
@@ -12,9 +13,9 @@ int runLaunchFolders() {
     }
     const auto folders = DockFolderStore(DockFolderStore::defaultSupportDirectory()).load();
     if (!folders.empty()) {
-        printError(QStringLiteral("Found %1 Dock folders, but starting their helpers is not "
-                                  "available in this version yet.")
-                       .arg(folders.size()));
+        printError(QStringLiteral("Found %1, but starting their helpers is not available in "
+                                  "this version yet.")
+                       .arg(countOf(folders.size(), u"Dock folder", u"Dock folders")));
     }
     return kExitOk;
 }

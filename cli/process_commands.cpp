@@ -6,6 +6,7 @@
 #include "core/monitor/process_order.h"
 #include "core/monitor/system_health.h"
 #include "core/monitor/system_sampler.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QJsonArray>
@@ -100,9 +101,9 @@ int runPs(const PsOptions& o) {
                       .arg(userName(p.uid).left(10), -10)
                       .arg(displayName(p, apps)));
     }
-    printLine(QStringLiteral("%1 processes, %2 in memory")
-                  .arg(count)
-                  .arg(MetricFormat::bytes(static_cast<std::int64_t>(total))));
+    printLine(QStringLiteral("%1, %2 in memory")
+                  .arg(countOf(count, u"process", u"processes"),
+                       MetricFormat::bytes(static_cast<std::int64_t>(total))));
     return kExitOk;
 }
 
@@ -115,8 +116,8 @@ int runQuit(std::int32_t pid, bool force) {
         printError(QStringLiteral("No process has the ID %1.").arg(pid));
         return kExitFailed;
     }
-    const QString name =
-        displayName(*it, DesktopApplications::load(DesktopApplications::defaultFolders()));
+    const QString name = processLabel(
+        displayName(*it, DesktopApplications::load(DesktopApplications::defaultFolders())), pid);
     const QuitRefusal refusal = ProcessGuard::refusal(*it, getpid(), geteuid());
     if (refusal != QuitRefusal::None) {
         printError(quitMessage(name, refusal, QuitOutcome::Refused));

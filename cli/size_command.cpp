@@ -4,6 +4,7 @@
 #include "core/sys/file_calls.h"
 #include "core/sys/file_names.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QDir>
@@ -44,10 +45,13 @@ int runSize(const SizeOptions& o) {
             {QStringLiteral("otherFileSystemsSkipped"), static_cast<double>(r.otherFileSystems)}});
         QString note;
         if (r.unreadable > 0) {
-            note += QStringLiteral(" (%1 folders could not be read)").arg(r.unreadable);
+            note += QStringLiteral(" (%1 could not be read)")
+                        .arg(countOf(r.unreadable, u"folder", u"folders"));
         }
         if (r.otherFileSystems > 0) {
-            note += QStringLiteral(" (%1 other file systems not entered)").arg(r.otherFileSystems);
+            note +=
+                QStringLiteral(" (%1 not entered)")
+                    .arg(countOf(r.otherFileSystems, u"other file system", u"other file systems"));
         }
         rows.emplace_back(MetricFormat::bytes(r.allocated), shownPath(path, home) + note);
     }

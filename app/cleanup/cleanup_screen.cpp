@@ -5,11 +5,11 @@
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/sys/file_names.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLocale>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
@@ -29,7 +29,7 @@ CleanupScreen::CleanupScreen(CleanupModel& model, Texts texts, QWidget* parent)
         return box.clickedButton() == go;
     };
     progressText_ = [](const QString& phase, qint64 n) {
-        return tr("%1… %2 entries visited").arg(phase, QLocale().toString(n));
+        return tr("%1… %2 visited").arg(phase, countOf(n, u"entry", u"entries"));
     };
 
     layout_ = new QVBoxLayout(this);
@@ -164,7 +164,7 @@ QString CleanupScreen::statusText() const {
 }
 
 QString CleanupScreen::count(int n) const {
-    return FileTexts::count(n, texts_.one, texts_.many);
+    return countOf(n, texts_.one, texts_.many);
 }
 
 void CleanupScreen::setStatus(const QString& status, std::optional<double> fraction) {
@@ -208,11 +208,12 @@ void CleanupScreen::requestRemoval() {
     }
     const QString question =
         tr("%1 %2 (%3)?").arg(texts_.verb, what, MetricFormat::bytes(model_.selectedSize()));
-    QString detail = trashed && deleted
-                         ? tr("They will be moved to the Trash. Trash contents are always deleted "
-                              "permanently.")
-                         : FileTexts::removalDetail(deleted ? RemovalMode::DeletePermanently
-                                                            : RemovalMode::MoveToTrash);
+    QString detail =
+        trashed && deleted
+            ? tr("They will be moved to the Trash. Trash contents are always deleted "
+                 "permanently.")
+            : FileTexts::removalDetail(
+                  deleted ? RemovalMode::DeletePermanently : RemovalMode::MoveToTrash, n);
     if (!texts_.keptNote.isEmpty()) {
         detail += QLatin1Char(' ') + texts_.keptNote;
     }

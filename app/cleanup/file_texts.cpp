@@ -8,10 +8,6 @@
 
 namespace tarvik::FileTexts {
 
-QString count(int n, const QString& one, const QString& many) {
-    return QStringLiteral("%1 %2").arg(n).arg(n == 1 ? one : many);
-}
-
 QString preset(std::int64_t bytes) {
     QString text = MetricFormat::bytes(bytes);
     // Presets are round numbers; "50.0 MB" reads like a measurement.
@@ -26,9 +22,14 @@ QString date(const std::optional<QDateTime>& modified) {
     return QLocale().toString(modified->toLocalTime().date(), QLocale::ShortFormat);
 }
 
-QString removalDetail(RemovalMode mode) {
-    return mode == RemovalMode::DeletePermanently
-               ? QStringLiteral("They will be deleted permanently. This can't be undone.")
+QString removalDetail(RemovalMode mode, int count) {
+    if (mode == RemovalMode::DeletePermanently) {
+        return count == 1 ? QStringLiteral("It will be deleted permanently. This can't be undone.")
+                          : QStringLiteral("They will be deleted permanently. This can't be "
+                                           "undone.");
+    }
+    return count == 1
+               ? QStringLiteral("It will be moved to the Trash, where you can restore it.")
                : QStringLiteral("They will be moved to the Trash, where you can restore them.");
 }
 

@@ -9,14 +9,13 @@
 
 namespace tarvik::FileTexts {
 
-// "1 file", "3 files"; the noun is given in its singular and plural.
-QString count(int n, const QString& one, const QString& many);
 // A size preset as a whole number where it is one: "50 MB", "1 GB", "1.5 GB".
 QString preset(std::int64_t bytes);
 // The day a file last changed, in the user's short format; "Unknown" without a date.
 QString date(const std::optional<QDateTime>& modified);
-// What removing the selection will do, for the confirmation.
-QString removalDetail(RemovalMode mode);
+// What removing `count` items will do, for the confirmation: "It will…" for one, "They will…"
+// for more.
+QString removalDetail(RemovalMode mode, int count);
 // The report after a removal: what was removed and freed (of items named `one`/`many`), then
 // each failure with its reason.
 QString reportHtml(const CleanReport& report, const QString& home, const QString& one,

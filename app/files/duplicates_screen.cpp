@@ -5,6 +5,7 @@
 #include "app/files/duplicates_model.h"
 #include "app/files/reveal_in_file_manager.h"
 #include "app/files/search_controls.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 #include "core/text/path_display.h"
 
@@ -40,10 +41,9 @@ DuplicatesScreen::DuplicatesScreen(DuplicatesModel& model, QWidget* parent)
     controls_ = new SearchControls(kDuplicateThresholds, 1'000'000, {}, frame_);
     frame_->setControls(controls_);
     frame_->setProgressText([](const QString& phase, qint64 n) {
-        const QString count = QLocale().toString(n);
         return phase == QLatin1String("Comparing files")
-                   ? tr("Comparing files… %1 compared").arg(count)
-                   : tr("%1… %2 entries visited").arg(phase, count);
+                   ? tr("Comparing files… %1 compared").arg(QLocale().toString(n))
+                   : tr("%1… %2 visited").arg(phase, countOf(n, u"entry", u"entries"));
     });
 
     selectCopies_ = new QPushButton(tr("Select &Copies"), frame_);
@@ -211,8 +211,7 @@ void DuplicatesScreen::refreshActions() {
     const int groups = static_cast<int>(model_.groups().size());
     QString text =
         tr("%1, %2 to gain.")
-            .arg(FileTexts::count(groups, QStringLiteral("group"), QStringLiteral("groups")),
-                 MetricFormat::bytes(model_.totalWaste()));
+            .arg(countOf(groups, u"group", u"groups"), MetricFormat::bytes(model_.totalWaste()));
     text += QLatin1Char(' ') + (model_.selectedCount() == 0
                                     ? tr("Check the copies you want to remove.")
                                     : tr("%1 selected (%2).")

@@ -6,6 +6,7 @@
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "app/shell/theme.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>
@@ -351,10 +352,10 @@ void BrewScreen::render() {
         status_->setText(model_.loadError());
     } else if (have) {
         const auto& s = *model_.snapshot();
-        status_->setText(tr("Homebrew %1 · %2 formulae, %3 casks · %4 outdated · %5 on disk")
+        status_->setText(tr("Homebrew %1 · %2, %3 · %4 outdated · %5 on disk")
                              .arg(model_.environment() ? model_.environment()->version : QString())
-                             .arg(s.formulaeCount())
-                             .arg(s.casksCount())
+                             .arg(countOf(s.formulaeCount(), u"formula", u"formulae"))
+                             .arg(countOf(s.casksCount(), u"cask", u"casks"))
                              .arg(s.outdated().size())
                              .arg(MetricFormat::bytes(s.totalSize())));
     }

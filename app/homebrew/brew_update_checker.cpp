@@ -5,6 +5,7 @@
 #include "core/homebrew/brew_updates.h"
 #include "core/settings/preferences.h"
 #include "core/sys/desktop_notifier.h"
+#include "core/text/counts.h"
 
 namespace tarvik {
 namespace {
@@ -22,8 +23,7 @@ BrewUpdateChecker::BrewUpdateChecker(Preferences& preferences, std::shared_ptr<B
           }
           if (found > count_ && found > 0) {
               notifyDesktop(tr("Homebrew updates"),
-                            found == 1 ? tr("1 package can be upgraded.")
-                                       : tr("%1 packages can be upgraded.").arg(found));
+                            tr("%1 can be upgraded.").arg(countOf(found, u"package", u"packages")));
           }
           setOutdatedCount(found);
       }) {

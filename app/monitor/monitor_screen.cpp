@@ -8,6 +8,7 @@
 #include "app/shell/section_subtitles.h"
 #include "app/shell/stat_card.h"
 #include "app/shell/theme.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QGridLayout>
@@ -237,7 +238,7 @@ void MonitorScreen::render() {
             detail += tr(" · Health %1").arg(MetricFormat::percent(*b.health));
         }
         if (b.cycleCount) {
-            detail += tr(" · %1 cycles").arg(*b.cycleCount);
+            detail += QStringLiteral(" · ") + countOf(*b.cycleCount, u"cycle", u"cycles");
         }
         if (b.temperature) {
             detail += tr(" · %1 °C").arg(*b.temperature, 0, 'f', 1);

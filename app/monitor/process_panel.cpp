@@ -2,6 +2,7 @@
 
 #include "app/monitor/process_table_model.h"
 #include "app/monitor/system_monitor_model.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
 #include <QComboBox>
@@ -181,8 +182,9 @@ void ProcessPanel::refresh() {
     total_->setText(
         table_->listedCount() == 0
             ? QString()
-            : tr("%n processes · %1 in memory", nullptr, table_->listedCount())
-                  .arg(MetricFormat::bytes(static_cast<std::int64_t>(table_->listedMemory()))));
+            : tr("%1 · %2 in memory")
+                  .arg(countOf(table_->listedCount(), u"process", u"processes"),
+                       MetricFormat::bytes(static_cast<std::int64_t>(table_->listedMemory()))));
     selectionChanged();
 }
 
@@ -194,7 +196,8 @@ void ProcessPanel::selectionChanged() {
     quit_->setEnabled(can);
     forceQuit_->setEnabled(can);
     if (p != nullptr && refusal != QuitRefusal::None) {
-        message_->setText(quitMessage(table_->displayName(*p), refusal, QuitOutcome::Refused));
+        message_->setText(quitMessage(processLabel(table_->displayName(*p), p->pid), refusal,
+                                      QuitOutcome::Refused));
     } else if (p != nullptr && message_->text().contains(QStringLiteral("can't be quit"))) {
         message_->clear();
     }
@@ -205,7 +208,7 @@ void ProcessPanel::quitSelected(bool force) {
     if (p == nullptr || quitJob_.isRunning()) {
         return;
     }
-    const QString name = table_->displayName(*p);
+    const QString name = processLabel(table_->displayName(*p), p->pid);
     const QuitRefusal refusal = ProcessGuard::refusal(*p, getpid(), geteuid());
     if (refusal != QuitRefusal::None) {
         message_->setText(quitMessage(name, refusal, QuitOutcome::Refused));

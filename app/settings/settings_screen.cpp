@@ -9,6 +9,7 @@
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "core/sys/permission_probe.h"
+#include "core/text/platform_words.h"
 #include "core/text/qt_text.h"
 
 #include <QApplication>
@@ -107,9 +108,10 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     startupLayout->addWidget(loginError_);
     connect(login_, &QCheckBox::toggled, this, &SettingsScreen::setLoginItem);
     startupLayout->addWidget(boolRow(
-        pref::kHideDockIcon, tr("Hide Dock icon"),
-        tr("While the window is closed, Tarvik leaves the dock and taskbar and stays in the tray. "
-           "Has no effect while the tray item is hidden, so Tarvik can always be reached.")));
+        pref::kHideDockIcon, tr("Hide %1 while the window is closed").arg(words::theDockIcon()),
+        tr("Tarvik then stays only in %1. Has no effect while the tray item is hidden, so "
+           "Tarvik can always be reached.")
+            .arg(words::theMenuBar())));
     layout->addWidget(startup);
 
     // Sampling.

@@ -2,6 +2,7 @@
 
 #include "app/shell/section_icons.h"
 #include "app/shell/unavailable_screen.h"
+#include "core/text/counts.h"
 #include "core/text/qt_text.h"
 
 namespace tarvik {
@@ -59,11 +60,9 @@ QVariant SidebarModel::data(const QModelIndex& index, int role) const {
         if (!available) {
             return QStringLiteral("%1, %2").arg(toQString(s.title), comingLater());
         }
-        return count > 0
-                   ? QStringLiteral("%1, %2").arg(
-                         toQString(s.title), count == 1 ? QStringLiteral("1 update")
-                                                        : QStringLiteral("%1 updates").arg(count))
-                   : toQString(s.title);
+        return count > 0 ? QStringLiteral("%1, %2").arg(toQString(s.title),
+                                                        countOf(count, u"update", u"updates"))
+                         : toQString(s.title);
     case Qt::ToolTipRole:
         return available ? QVariant() : QVariant(comingLater());
     case Qt::DecorationRole:

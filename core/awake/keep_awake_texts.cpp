@@ -51,8 +51,8 @@ QString lidOption() {
 }
 
 QString lidDescription() {
-    return QStringLiteral("Asks for your administrator password when keeping awake starts and "
-                          "stops");
+    // Tarvik asks for nothing itself: logind takes the lid lock, and polkit may ask first.
+    return QStringLiteral("Your system may ask for your password when keeping awake starts");
 }
 
 QString lidOnDescription() {

@@ -10,7 +10,8 @@
 
 namespace tarvik {
 
-// One cleanup in the free-space timeline, drawn as a "Cleaned with Tarvik" marker.
+// One cleanup in the free-space timeline, drawn as a "Cleaned with Tarvik" marker: the space
+// deleting freed and how many items were deleted (what went to the Trash is not freed yet).
 struct CleanupRecord {
     QDateTime date;
     std::int64_t freedBytes = 0;

@@ -29,9 +29,10 @@ CleanReport runCleanup(const Cleaner& cleaner, const std::vector<CleanupGroup>& 
             break;
         }
     }
+    // What went to the Trash is still on the disk: the history holds only what was freed.
     if (merged.freedBytes >= 1 && timeline != nullptr) {
         timeline->record({QDateTime::currentDateTimeUtc(), merged.freedBytes,
-                          static_cast<int>(merged.removed.size()), source});
+                          merged.removedCount(RemovalMode::DeletePermanently), source});
     }
     return merged;
 }

@@ -14,8 +14,8 @@ struct CleanupGroup {
 };
 
 // Removes the groups one after another, each with its own mode, reporting progress as a
-// fraction of all items. When at least one byte was freed, the cleanup is recorded in the
-// timeline (if given) and the timeline saved.
+// fraction of all items. When deleting freed at least one byte, the cleanup is recorded in the
+// timeline (if given) with what was deleted, and the timeline saved.
 CleanReport runCleanup(const Cleaner& cleaner, const std::vector<CleanupGroup>& groups,
                        const QString& source, const std::function<void(double)>& onProgress,
                        const std::atomic<bool>* cancel, FreeSpaceTimeline* timeline);

@@ -1,5 +1,7 @@
 #include "core/homebrew/brew_error.h"
 
+#include "core/text/counts.h"
+
 namespace tarvik {
 
 QString BrewError::message() const {
@@ -15,12 +17,9 @@ QString BrewError::message() const {
     case Kind::CouldNotRun:
         return QStringLiteral("Couldn't run brew.");
     case Kind::TimedOut:
-        return code % 60 == 0 && code >= 120
-                   ? QStringLiteral("brew gave no answer for %1 minutes and was stopped.")
-                         .arg(code / 60)
-               : code == 1 ? QStringLiteral("brew gave no answer for 1 second and was stopped.")
-                           : QStringLiteral("brew gave no answer for %1 seconds and was stopped.")
-                                 .arg(code);
+        return QStringLiteral("brew gave no answer for %1 and was stopped.")
+            .arg(code % 60 == 0 && code >= 120 ? countOf(code / 60, u"minute", u"minutes")
+                                               : countOf(code, u"second", u"seconds"));
     }
     return {};
 }

@@ -1,6 +1,7 @@
 #include "core/monitor/cpu.h"
 
 #include "core/sys/system_files.h"
+#include "core/text/counts.h"
 
 #include <algorithm>
 #include <array>
@@ -30,7 +31,7 @@ double clamp01(double v) {
 
 QString CPUTopology::summary() const {
     auto cores = [](int n) {
-        return QStringLiteral("%1 %2").arg(n).arg(n == 1 ? "core" : "cores");
+        return countOf(n, u"core", u"cores");
     };
     if (performance && efficiency) {
         return QStringLiteral("%1 (%2 performance, %3 efficiency)")

@@ -88,6 +88,10 @@ QuitOutcome quit(const ProcessUsage& process, bool force, int waitMs,
 
 } // namespace ProcessControl
 
+QString processLabel(const QString& name, std::int32_t pid) {
+    return QStringLiteral("“%1” (PID %2)").arg(name).arg(pid);
+}
+
 QString quitMessage(const QString& name, QuitRefusal refusal, QuitOutcome outcome) {
     switch (refusal) {
     case QuitRefusal::PartOfSystem:

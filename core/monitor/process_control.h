@@ -36,6 +36,10 @@ QuitOutcome quit(const ProcessUsage& process, bool force, int waitMs = 3000,
                  const std::filesystem::path& root = "/");
 } // namespace ProcessControl
 
+// A process as the user is asked and told about it: "“sleep” (PID 4242)", so that two
+// processes of one name can be told apart.
+QString processLabel(const QString& name, std::int32_t pid);
+
 // The message for an outcome, with the process's name in front; empty when it ended.
 QString quitMessage(const QString& name, QuitRefusal refusal, QuitOutcome outcome);
 

@@ -1,5 +1,6 @@
 #include "core/monitor/system_health.h"
 
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 #include "core/text/platform_words.h"
 
@@ -147,8 +148,8 @@ std::vector<HealthIssue> SystemHealth::assess(const HealthInput& in) {
         QString detail = QStringLiteral("It holds ") + wholePercent(*in.battery->health) +
                          QStringLiteral("% of its original charge");
         if (in.battery->cycleCount) {
-            detail += QStringLiteral(" after ") + QString::number(*in.battery->cycleCount) +
-                      QStringLiteral(" cycles");
+            detail +=
+                QStringLiteral(" after ") + countOf(*in.battery->cycleCount, u"cycle", u"cycles");
         }
         detail += QStringLiteral(". Consider a service.");
         out.push_back({QStringLiteral("battery-health"), Severity::Warning,

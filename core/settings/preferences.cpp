@@ -54,7 +54,7 @@ constexpr std::array<PreferenceKey, 18> kKeys{{
     {pref::kDockFoldersShowIndicators,
      PreferenceType::Bool,
      "false",
-     "Keeps a tiny helper running per folder so the Dock shows a dot while any of its apps are "
+     "Keeps a tiny helper running per folder so the dock shows a dot while any of its apps are "
      "open. Takes effect on Apply.",
      {},
      {}},

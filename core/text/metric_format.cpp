@@ -1,13 +1,21 @@
 #include "core/text/metric_format.h"
 
+#include "core/text/counts.h"
+
 #include <array>
 #include <cmath>
 
 namespace tarvik::MetricFormat {
 namespace {
 
-QString plural(std::int64_t n, const char* unit) {
-    return QStringLiteral("%1 %2%3").arg(n).arg(QLatin1String(unit)).arg(n == 1 ? "" : "s");
+QString minutesOf(std::int64_t n) {
+    return countOf(n, u"minute", u"minutes");
+}
+QString hoursOf(std::int64_t n) {
+    return countOf(n, u"hour", u"hours");
+}
+QString daysOf(std::int64_t n) {
+    return countOf(n, u"day", u"days");
 }
 
 } // namespace
@@ -15,7 +23,7 @@ QString plural(std::int64_t n, const char* unit) {
 QString bytes(std::int64_t count) {
     const double magnitude = std::fabs(static_cast<double>(count));
     if (magnitude < 1000.0) {
-        return count == 1 ? QStringLiteral("1 byte") : QStringLiteral("%1 bytes").arg(count);
+        return countOf(count, u"byte", u"bytes");
     }
     static constexpr std::array<const char*, 6> kUnits{"KB", "MB", "GB", "TB", "PB", "EB"};
     double value = static_cast<double>(count) / 1000.0;
@@ -39,18 +47,16 @@ QString rate(double bytesPerSecond) {
 QString duration(double seconds) {
     const auto minutes = seconds > 0 ? static_cast<std::int64_t>(seconds / 60.0) : 0;
     if (minutes < 60) {
-        return plural(minutes, "minute");
+        return minutesOf(minutes);
     }
     if (minutes < 1440) {
         const auto rest = minutes % 60;
-        return rest == 0
-                   ? plural(minutes / 60, "hour")
-                   : plural(minutes / 60, "hour") + QStringLiteral(", ") + plural(rest, "minute");
+        return rest == 0 ? hoursOf(minutes / 60)
+                         : hoursOf(minutes / 60) + QStringLiteral(", ") + minutesOf(rest);
     }
     const auto hours = (minutes % 1440) / 60;
-    return hours == 0
-               ? plural(minutes / 1440, "day")
-               : plural(minutes / 1440, "day") + QStringLiteral(", ") + plural(hours, "hour");
+    return hours == 0 ? daysOf(minutes / 1440)
+                      : daysOf(minutes / 1440) + QStringLiteral(", ") + hoursOf(hours);
 }
 
 QString percent(double fraction) {

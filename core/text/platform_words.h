@@ -4,8 +4,8 @@
 // words in their place, and only here, so every such text reads the same way:
 // the platform's name -> "the system" ("The system" opening a sentence), its machines ->
 // "computer", their lid -> "laptop lid", its terminal application -> "a terminal", its menu
-// bar (where Tarvik's icon lives) -> "the tray", a path through its settings -> what to do
-// on Linux.
+// bar (where Tarvik's icon lives) -> "the tray", a running app's Dock icon -> "the taskbar
+// entry", a path through its settings -> what to do on Linux.
 #include <QString>
 
 namespace tarvik::words {
@@ -27,6 +27,9 @@ inline QString aTerminal() {
 }
 inline QString theMenuBar() {
     return QStringLiteral("the tray");
+}
+inline QString theDockIcon() {
+    return QStringLiteral("the taskbar entry");
 }
 // Where the Accessibility permission is turned on, said after "Turn it on ". Desktops keep no
 // switch for it: reading the input devices is what it grants, and their group gives that.

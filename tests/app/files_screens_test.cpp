@@ -7,7 +7,9 @@
 #include "app/files/search_controls.h"
 #include "app/shell/app_models.h"
 #include "app/shell/main_window.h"
+#include "core/cleanup/cleanup_record.h"
 #include "core/settings/preferences.h"
+#include "core/text/metric_format.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"
 
@@ -18,7 +20,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRandomGenerator>
-#include <QRegularExpression>
 #include <QScrollArea>
 #include <QTest>
 #include <QTreeView>
@@ -95,6 +96,21 @@ void scanAndWait(LargeFilesModel& m, const LargeFileScanner::Options& o) {
     m.scan(o);
     ASSERT_TRUE(FilesWorld::wait([&] { return !m.isScanning(); }));
 }
+
+// Stands in for the user at the cleanup frame's confirmation: keeps what was asked and answers
+// `yes`.
+struct User {
+    QString asked;
+    QString detail;
+    bool yes = true;
+    void answers(CleanupScreen& frame) {
+        frame.setConfirm([this](const QString& q, const QString& d) {
+            asked = q;
+            detail = d;
+            return yes;
+        });
+    }
+};
 
 } // namespace
 
@@ -224,13 +240,8 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
     w.write(".ssh/big-key", 60'000); // the guard never lets this go
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
-    QString asked;
-    QString detail;
-    screen.frame().setConfirm([&](const QString& q, const QString& d) {
-        asked = q;
-        detail = d;
-        return true;
-    });
+    User user;
+    user.answers(screen.frame());
     auto options = above(50'000);
     options.includeHidden = true;
     scanAndWait(m, options);
@@ -246,8 +257,8 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
         << screen.frame().summaryText().toStdString();
 
     screen.frame().removeButton()->click();
-    EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
-    EXPECT_EQ(detail, "They will be moved to the Trash, where you can restore them.");
+    EXPECT_TRUE(user.asked.startsWith("Remove 2 files (")) << user.asked.toStdString();
+    EXPECT_EQ(user.detail, "They will be moved to the Trash, where you can restore them.");
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
 
     EXPECT_FALSE(QFile::exists(w.path("Videos/film.mp4")));
@@ -256,12 +267,58 @@ TEST(LargeFilesScreen, RemovingAfterYesTakesOnlyTheCheckedFilesThroughTheGuard) 
     EXPECT_TRUE(QFile::exists(w.path("a.zip")));
     EXPECT_TRUE(QFile::exists(w.path("b.zip")));
     EXPECT_EQ(column(screen.view(), 0), QStringList({"a.zip", "b.zip", "big-key"}));
-    EXPECT_TRUE(screen.frame().reportText().contains(QRegularExpression(
-        "Moved 1 file to the Trash, [0-9.]+ KB freed once the Trash is emptied\\.")))
+    EXPECT_TRUE(screen.frame().reportText().startsWith(
+        "<b>Moved 1 file (90.1 KB) to the Trash. 1 file couldn't be removed.</b>"))
         << screen.frame().reportText().toStdString();
     EXPECT_TRUE(screen.frame().reportText().contains("~/.ssh/big-key — "))
         << screen.frame().reportText().toStdString();
-    EXPECT_TRUE(QFile::exists(w.path(".local/share/Tarvik/free-space-timeline.json")));
+    // The Trash is on the same disk: nothing was freed, so the history has nothing to record.
+    EXPECT_FALSE(QFile::exists(w.path(".local/share/Tarvik/free-space-timeline.json")));
+}
+
+TEST(LargeFilesScreen, OneFileIsConfirmedInTheSingularAndReportedAsMovedOrDeletedByItsMode) {
+    FilesWorld w;
+    w.write("Videos/film.mp4", 90'000);
+    w.write("a.zip", 80'000);
+    w.write("b.zip", 70'000);
+    LargeFilesModel m(w.prefs, w.dependencies());
+    LargeFilesScreen screen(m);
+    User user;
+    user.answers(screen.frame());
+    scanAndWait(m, above(50'000));
+
+    // One file to the Trash: "it", and the report never says anything was freed.
+    m.setSelected(w.path("Videos/film.mp4"), true);
+    screen.frame().requestRemoval();
+    EXPECT_EQ(user.asked, "Remove “film.mp4” (90.1 KB)?");
+    EXPECT_EQ(user.detail, "It will be moved to the Trash, where you can restore it.");
+    ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
+    EXPECT_TRUE(QFile::exists(w.trashed("film.mp4")));
+    EXPECT_EQ(screen.frame().reportText(), "<b>Moved 1 file (90.1 KB) to the Trash.</b>");
+    EXPECT_FALSE(screen.frame().reportText().contains("freed"));
+    EXPECT_FALSE(QFile::exists(w.path(".local/share/Tarvik/free-space-timeline.json")));
+
+    // Two deleted for good: "they", and the space is freed now and recorded.
+    w.prefs.setValue(pref::kFileRemovalMode, "deletePermanently");
+    m.setAllSelected(true);
+    screen.frame().requestRemoval();
+    EXPECT_TRUE(user.asked.startsWith("Remove 2 files (")) << user.asked.toStdString();
+    EXPECT_EQ(user.detail, "They will be deleted permanently. This can't be undone.");
+    ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
+    EXPECT_FALSE(QFile::exists(w.path("a.zip")));
+    EXPECT_FALSE(QFile::exists(w.trashed("a.zip")));
+    const CleanReport& report = *m.lastReport();
+    EXPECT_EQ(report.trashedBytes, 0);
+    EXPECT_GE(report.freedBytes, 150'000);
+    EXPECT_EQ(
+        screen.frame().reportText(),
+        QString("<b>Deleted 2 files, %1 freed.</b>").arg(MetricFormat::bytes(report.freedBytes)));
+    EXPECT_FALSE(screen.frame().reportText().contains("Trash"));
+    FreeSpaceTimeline history(w.path(".local/share/Tarvik/free-space-timeline.json"));
+    history.load();
+    ASSERT_EQ(history.records().size(), 1u);
+    EXPECT_EQ(history.records()[0].freedBytes, report.freedBytes);
+    EXPECT_EQ(history.records()[0].itemCount, 2);
 }
 
 TEST(LargeFilesScreen, ConfirmationFollowsTheRemovalModeAndNoRemovesNothing) {
@@ -270,26 +327,21 @@ TEST(LargeFilesScreen, ConfirmationFollowsTheRemovalModeAndNoRemovesNothing) {
     w.write("a.zip", 80'000);
     LargeFilesModel m(w.prefs, w.dependencies());
     LargeFilesScreen screen(m);
-    QString asked;
-    QString detail;
-    bool answer = false;
-    screen.frame().setConfirm([&](const QString& q, const QString& d) {
-        asked = q;
-        detail = d;
-        return answer;
-    });
+    User user;
+    user.yes = false;
+    user.answers(screen.frame());
     scanAndWait(m, above(50'000));
     m.setAllSelected(true);
 
     screen.frame().requestRemoval();
-    EXPECT_EQ(asked, "Remove “a.zip” (81.9 KB)?"); // one file is named
-    EXPECT_EQ(detail, "They will be deleted permanently. This can't be undone.");
+    EXPECT_EQ(user.asked, "Remove “a.zip” (81.9 KB)?"); // one file is named
+    EXPECT_EQ(user.detail, "It will be deleted permanently. This can't be undone.");
     EXPECT_FALSE(m.isRemoving());
     EXPECT_TRUE(QFile::exists(w.path("a.zip")));
     EXPECT_EQ(m.results().size(), 1u);
     EXPECT_TRUE(screen.frame().reportText().isEmpty());
 
-    answer = true;
+    user.yes = true;
     screen.frame().requestRemoval();
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
     EXPECT_FALSE(QFile::exists(w.path("a.zip")));
@@ -452,16 +504,13 @@ TEST(DuplicatesModel, RemovalLeavesEachGroupWithItsKeptFilesAndDropsGroupsOfOne)
     writeCopies(w);
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
-    QString asked;
-    screen.frame().setConfirm([&](const QString& q, const QString&) {
-        asked = q;
-        return true;
-    });
+    User user;
+    user.answers(screen.frame());
     scanAndWait(m);
     m.setSelected(w.path("Desktop/report copy.pdf"), false);
 
     screen.frame().requestRemoval();
-    EXPECT_TRUE(asked.startsWith("Remove 2 files (")) << asked.toStdString();
+    EXPECT_TRUE(user.asked.startsWith("Remove 2 files (")) << user.asked.toStdString();
     ASSERT_TRUE(w.wait([&] { return !m.isRemoving(); }));
 
     EXPECT_TRUE(QFile::exists(w.trashed("report.pdf")));
@@ -478,7 +527,7 @@ TEST(DuplicatesModel, RemovalLeavesEachGroupWithItsKeptFilesAndDropsGroupsOfOne)
     EXPECT_EQ(screen.tree()->topLevelItem(0)->childCount(), 2);
     EXPECT_TRUE(screen.frame().summaryText().startsWith("1 group, "))
         << screen.frame().summaryText().toStdString();
-    EXPECT_TRUE(screen.frame().reportText().contains("Moved 2 files to the Trash, "))
+    EXPECT_TRUE(screen.frame().reportText().startsWith("<b>Moved 2 files ("))
         << screen.frame().reportText().toStdString();
 }
 
@@ -487,15 +536,14 @@ TEST(DuplicatesModel, ConfirmationAnsweredNoRemovesNothing) {
     writeCopies(w);
     DuplicatesModel m(w.prefs, w.dependencies());
     DuplicatesScreen screen(m);
-    QString detail;
-    screen.frame().setConfirm([&](const QString&, const QString& d) {
-        detail = d;
-        return false;
-    });
+    User user;
+    user.yes = false;
+    user.answers(screen.frame());
     scanAndWait(m);
     screen.frame().requestRemoval();
-    EXPECT_EQ(detail, "They will be moved to the Trash, where you can restore them. At least one "
-                      "file of each group is kept.");
+    EXPECT_EQ(user.detail,
+              "They will be moved to the Trash, where you can restore them. At least one "
+              "file of each group is kept.");
     EXPECT_FALSE(m.isRemoving());
     EXPECT_EQ(m.groups().size(), 2u);
     EXPECT_TRUE(QFile::exists(w.path("Downloads/report.pdf")));

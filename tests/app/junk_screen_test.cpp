@@ -2,9 +2,11 @@
 #include "app/junk/junk_model.h"
 #include "app/junk/junk_screen.h"
 #include "app/settings/settings_screen.h"
+#include "core/cleanup/cleanup_record.h"
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
+#include "core/text/metric_format.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"
 
@@ -15,7 +17,6 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
@@ -117,8 +118,9 @@ TEST(JunkScreen, ConfirmationNamesCountSizeAndModeAndTheReportShowsFailures) {
     screen.frame().requestRemoval();
     ASSERT_TRUE(test::waitUntil([&] { return !w.model.isRemoving(); }));
     EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Trash/files/app"));
-    EXPECT_TRUE(screen.frame().reportText().contains(QRegularExpression(
-        "Moved 1 item to the Trash, [0-9.]+ KB freed once the Trash is emptied\\.")))
+    EXPECT_TRUE(screen.frame().reportText().startsWith(
+        "<b>Moved 1 item (" + MetricFormat::bytes(w.model.lastReport()->trashedBytes) +
+        ") to the Trash. 1 item couldn't be removed.</b>"))
         << screen.frame().reportText().toStdString();
     EXPECT_TRUE(screen.frame().reportText().contains(
         "~/.cache/gone — “gone” couldn't be moved to the Trash: No such file or directory."))
@@ -167,16 +169,17 @@ TEST(JunkScreen, EmptyMacOnlyCategoriesFoldAwayAndEveryRowHasItsSymbol) {
     }
 }
 
-TEST(JunkScreen, ConfirmationSaysTheTrashIsEmptiedForGoodWhenItIsChosen) {
+TEST(JunkScreen, TrashContentsAreDeletedForGoodAndTheReportSaysWhatWasMovedAndWhatFreed) {
     JunkWorld w;
     w.prefs.setValue(pref::kJunkRemovalMode, "moveToTrash");
     w.write(".cache/app/a", 4096);
     w.write(".local/share/Trash/files/t.txt", 4096);
     JunkScreen screen(w.model, w.home.path());
     QString detail;
+    bool answer = false;
     screen.frame().setConfirm([&](const QString&, const QString& d) {
         detail = d;
-        return false;
+        return answer;
     });
     w.model.scan();
     ASSERT_TRUE(test::waitUntil([&] { return !w.model.isScanning(); }));
@@ -184,6 +187,26 @@ TEST(JunkScreen, ConfirmationSaysTheTrashIsEmptiedForGoodWhenItIsChosen) {
     EXPECT_EQ(detail.toStdString(),
               "They will be moved to the Trash. Trash contents are always deleted permanently.");
     EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Trash/files/t.txt"));
+
+    // Both ways in one run: one sentence each, and only the deleted bytes count as freed.
+    answer = true;
+    screen.frame().requestRemoval();
+    ASSERT_TRUE(test::waitUntil([&] { return !w.model.isRemoving(); }));
+    EXPECT_FALSE(QFile::exists(w.home.path() + "/.local/share/Trash/files/t.txt"));
+    EXPECT_TRUE(QFile::exists(w.home.path() + "/.local/share/Trash/files/app/a"));
+    const CleanReport& r = *w.model.lastReport();
+    EXPECT_GE(r.freedBytes, 4096);
+    EXPECT_GE(r.trashedBytes, 4096);
+    EXPECT_EQ(screen.frame().reportText().toStdString(),
+              ("<b>Moved 1 item (" + MetricFormat::bytes(r.trashedBytes) +
+               ") to the Trash. Deleted 1 item, " + MetricFormat::bytes(r.freedBytes) +
+               " freed.</b>")
+                  .toStdString());
+    FreeSpaceTimeline history(w.home.path() + "/.local/share/Tarvik/free-space-timeline.json");
+    history.load();
+    ASSERT_EQ(history.records().size(), 1u);
+    EXPECT_EQ(history.records()[0].freedBytes, r.freedBytes);
+    EXPECT_EQ(history.records()[0].itemCount, 1);
 }
 
 TEST(SettingsScreen, ExclusionsAndRemovalModesAreKeptInTheStore) {

@@ -64,6 +64,9 @@ TEST(KeepAwakeScreen, TheSwitchKeepsAwakeThroughLogindAndSaysUntilWhen) {
         return l->text() == "Works while Tarvik is in the tray. Closing a laptop lid still sleeps "
                             "it unless the lid option above is on.";
     }));
+    // logind holds the lid and polkit may ask; Tarvik itself asks for no password.
+    EXPECT_EQ(labelText(screen, "lidDescription"),
+              "Your system may ask for your password when keeping awake starts");
 
     auto* toggle = child<QPushButton>(screen, "awakeToggle");
     QTest::mouseClick(toggle, Qt::LeftButton); // an hour, the default

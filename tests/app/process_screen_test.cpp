@@ -31,7 +31,7 @@ const std::filesystem::path kFixtures = TARVIK_FIXTURES;
 
 } // namespace
 
-TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
+TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterAConfirmationNamingTheProcessAndItsPid) {
     test::TempHome home;
     AppModels models(optionsIn(home, "/"));
     models.preferences().setValue(pref::kMonitorInterval, 1.0);
@@ -48,10 +48,15 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     // The first sample has no shares; the table fills from the first list on.
     ASSERT_TRUE(test::waitUntil([&] { return panel.select(pid); }));
     EXPECT_GT(panel.table().listedCount(), 3);
+    EXPECT_TRUE(panel.findChild<QLabel*>("processTotal")->text().contains(" processes · "));
     EXPECT_TRUE(panel.findChild<QLabel*>("processTotal")->text().contains(" in memory"));
 
     panel.findChild<QLineEdit*>("processFilter")->setText(QString::number(pid));
     EXPECT_EQ(panel.table().listedCount(), 1);
+    // The total follows at the next list: one process, in the singular.
+    auto* total = panel.findChild<QLabel*>("processTotal");
+    EXPECT_TRUE(test::waitUntil([&] { return total->text().startsWith("1 process · "); }))
+        << total->text().toStdString();
     ASSERT_TRUE(panel.select(pid));
     EXPECT_EQ(panel.table().displayName(*panel.table().processAt(0)), "sleep");
 
@@ -63,14 +68,15 @@ TEST(ProcessPanel, ListsFiltersAndQuitsOnlyAfterConfirmation) {
     auto* quit = panel.findChild<QPushButton*>("quitProcess");
     ASSERT_TRUE(quit->isEnabled());
     quit->click();
-    EXPECT_EQ(asked, "Quit sleep?");
+    // Two processes may share a name: the pid tells which one is meant.
+    EXPECT_EQ(asked, QString("Quit “sleep” (PID %1)?").arg(pid));
     EXPECT_FALSE(child.waitForFinished(300)); // declined: nothing was sent
 
     panel.setConfirm([](const QString&, const QString&) { return true; });
     quit->click();
     ASSERT_TRUE(
         test::waitUntil([&] { return !panel.isQuitting() && panel.message().contains("quit."); }));
-    EXPECT_EQ(panel.message(), "sleep has quit.");
+    EXPECT_EQ(panel.message(), QString("“sleep” (PID %1) has quit.").arg(pid));
     EXPECT_TRUE(child.state() == QProcess::NotRunning || child.waitForFinished(3000));
 
     // Init is refused with the reason, and its buttons stay off.

@@ -54,8 +54,11 @@ TEST(SettingsScreen, RowsWriteTheStoreAndFollowChangesMadeElsewhere) {
     EXPECT_DOUBLE_EQ(prefs.monitorInterval(), 3.5);
 
     // Another writer (the tray, the command line) changes a key: the row follows.
+    auto* hide = screen.findChild<QCheckBox*>("hideDockIcon");
+    ASSERT_NE(hide, nullptr);
+    EXPECT_EQ(hide->text(), "Hide the taskbar entry while the window is closed"); // no Dock here
     prefs.setValue(pref::kHideDockIcon, true);
-    EXPECT_TRUE(screen.findChild<QCheckBox*>("hideDockIcon")->isChecked());
+    EXPECT_TRUE(hide->isChecked());
 }
 
 TEST(SettingsScreen, TheWheelScrollsPastValuesAndChangesOnlyTheControlInFocus) {

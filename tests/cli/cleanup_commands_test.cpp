@@ -36,7 +36,8 @@ TEST_F(TarvikCommand, CleanIsASafeRmThatRefusesWithTheGuardsWordsAndAsksFirst) {
         << mixed.out.toStdString();
     EXPECT_TRUE(
         mixed.out.contains("/etc/hostname is outside the locations Tarvik is allowed to clean."));
-    EXPECT_TRUE(mixed.out.startsWith("Removed 1 item, "));
+    EXPECT_TRUE(mixed.out.startsWith("Deleted 1 item, ")) << mixed.out.toStdString();
+    EXPECT_TRUE(mixed.out.contains(" freed. 2 items couldn't be removed.\n"));
 
     writeFile(home + "/scratch/b.tmp", "b");
     const Outcome trashed = tarvik({"clean", "--yes", "--json", home + "/scratch/b.tmp"});

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 using tarvik::test::Outcome;
@@ -64,6 +65,9 @@ TEST_F(TarvikCommand, PsListsQuitEndsAndRefusesWithDistinctExitCodes) {
     EXPECT_TRUE(found);
     const Outcome top = tarvik({"ps", "--limit", "3"});
     EXPECT_EQ(top.out.count('\n'), 5) << top.out.toStdString(); // heading, 3 rows, total
+    EXPECT_TRUE(
+        QRegularExpression("\n[0-9,.]+ processes, .+ in memory\n$").match(top.out).hasMatch())
+        << top.out.toStdString();
     EXPECT_EQ(tarvik({"ps", "--sort", "size"}).exitCode, 2);
 
     const Outcome refused = tarvik({"quit", "1"});
@@ -73,7 +77,7 @@ TEST_F(TarvikCommand, PsListsQuitEndsAndRefusesWithDistinctExitCodes) {
 
     const Outcome quit = tarvik({"quit", QString::number(pid)});
     EXPECT_EQ(quit.exitCode, 0) << quit.err.toStdString();
-    EXPECT_EQ(quit.out.trimmed(), "sleep has quit.");
+    EXPECT_EQ(quit.out.trimmed(), QString("“sleep” (PID %1) has quit.").arg(pid));
     EXPECT_TRUE(child.waitForFinished(3000));
 
     const Outcome gone = tarvik({"quit", QString::number(pid)});

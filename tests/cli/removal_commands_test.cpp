@@ -425,7 +425,7 @@ TEST_F(RemovalCommand, EmptyDotAndDotDotAreRefusedAndDotDotAfterALinkIsNotGuesse
     EXPECT_EQ(readBytes(outside_ + "/precious/p.txt"), "precious p");
 }
 
-TEST_F(RemovalCommand, TheReportWordsTrashedAndDeletedItemsEachAsTheyWent) {
+TEST_F(RemovalCommand, TheReportWordsTrashedAndDeletedItemsEachAsTheyWentAndRecordsOnlyTheFreed) {
     writeBytes(home_ + "/.cache/app/blob", std::string(20'000, 'b'));
     writeBytes(home_ + "/.local/share/Trash/files/old.txt", std::string(9'000, 'o'));
     writeBytes(home_ + "/.local/share/Trash/info/old.txt.trashinfo",
@@ -435,19 +435,39 @@ TEST_F(RemovalCommand, TheReportWordsTrashedAndDeletedItemsEachAsTheyWent) {
                               "--yes", "--mode", "moveToTrash"});
     EXPECT_EQ(o.exitCode, 0) << o.out.toStdString() << o.err.toStdString();
     // The Trash's own contents are always deleted; the cache went to the Trash.
-    EXPECT_TRUE(o.out.startsWith("Removed 1 item, ")) << o.out.toStdString();
-    EXPECT_TRUE(o.out.contains(" freed; moved 1 item to the Trash, "));
-    EXPECT_TRUE(o.out.contains(" freed once the Trash is emptied."));
+    const QStringList sentences = o.out.trimmed().split(". ");
+    ASSERT_EQ(sentences.size(), 2) << o.out.toStdString();
+    EXPECT_TRUE(sentences[0].startsWith("Moved 1 item (")) << o.out.toStdString();
+    EXPECT_TRUE(sentences[0].endsWith(") to the Trash"));
+    EXPECT_TRUE(sentences[1].startsWith("Deleted 1 item, ")) << o.out.toStdString();
+    EXPECT_TRUE(sentences[1].endsWith(" freed."));
     EXPECT_TRUE(exists(home_ + "/.local/share/Trash/files/app"));
     EXPECT_FALSE(exists(home_ + "/.local/share/Trash/files/old.txt"));
+    const std::string timeline = home_ + "/.local/share/Tarvik/free-space-timeline.json";
+    auto recorded = [&] {
+        return QJsonDocument::fromJson(QByteArray::fromStdString(readBytes(timeline)))["cleanups"]
+            .toArray();
+    };
+    ASSERT_EQ(recorded().size(), 1);
+    EXPECT_EQ(recorded()[0].toObject()["itemCount"].toInt(), 1); // the deleted one only
 
-    writeBytes(home_ + "/a.tmp", "a");
+    // One item to the Trash: moved, and nothing said or recorded as freed.
+    writeBytes(home_ + "/a.tmp", std::string(8'192, 'a'));
+    writeBytes(home_ + "/b.tmp", "b");
     giveToUser(home_);
-    const Outcome json = tarvik({"clean", "--yes", "--json", "--mode", "moveToTrash", h("a.tmp")});
+    const Outcome text = tarvik({"clean", "--yes", "--mode", "moveToTrash", h("a.tmp")});
+    EXPECT_EQ(text.exitCode, 0) << text.err.toStdString();
+    EXPECT_EQ(text.out, "Moved 1 item (8.2 KB) to the Trash.\n");
+    EXPECT_TRUE(exists(home_ + "/.local/share/Trash/files/a.tmp"));
+    EXPECT_EQ(recorded().size(), 1);
+
+    const Outcome json = tarvik({"clean", "--yes", "--json", "--mode", "moveToTrash", h("b.tmp")});
     const QJsonObject report = QJsonDocument::fromJson(json.out.toUtf8()).object();
     ASSERT_EQ(report["removed"].toArray().size(), 1) << json.out.toStdString();
     EXPECT_EQ(report["removed"][0]["mode"].toString(), "moveToTrash");
-    EXPECT_EQ(report["trashedBytes"].toDouble(), report["freedBytes"].toDouble());
+    EXPECT_GT(report["trashedBytes"].toDouble(), 0);
+    EXPECT_EQ(report["freedBytes"].toDouble(), 0); // still on the disk, in the Trash
+    EXPECT_EQ(recorded().size(), 1);
 }
 
 TEST_F(RemovalCommand, AMissingOrNonFolderRootIsAnErrorNotAnEmptyResult) {

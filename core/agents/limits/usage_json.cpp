@@ -1,6 +1,7 @@
 #include "core/agents/limits/usage_json.h"
 
 #include "core/agents/time_stamps.h"
+#include "core/text/counts.h"
 
 #include <QJsonDocument>
 #include <QStringList>
@@ -83,7 +84,7 @@ QString windowTitle(double seconds) {
         return QStringLiteral("Weekly");
     }
     if (hours >= 24) {
-        return QStringLiteral("%1 days").arg(std::llround(hours / 24.0));
+        return countOf(std::llround(hours / 24.0), u"day", u"days");
     }
     return QStringLiteral("%1-hour").arg(std::llround(hours));
 }

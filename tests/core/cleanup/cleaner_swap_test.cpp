@@ -117,8 +117,11 @@ TEST_P(CleanerAdversarialSwap, FolderSwappedForALinkOutOfHome) {
               std::optional<QString>(qpath(precious + "/v.txt") + kOutsideSentence));
     EXPECT_EQ(::lstat((home + "/victim2").c_str(), &st), 0);
     EXPECT_TRUE(S_ISLNK(st.st_mode));
-    // Only the harmless file was freed: a link frees nothing.
-    EXPECT_EQ(report.freedBytes, static_cast<std::int64_t>(harmless.st_blocks) * 512);
+    // Only the harmless file left home (freed, or moved to the Trash): a link frees nothing.
+    const std::int64_t harmlessBytes = static_cast<std::int64_t>(harmless.st_blocks) * 512;
+    const bool intoTrash = mode == RemovalMode::MoveToTrash;
+    EXPECT_EQ(report.freedBytes, intoTrash ? 0 : harmlessBytes);
+    EXPECT_EQ(report.trashedBytes, intoTrash ? harmlessBytes : 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(

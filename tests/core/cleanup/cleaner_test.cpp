@@ -197,6 +197,7 @@ TEST(CleanupRun, GroupsKeepTheirModesProgressSpansAllAndOnlyRealCleanupsAreRecor
     write(s.home + "/a", 8192);
     write(s.home + "/b", 8192);
     write(s.home + "/c", 8192);
+    const std::int64_t each = allocated(s.home + "/a"); // b and c take as much
     const QString timelinePath = s.home + "/timeline.json";
     FreeSpaceTimeline timeline(timelinePath);
     std::vector<double> fractions;
@@ -211,16 +212,29 @@ TEST(CleanupRun, GroupsKeepTheirModesProgressSpansAllAndOnlyRealCleanupsAreRecor
     EXPECT_NEAR(fractions[0], 1.0 / 3, 1e-9);
     EXPECT_DOUBLE_EQ(fractions[2], 1.0);
 
+    // What went to the Trash is still on the disk: counted apart, never as freed.
+    EXPECT_EQ(r.removedModes,
+              (std::vector<RemovalMode>{RemovalMode::DeletePermanently, RemovalMode::MoveToTrash,
+                                        RemovalMode::MoveToTrash}));
+    EXPECT_EQ(r.freedBytes, each);
+    EXPECT_EQ(r.trashedBytes, 2 * each);
+
     FreeSpaceTimeline reread(timelinePath);
     reread.load();
     ASSERT_EQ(reread.records().size(), 1u);
     EXPECT_EQ(reread.records()[0].source, "System Junk");
-    EXPECT_EQ(reread.records()[0].itemCount, 3);
+    EXPECT_EQ(reread.records()[0].itemCount, 1);
     EXPECT_EQ(reread.records()[0].freedBytes, r.freedBytes);
 
-    // A run in which everything fails leaves no record.
+    // A run in which everything fails leaves no record, and so does one that only moved to the
+    // Trash.
     runCleanup(s.cleaner(), {{{s.item("gone")}, RemovalMode::DeletePermanently}}, "System Junk", {},
                nullptr, &timeline);
+    write(s.home + "/d", 8192);
+    const CleanReport trashed = runCleanup(s.cleaner(), {{{s.item("d")}, RemovalMode::MoveToTrash}},
+                                           "System Junk", {}, nullptr, &timeline);
+    EXPECT_EQ(trashed.removed.size(), 1u);
+    EXPECT_EQ(trashed.freedBytes, 0);
     reread.load();
     EXPECT_EQ(reread.records().size(), 1u);
 }

@@ -52,7 +52,8 @@ TEST(UsageJSON, NumbersDatesAndTitles) {
     EXPECT_EQ(UsageJSON::title("oauth_apps"), "OAuth Apps");
     EXPECT_EQ(UsageJSON::windowTitle(18'000), "Session");
     EXPECT_EQ(UsageJSON::windowTitle(604'800), "Weekly");
-    EXPECT_EQ(UsageJSON::windowTitle(86'400), "1 days");
+    EXPECT_EQ(UsageJSON::windowTitle(86'400), "1 day");
+    EXPECT_EQ(UsageJSON::windowTitle(259'200), "3 days");
     EXPECT_EQ(UsageJSON::windowTitle(28'800), "8-hour");
 }
 

@@ -2,8 +2,10 @@
 
 #include "app/cleanup/cleanup_model.h"
 #include "app/cleanup/file_texts.h"
+#include "app/shell/empty_state.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/theme.h"
 #include "core/sys/file_names.h"
 #include "core/text/counts.h"
 #include "core/text/metric_format.h"
@@ -28,25 +30,35 @@ CleanupScreen::CleanupScreen(CleanupModel& model, Texts texts, QWidget* parent)
         box.exec();
         return box.clickedButton() == go;
     };
-    progressText_ = [](const QString& phase, qint64 n) {
+    progressText_ = [](const QString& phase, qint64 n, qint64) {
         return tr("%1… %2 visited").arg(phase, countOf(n, u"entry", u"entries"));
     };
 
     layout_ = new QVBoxLayout(this);
-    layout_->setContentsMargins(24, 20, 24, 20);
-    layout_->addWidget(new ScreenHeader(texts_.title, sectionSubtitle(texts_.section), this));
-
-    controlRow_ = new QHBoxLayout();
-    controlRow_->addStretch(1);
+    layout_->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout_->setSpacing(space::m);
+    // The title with the main action at its right, as every screen has it.
+    auto* top = new QHBoxLayout();
+    top->addWidget(new ScreenHeader(texts_.title, sectionSubtitle(texts_.section), this), 1);
     scan_ = new QPushButton(tr("&Scan"), this);
     scan_->setObjectName(QStringLiteral("scan"));
     scan_->setDefault(true);
     cancel_ = new QPushButton(tr("Cancel"), this);
     cancel_->setObjectName(QStringLiteral("cancel"));
     cancel_->hide();
-    controlRow_->addWidget(scan_, 0, Qt::AlignTop);
-    controlRow_->addWidget(cancel_, 0, Qt::AlignTop);
+    top->addWidget(scan_, 0, Qt::AlignTop);
+    top->addWidget(cancel_, 0, Qt::AlignTop);
+    layout_->addLayout(top);
+
+    controlRow_ = new QHBoxLayout();
     layout_->addLayout(controlRow_);
+
+    actionBar_ = new QWidget(this);
+    actions_ = new QHBoxLayout(actionBar_);
+    actions_->setContentsMargins(0, 0, 0, 0);
+    actions_->addStretch(1);
+    actionBar_->hide();
+    layout_->addWidget(actionBar_);
 
     auto* running = new QHBoxLayout();
     status_ = new QLabel(this);
@@ -61,20 +73,26 @@ CleanupScreen::CleanupScreen(CleanupModel& model, Texts texts, QWidget* parent)
     running->addWidget(progress_);
     layout_->addLayout(running);
 
-    actions_ = new QHBoxLayout();
-    actions_->addStretch(1);
-    remove_ = new QPushButton(tr("&%1 Selected…").arg(texts_.verb), this);
-    remove_->setObjectName(QStringLiteral("removeSelected"));
-    actions_->addWidget(remove_);
-    layout_->addLayout(actions_);
+    // Before the first search the view has nothing to show: it says what a scan finds.
+    empty_ = new EmptyState(info(texts_.section).symbol, QString(), this);
+    empty_->setObjectName(QStringLiteral("cleanupEmpty"));
+    connect(empty_->setAction(tr("Scan")), &QPushButton::clicked, this,
+            &CleanupScreen::scanRequested);
+    layout_->addWidget(empty_, 1);
 
+    auto* bottom = new QHBoxLayout();
     summary_ = new QLabel(this);
     summary_->setObjectName(QStringLiteral("summary"));
     summary_->setWordWrap(true);
-    layout_->addWidget(summary_);
+    remove_ = new QPushButton(tr("&%1 Selected…").arg(texts_.verb), this);
+    remove_->setObjectName(QStringLiteral("removeSelected"));
+    bottom->addWidget(summary_, 1);
+    bottom->addWidget(remove_, 0, Qt::AlignTop);
+    layout_->addLayout(bottom);
     hint_ = new QLabel(this);
     hint_->setObjectName(QStringLiteral("hint"));
     hint_->setWordWrap(true);
+    setTextStyle(hint_, TextStyle::Secondary);
     hint_->hide();
     layout_->addWidget(hint_);
     report_ = new QLabel(this);
@@ -90,11 +108,17 @@ CleanupScreen::CleanupScreen(CleanupModel& model, Texts texts, QWidget* parent)
     connect(&model_, &CleanupModel::scanStarted, this, [this] {
         report_->hide();
         hint_->hide();
-        setStatus(progressText_(tr("Looking for files"), 0));
+        setStatus(progressText_(tr("Looking for files"), 0, 0));
         refresh();
     });
     connect(&model_, &CleanupModel::scanProgress, this,
-            [this](const QString& phase, qint64 n) { setStatus(progressText_(phase, n)); });
+            [this](const QString& phase, qint64 n, qint64 total) {
+                // A known end makes the bar say how far along it is.
+                setStatus(progressText_(phase, n, total),
+                          total > 0
+                              ? std::optional(static_cast<double>(n) / static_cast<double>(total))
+                              : std::nullopt);
+            });
     connect(&model_, &CleanupModel::scanFinished, this, [this] {
         setStatus(model_.wasCancelled() ? texts_.cancelled : QString());
         refresh();
@@ -114,28 +138,32 @@ CleanupScreen::CleanupScreen(CleanupModel& model, Texts texts, QWidget* parent)
 
 void CleanupScreen::setControls(QWidget* controls) {
     controls_ = controls;
-    controlRow_->insertWidget(0, controls, 1);
+    controlRow_->addWidget(controls, 1);
 }
 
 void CleanupScreen::addAction(QWidget* widget) {
-    actions_->insertWidget(actions_->count() - 2, widget);
+    actions_->insertWidget(leadingActions_++, widget);
+    actionBar_->show();
 }
 
 void CleanupScreen::addTrailingAction(QWidget* widget) {
-    actions_->insertWidget(actions_->count() - 1, widget);
+    actions_->addWidget(widget);
+    actionBar_->show();
 }
 
 void CleanupScreen::setView(QWidget* view) {
     view_ = view;
-    layout_->insertWidget(layout_->indexOf(summary_), view, 1);
+    layout_->insertWidget(layout_->indexOf(empty_), view, 1);
+    refresh();
 }
 
-void CleanupScreen::setProgressText(std::function<QString(const QString&, qint64)> text) {
+void CleanupScreen::setProgressText(std::function<QString(const QString&, qint64, qint64)> text) {
     progressText_ = std::move(text);
 }
 
 void CleanupScreen::setSummary(const QString& text) {
     summary_->setText(text);
+    empty_->setSentence(text);
 }
 
 void CleanupScreen::showHint(const QString& text) {
@@ -186,6 +214,15 @@ void CleanupScreen::refresh() {
     scan_->setEnabled(!busy);
     cancel_->setVisible(busy);
     progress_->setVisible(busy);
+    // The view shows from the first search on; until then the empty state stands in for it and
+    // for the summary line it would repeat.
+    const bool before = !model_.hasScanned() && !model_.isScanning();
+    empty_->setVisible(before);
+    if (view_ != nullptr) {
+        view_->setVisible(!before);
+    }
+    summary_->setVisible(!before);
+    remove_->setVisible(!before);
     remove_->setEnabled(!busy && model_.selectedCount() > 0);
 }
 

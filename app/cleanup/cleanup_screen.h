@@ -16,12 +16,13 @@ class QVBoxLayout;
 namespace tarvik {
 
 class CleanupModel;
+class EmptyState;
 
-// The frame every cleanup screen is built in: the title, the screen's own search controls with
-// Scan, the progress and Cancel while something runs, the screen's own buttons beside Remove,
-// its result view, a line that sums up the results and the selection, a hint, and the report
-// after a removal. The frame asks before removing, naming how many (the name when it is one
-// item), how much and how they go.
+// The frame every cleanup screen is built in: the title with Scan (Cancel while something runs),
+// the screen's own search controls and buttons, the progress, its result view (a sentence and
+// Scan until the first search), a line that sums up the results and the selection beside
+// Remove, a hint, and the report after a removal. The frame asks before removing, naming how many
+// (the name when it is one item), how much and how they go.
 class CleanupScreen : public QWidget {
     Q_OBJECT
 public:
@@ -45,8 +46,10 @@ public:
     void addAction(QWidget* widget);         // at the left of the action bar
     void addTrailingAction(QWidget* widget); // just before Remove
     void setView(QWidget* view);
-    // How the search's progress reads; by default "phase… N entries visited".
-    void setProgressText(std::function<QString(const QString& phase, qint64 count)> text);
+    // How the search's progress reads, from its phase, how far it got and how far it goes (0
+    // while not known); by default "phase… N entries visited".
+    void
+    setProgressText(std::function<QString(const QString& phase, qint64 count, qint64 total)> text);
     // Replaces the confirmation dialog (tests answer it themselves).
     void setConfirm(Confirm confirm) { confirm_ = std::move(confirm); }
 
@@ -79,11 +82,14 @@ private:
     CleanupModel& model_;
     Texts texts_;
     Confirm confirm_;
-    std::function<QString(const QString&, qint64)> progressText_;
+    std::function<QString(const QString&, qint64, qint64)> progressText_;
     QVBoxLayout* layout_ = nullptr;
     QWidget* controls_ = nullptr;
     QHBoxLayout* controlRow_ = nullptr;
+    QWidget* actionBar_ = nullptr;
     QHBoxLayout* actions_ = nullptr;
+    int leadingActions_ = 0;
+    EmptyState* empty_ = nullptr;
     QWidget* view_ = nullptr;
     QPushButton* scan_ = nullptr;
     QPushButton* cancel_ = nullptr;

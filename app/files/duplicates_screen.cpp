@@ -40,10 +40,13 @@ DuplicatesScreen::DuplicatesScreen(DuplicatesModel& model, QWidget* parent)
 
     controls_ = new SearchControls(kDuplicateThresholds, 1'000'000, {}, frame_);
     frame_->setControls(controls_);
-    frame_->setProgressText([](const QString& phase, qint64 n) {
-        return phase == QLatin1String("Comparing files")
-                   ? tr("Comparing files… %1 compared").arg(QLocale().toString(n))
-                   : tr("%1… %2 visited").arg(phase, countOf(n, u"entry", u"entries"));
+    frame_->setProgressText([](const QString& phase, qint64 n, qint64 total) {
+        if (phase != QLatin1String("Comparing files")) {
+            return tr("%1… %2 visited").arg(phase, countOf(n, u"entry", u"entries"));
+        }
+        return total > 0 ? tr("Comparing files… %1 of %2")
+                               .arg(QLocale().toString(n), countOf(total, u"file", u"files"))
+                         : tr("Comparing files… %1 compared").arg(QLocale().toString(n));
     });
 
     selectCopies_ = new QPushButton(tr("Select &Copies"), frame_);

@@ -32,8 +32,8 @@ JunkScreen::JunkScreen(JunkModel& model, QString home, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(frame_);
-    frame_->setProgressText([](const QString&, qint64 categories) {
-        return tr("Scanning… %1 of %2 categories").arg(categories).arg(kAllJunkCategories.size());
+    frame_->setProgressText([](const QString&, qint64 categories, qint64 total) {
+        return tr("Scanning… %1 of %2 categories").arg(categories).arg(total);
     });
 
     tree_ = new QTreeWidget(frame_);

@@ -6,6 +6,7 @@
 #include "app/files/large_files_table.h"
 #include "app/files/search_controls.h"
 #include "app/shell/app_models.h"
+#include "app/shell/empty_state.h"
 #include "app/shell/main_window.h"
 #include "core/cleanup/cleanup_record.h"
 #include "core/settings/preferences.h"
@@ -18,6 +19,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QScrollArea>
@@ -585,6 +587,36 @@ TEST(DuplicatesModel, CancelledScanShowsNoGroups) {
     EXPECT_EQ(screen.tree()->topLevelItemCount(), 0);
     EXPECT_EQ(screen.frame().summaryText(), "Scan cancelled before the comparison ended.");
     EXPECT_EQ(screen.frame().statusText(), "Scan cancelled.");
+}
+
+TEST(CleanupScreen, BeforeTheFirstScanTheViewSaysWhatAScanFindsAndComparingShowsHowFar) {
+    FilesWorld w;
+    writeCopies(w);
+    DuplicatesModel m(w.prefs, w.dependencies());
+    DuplicatesScreen screen(m);
+    screen.show();
+    auto* empty = screen.findChild<EmptyState*>("cleanupEmpty");
+    ASSERT_NE(empty, nullptr);
+    EXPECT_TRUE(empty->isVisible());
+    EXPECT_EQ(empty->sentence(), screen.frame().summaryText());
+    EXPECT_FALSE(screen.tree()->isVisible());
+    EXPECT_FALSE(screen.frame().removeButton()->isVisible());
+
+    // Its Scan starts the search; the results take its place.
+    empty->action()->click();
+    EXPECT_TRUE(m.isScanning());
+    EXPECT_FALSE(empty->isVisible());
+    EXPECT_TRUE(screen.tree()->isVisible());
+    // While comparing, the status says how many of how many and the bar fills as far.
+    emit m.scanProgress(QStringLiteral("Comparing files"), 1204, 3310);
+    EXPECT_EQ(screen.frame().statusText(), "Comparing files… 1,204 of 3,310 files");
+    auto* bar = screen.findChild<QProgressBar*>();
+    ASSERT_NE(bar, nullptr);
+    EXPECT_GT(bar->maximum(), 0);
+    EXPECT_NEAR(double(bar->value()) / bar->maximum(), 1204.0 / 3310.0, 0.01);
+    ASSERT_TRUE(w.wait([&] { return !m.isScanning(); }));
+    EXPECT_FALSE(empty->isVisible());
+    EXPECT_TRUE(screen.frame().removeButton()->isVisible());
 }
 
 // ---- In the window ----

@@ -126,17 +126,13 @@ void TrayItem::applyPreferences() {
 }
 
 void TrayItem::refreshIcon() {
-    if (!holdingMonitor_) {
-        // A tray item cannot be empty: with neither symbol nor readings chosen, the symbol stays.
-        icon_->setIcon(appIcon());
-        icon_->setToolTip(QStringLiteral("Tarvik"));
-        return;
+    TrayIconContent content{models_.preferences().menuBarShowsIcon(), {}};
+    if (holdingMonitor_) {
+        content.readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats(),
+                                                             models_.agents().sessionReading());
     }
-    const auto readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats(),
-                                                            models_.agents().sessionReading());
-    // A tray icon is square: the readings take the whole of it, and the symbol gives way.
-    icon_->setIcon(trayReadingsIcon(readings));
-    icon_->setToolTip(trayTooltip(readings));
+    icon_->setIcon(trayIcon(content));
+    icon_->setToolTip(trayTooltip(content.readings));
 }
 
 } // namespace tarvik

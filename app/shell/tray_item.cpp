@@ -33,7 +33,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     quit->setObjectName(QStringLiteral("quit"));
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
 
-    panel_ = new TrayPanel(models_.monitor());
+    panel_ = new TrayPanel(models_);
     connect(panel_, &TrayPanel::openSection, this, [this](AppSection section) {
         models_.navigator().select(section);
         emit openWindowRequested();

@@ -1,5 +1,6 @@
 #include "app/monitor/monitor_screen.h"
 #include "app/shell/app_models.h"
+#include "app/shell/panel_figure.h"
 #include "app/shell/section_icons.h"
 #include "app/shell/tray_icon_renderer.h"
 #include "app/shell/tray_item.h"
@@ -7,12 +8,19 @@
 #include "core/text/qt_text.h"
 #include "tests/support/app_options.h"
 #include "tests/support/fixture_tree.h"
+#include "tests/support/shown_text.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QSignalSpy>
 #include <QSystemTrayIcon>
+#include <QTabBar>
+#include <QTabWidget>
+#include <QTest>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -203,32 +211,138 @@ TEST(TrayItem, ReadingsHoldTheMonitorOnlyWhileTheyAreShown) {
     EXPECT_FALSE(models.monitor().isRunning());
 }
 
-TEST(TrayPanel, HoldsTheMonitorWhileOpenAndOpensTheWindowAtASection) {
+// The tray item and its panel over a captured machine; keeping awake is asked of a bus where
+// nothing answers, so a test never holds the real machine awake.
+class TrayPanelTest : public ::testing::Test {
+protected:
+    static AppModels::Options options(const test::TempHome& home) {
+        auto o = optionsIn(home, kFixtures / "linux/debian12-vm");
+        o.keepAwakeBuses = test::withoutLogind(home).keepAwakeBuses;
+        return o;
+    }
+
     test::TempHome home;
-    AppModels models(optionsIn(home, kFixtures / "linux/debian12-vm"));
-    TrayItem tray(models);
-    AppSection asked = AppSection::Overview;
-    int opened = 0;
-    QObject::connect(&tray, &TrayItem::openWindowRequested, [&] {
-        ++opened;
-        asked = models.navigator().selection();
-    });
+    AppModels models{options(home)};
+    TrayItem tray{models};
+    TrayPanel& panel = *tray.panel();
+};
+
+TEST_F(TrayPanelTest, HoldsTheMonitorWhileOpenAndShowsTheLiveFiguresInTabs) {
+    QStringList titles;
+    for (int i = 0; i < panel.tabs()->count(); ++i) {
+        titles << test::shownText(panel.tabs()->tabText(i));
+    }
+    EXPECT_EQ(titles, (QStringList{"System", "Network", "Battery", "Agents", "Keep Awake"}));
+
     tray.openPanel();
-    EXPECT_TRUE(tray.panel()->isVisible());
+    EXPECT_TRUE(panel.isVisible());
+    EXPECT_GE(panel.width(), 340);
+    EXPECT_LE(panel.width(), 380);
     EXPECT_TRUE(models.monitor().isRunning());
     EXPECT_DOUBLE_EQ(models.monitor().currentInterval(), 2.0);
-    ASSERT_TRUE(waitForReadings(models.monitor(), 1));
-    bool sawMemory = false;
-    for (auto* label : tray.panel()->findChildren<QLabel*>()) {
-        sawMemory = sawMemory || label->accessibleName() == "Memory";
-    }
-    EXPECT_TRUE(sawMemory);
+    ASSERT_TRUE(waitForReadings(models.monitor(), 2));
+    auto figure = [this](const char* name) {
+        const auto* f = panel.findChild<PanelFigure*>(QStringLiteral("figure_") + name);
+        EXPECT_NE(f, nullptr) << name;
+        return f;
+    };
+    EXPECT_TRUE(figure("cpu")->value().endsWith("%")) << figure("cpu")->value().toStdString();
+    EXPECT_TRUE(figure("memory")->value().endsWith("%"));
+    EXPECT_TRUE(figure("memory")->detail().endsWith(" of 25.3 GB"));
+    EXPECT_TRUE(figure("download")->value().endsWith("/s"));
+    EXPECT_TRUE(figure("download")->detail().endsWith(" this session"));
+    // What the machine lacks is a sentence, not a zero.
+    EXPECT_EQ(figure("battery")->value(), "");
+    EXPECT_EQ(figure("battery")->detail(), "This computer has no battery.");
+    EXPECT_EQ(figure("gpu")->value(), "");
+    EXPECT_EQ(figure("gpu")->detail(), "No graphics processor reports its load.");
 
-    emit tray.panel()->openSection(AppSection::Monitor);
-    EXPECT_EQ(opened, 1);
-    EXPECT_EQ(asked, AppSection::Monitor);
-    tray.panel()->hide();
+    panel.hide();
     EXPECT_FALSE(models.monitor().isRunning());
+}
+
+TEST_F(TrayPanelTest, EachTabsButtonsOpenTheWindowAtTheirSection) {
+    QSignalSpy asked(&panel, &TrayPanel::openSection);
+    int opened = 0;
+    QObject::connect(&tray, &TrayItem::openWindowRequested, [&opened] { ++opened; });
+    const std::vector<std::vector<AppSection>> expected{
+        {AppSection::Monitor},
+        {AppSection::Monitor, AppSection::SpeedTest},
+        {AppSection::Monitor},
+        {AppSection::Agents},
+        {AppSection::KeepAwake}};
+    ASSERT_EQ(panel.tabs()->count(), static_cast<int>(expected.size()));
+    for (int tab = 0; tab < panel.tabs()->count(); ++tab) {
+        for (AppSection section : expected[static_cast<std::size_t>(tab)]) {
+            const SectionInfo& s = info(section);
+            tray.openPanel();
+            panel.tabs()->setCurrentIndex(tab);
+            models.navigator().select(AppSection::Settings);
+            auto* button = panel.tabs()->widget(tab)->findChild<QPushButton*>(
+                QStringLiteral("open_") + toQString(s.rawKey));
+            ASSERT_NE(button, nullptr) << tab << " " << s.rawKey;
+            EXPECT_EQ(test::shownText(button->text()), toQString(s.title));
+            EXPECT_TRUE(QKeySequence::mnemonic(button->text()).isEmpty());
+            button->click();
+            EXPECT_FALSE(panel.isVisible());
+            EXPECT_EQ(models.navigator().selection(), section) << tab;
+            ASSERT_FALSE(asked.isEmpty());
+            EXPECT_EQ(asked.takeLast().at(0).value<AppSection>(), section);
+        }
+    }
+    EXPECT_EQ(opened, 6);
+}
+
+TEST_F(TrayPanelTest, ArrowsAndCtrlTabMoveBetweenTabsAndEscapeClosesIt) {
+    QTabWidget& tabs = *panel.tabs();
+    tabs.setCurrentIndex(0);
+    tray.openPanel();
+    QTest::keyClick(tabs.tabBar(), Qt::Key_Right);
+    EXPECT_EQ(tabs.currentIndex(), 1);
+    QTest::keyClick(tabs.tabBar(), Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(tabs.currentIndex(), 2);
+    QTest::keyClick(tabs.currentWidget(), Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(tabs.currentIndex(), 1);
+    QTest::keyClick(tabs.tabBar(), Qt::Key_Left);
+    EXPECT_EQ(tabs.currentIndex(), 0);
+    QTest::keyClick(tabs.currentWidget()->findChild<QPushButton*>(), Qt::Key_Escape);
+    EXPECT_FALSE(panel.isVisible());
+    EXPECT_FALSE(models.monitor().isRunning());
+}
+
+TEST_F(TrayPanelTest, AgentsAndKeepAwakeSayWhatIsThereAndShowOnlyTheStateHeld) {
+    for (const auto& card : std::vector(models.agents().cards())) {
+        models.agents().setEnabled(card.provider, false);
+    }
+    tray.openPanel();
+    panel.tabs()->setCurrentIndex(3);
+    auto* none = panel.findChild<QLabel*>("noAgents");
+    ASSERT_NE(none, nullptr);
+    EXPECT_EQ(none->text(), "No agent is shown. Choose agents on the Agents screen.");
+
+    // Keeping awake is asked for where logind can't give it: the page says Off, and why.
+    panel.tabs()->setCurrentIndex(4);
+    const auto* state = panel.findChild<PanelFigure*>("awakeState");
+    ASSERT_NE(state, nullptr);
+    EXPECT_EQ(state->value(), "Off");
+    auto* start = panel.findChild<QPushButton*>("awakeStart");
+    ASSERT_NE(start, nullptr);
+    ASSERT_NE(start->menu(), nullptr);
+    QStringList offered;
+    for (QAction* a : start->menu()->actions()) {
+        offered << a->text();
+    }
+    EXPECT_EQ(offered,
+              (QStringList{"Keep Awake for 15 min", "Keep Awake for 1 h", "Keep Awake for 2 h",
+                           "Keep Awake for 4 h", "Keep Awake for 8 h", "Until you turn it off"}));
+    start->menu()->actions().at(1)->trigger();
+    EXPECT_FALSE(models.keepAwake().state().isActive);
+    EXPECT_EQ(state->value(), "Off");
+    auto* error = panel.findChild<QLabel*>("awakeError");
+    ASSERT_NE(error, nullptr);
+    EXPECT_FALSE(error->isHidden());
+    EXPECT_EQ(error->text(), models.keepAwake().error());
+    EXPECT_TRUE(panel.findChild<QPushButton*>("awakeOff")->isHidden());
 }
 
 TEST(MonitorScreen, ShowsLiveFiguresAndSaysWhatTheMachineLacks) {

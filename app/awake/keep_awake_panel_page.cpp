@@ -30,15 +30,15 @@ KeepAwakePanelPage::KeepAwakePanelPage(KeepAwakeController& controller, QWidget*
     layout->addWidget(error_);
 
     auto* buttons = new QHBoxLayout();
-    start_ = new QPushButton(tr("Keep Awake For"), this);
-    start_->setObjectName(QStringLiteral("awakeStart"));
-    auto* sessions = new QMenu(start_);
+    auto* start = new QPushButton(tr("Keep Awake For"), this);
+    start->setObjectName(QStringLiteral("awakeStart"));
+    auto* sessions = new QMenu(start);
     addManualSessions(sessions, controller_);
-    start_->setMenu(sessions);
+    start->setMenu(sessions);
     off_ = new QPushButton(tr("Turn Off"), this);
     off_->setObjectName(QStringLiteral("awakeOff"));
     connect(off_, &QPushButton::clicked, &controller_, &KeepAwakeController::turnOff);
-    buttons->addWidget(start_);
+    buttons->addWidget(start);
     buttons->addWidget(off_);
     buttons->addStretch(1);
     layout->addLayout(buttons);

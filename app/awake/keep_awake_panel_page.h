@@ -26,7 +26,6 @@ private:
     KeepAwakeController& controller_;
     PanelFigure* state_ = nullptr;
     QLabel* error_ = nullptr;
-    QPushButton* start_ = nullptr;
     QPushButton* off_ = nullptr;
 };
 

@@ -55,18 +55,12 @@ MonitorPanelPage::MonitorPanelPage(Kind kind, SystemMonitorModel& model, QWidget
     render();
 }
 
-PanelFigure* MonitorPanelPage::add(const QString& name, const QString& caption, int row, int column,
-                                   int span) {
+void MonitorPanelPage::add(const QString& name, const QString& caption, int row, int column,
+                           int span) {
     auto* figure = new PanelFigure(caption, glyphOf(name), this);
     figure->setObjectName(QStringLiteral("figure_") + name);
     static_cast<QGridLayout*>(layout())->addWidget(figure, row, column, 1, span);
     figures_[name] = figure;
-    return figure;
-}
-
-const PanelFigure* MonitorPanelPage::figure(const QString& name) const {
-    const auto it = figures_.find(name);
-    return it == figures_.end() ? nullptr : it->second;
 }
 
 void MonitorPanelPage::render() {

@@ -17,11 +17,10 @@ public:
     enum class Kind { Processors, Network, Battery };
     MonitorPanelPage(Kind kind, SystemMonitorModel& model, QWidget* parent = nullptr);
 
-    // A figure by its name: "cpu", "memory", "gpu", "download", "upload", "disk", "battery".
-    const PanelFigure* figure(const QString& name) const;
-
 private:
-    PanelFigure* add(const QString& name, const QString& caption, int row, int column, int span);
+    // A figure named "cpu", "memory", "gpu", "download", "upload", "disk" or "battery"; its
+    // object name is "figure_" and the name.
+    void add(const QString& name, const QString& caption, int row, int column, int span);
     void render();
     void renderProcessors();
     void renderNetwork();

@@ -43,14 +43,7 @@ void showLockFailure(const KeyboardLock& lock) {
 
 } // namespace
 
-QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu* parent) {
-    auto* menu = parent->addMenu(QObject::tr("Keep Awake"));
-    menu->setObjectName(QStringLiteral("keepAwakeMenu"));
-    auto* status = menu->addAction(QString());
-    status->setEnabled(false);
-    auto* off = menu->addAction(QObject::tr("Turn Off"));
-    QObject::connect(off, &QAction::triggered, &controller, &KeepAwakeController::turnOff);
-    menu->addSeparator();
+void addManualSessions(QMenu* menu, KeepAwakeController& controller) {
     for (auto d : kManualDurations) {
         auto* a = menu->addAction(QObject::tr("Keep Awake for %1").arg(label(d)));
         QObject::connect(a, &QAction::triggered, &controller,
@@ -59,6 +52,17 @@ QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu*
     auto* always = menu->addAction(indefiniteText());
     QObject::connect(always, &QAction::triggered, &controller,
                      [&controller] { controller.startManual(ManualSession::indefinite()); });
+}
+
+QMenu* keepAwakeMenu(KeepAwakeController& controller, KeyboardLock& lock, QMenu* parent) {
+    auto* menu = parent->addMenu(QObject::tr("Keep Awake"));
+    menu->setObjectName(QStringLiteral("keepAwakeMenu"));
+    auto* status = menu->addAction(QString());
+    status->setEnabled(false);
+    auto* off = menu->addAction(QObject::tr("Turn Off"));
+    QObject::connect(off, &QAction::triggered, &controller, &KeepAwakeController::turnOff);
+    menu->addSeparator();
+    addManualSessions(menu, controller);
     menu->addSeparator();
     auto* keyboard = menu->addAction(awake_text::keyboardCleaning() + QStringLiteral("…"));
     keyboard->setToolTip(awake_text::keyboardMenuText(kEscapesToUnlock));

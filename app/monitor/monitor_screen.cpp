@@ -8,6 +8,7 @@
 #include "app/shell/section_subtitles.h"
 #include "app/shell/stat_card.h"
 #include "app/shell/theme.h"
+#include "core/monitor/reading_report.h"
 #include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
@@ -222,18 +223,12 @@ void MonitorScreen::render() {
             .arg(MetricFormat::bytes(totals.read), MetricFormat::bytes(totals.written)));
 
     set(QStringLiteral("gpu"), r.gpu ? MetricFormat::percent(*r.gpu) : QStringLiteral("—"),
-        r.gpu         ? tr("The busiest graphics processor")
-        : r.gpuAsleep ? tr("Asleep: the graphics card is powered down and left alone.")
-                      : tr("No graphics processor reports its load."),
+        r.gpu ? tr("The busiest graphics processor") : noGpuLoadSentence(r.gpuAsleep),
         r.gpu.has_value());
 
     if (r.battery) {
         const BatteryInfo& b = *r.battery;
-        QString detail = b.statusText();
-        if (b.minutesRemaining) {
-            detail += QStringLiteral(" · ") + MetricFormat::duration(*b.minutesRemaining * 60.0) +
-                      (b.isCharging ? tr(" to full") : tr(" left"));
-        }
+        QString detail = b.statusLine();
         if (b.health) {
             detail += tr(" · Health %1").arg(MetricFormat::percent(*b.health));
         }
@@ -245,8 +240,7 @@ void MonitorScreen::render() {
         }
         set(QStringLiteral("battery"), MetricFormat::percent(b.charge), detail);
     } else {
-        set(QStringLiteral("battery"), QStringLiteral("—"), tr("This computer has no battery."),
-            false);
+        set(QStringLiteral("battery"), QStringLiteral("—"), noBatterySentence(), false);
     }
 
     set(QStringLiteral("load"),

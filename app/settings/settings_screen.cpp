@@ -66,8 +66,10 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     trayLayout->addWidget(noTray_);
     trayLayout->addWidget(boolRow(pref::kMenuBarShowsIcon, tr("Show the app symbol")));
     trayLayout->addWidget(boolRow(pref::kMenuBarShowsStats, tr("Show readings"),
-                                  tr("Up to two readings appear as numbers in the tray, more as "
-                                     "bars; hover over the item to read them in words.")));
+                                  tr("One or two readings appear as numbers, more as bars, each "
+                                     "behind its own sign. With the app symbol, the symbol shares "
+                                     "the icon with the first reading. Hover over the item to "
+                                     "read them all in words.")));
     auto* stats = new QGridLayout();
     stats->setContentsMargins(24, 0, 0, 0);
     int column = 0;

@@ -1,5 +1,6 @@
 #include "app/shell/navigation_commands.h"
 
+#include "app/shell/menu_text.h"
 #include "app/shell/navigator.h"
 #include "app/shell/section_icons.h"
 #include "core/text/qt_text.h"
@@ -23,7 +24,7 @@ QKeySequence NavigationCommands::shortcut(AppSection section) {
 QMenu* NavigationCommands::createMenu(Navigator& navigator, QWidget* parent) {
     auto* menu = new QMenu(QObject::tr("&Go"), parent);
     for (const auto& s : allSections()) {
-        auto* action = menu->addAction(sectionIcon(s.section), toQString(s.title));
+        auto* action = menu->addAction(sectionIcon(s.section), menuText(toQString(s.title)));
         action->setShortcut(shortcut(s.section));
         action->setCheckable(true);
         action->setChecked(navigator.selection() == s.section);

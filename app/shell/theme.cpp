@@ -58,6 +58,20 @@ void setTextMeaning(QWidget* widget, Meaning meaning) {
     widget->setPalette(p);
 }
 
+QColor meaningColor(ReadingLevel level) {
+    switch (level) {
+    case ReadingLevel::Good:
+        return meaningColor(Meaning::Good);
+    case ReadingLevel::Watch:
+        return meaningColor(Meaning::Watch);
+    case ReadingLevel::Critical:
+        return meaningColor(Meaning::Critical);
+    case ReadingLevel::Neutral:
+        break;
+    }
+    return {};
+}
+
 Meaning meaningOfFraction(double fraction) {
     if (fraction >= 0.9) {
         return Meaning::Critical;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/monitor/menu_bar_stat.h"
 #include "core/sys/color_scheme_portal.h"
 
 #include <QColor>
@@ -37,6 +38,9 @@ void setTextStyle(QWidget* widget, TextStyle style);
 // and dark backgrounds alike.
 enum class Meaning { Good, Watch, Critical };
 QColor meaningColor(Meaning meaning);
+// The colour of a reading's level; neutral has none (an invalid colour): the caller draws it in
+// the palette's own.
+QColor meaningColor(ReadingLevel level);
 // Draws the widget's text in the meaning's colour (an error in red, a warning in amber).
 void setTextMeaning(QWidget* widget, Meaning meaning);
 // The meaning of a fraction of a limit: below 70 % good, below 90 % watch, then critical.

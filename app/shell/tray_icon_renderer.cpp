@@ -1,24 +1,24 @@
 #include "app/shell/tray_icon_renderer.h"
 
+#include "app/shell/reading_glyphs.h"
+#include "app/shell/section_icons.h"
+#include "app/shell/theme.h"
+
 #include <QFont>
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
+#include <algorithm>
+#include <cmath>
 
 namespace tarvik {
 namespace {
 
-QColor barColor(double fraction) {
-    if (fraction >= 0.9) {
-        return QColor(0xe0, 0x52, 0x45);
-    }
-    if (fraction >= 0.7) {
-        return QColor(0xf0, 0xa0, 0x20);
-    }
-    return QColor(0x3c, 0xc0, 0x78);
-}
+const QColor kInk(Qt::white);
+const QColor kHalo(0, 0, 0, 190);
 
-// The figure without its unit sign: "23%" becomes "23" so two digits fill the icon.
-QString iconText(const MenuBarReading& r) {
+// The figure without its percent sign: "23%" becomes "23" so two digits fill their box.
+QString figureText(const MenuBarReading& r) {
     QString t = r.compact;
     if (t.endsWith(QLatin1Char('%'))) {
         t.chop(1);
@@ -26,78 +26,127 @@ QString iconText(const MenuBarReading& r) {
     return t;
 }
 
-void drawOutlinedText(QPainter& p, const QRectF& box, const QString& text) {
-    QFont f = p.font();
-    f.setBold(true);
-    f.setPixelSize(static_cast<int>(box.height() * 0.92));
-    // Shrink wide figures ("1.2M") until they fit the box.
-    for (int i = 0; i < 12; ++i) {
-        if (QFontMetricsF(f).horizontalAdvance(text) <= box.width() * 0.98) {
-            break;
-        }
-        f.setPixelSize(std::max(6, f.pixelSize() * 9 / 10));
-    }
-    const QFontMetricsF fm(f);
-    const double x = box.center().x() - fm.horizontalAdvance(text) / 2.0;
-    const double y = box.center().y() + (fm.ascent() - fm.descent()) / 2.0;
-    QPainterPath path;
-    path.addText(QPointF(x, y), f, text);
+// Ink with a halo around it, as thick as the shape's box allows.
+void drawInked(QPainter& p, const QPainterPath& shape, double boxHeight) {
     p.setPen(
-        QPen(QColor(0, 0, 0, 200), box.height() / 7.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        QPen(kHalo, std::max(1.0, boxHeight / 8.0), Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     p.setBrush(Qt::NoBrush);
-    p.drawPath(path);
-    p.fillPath(path, Qt::white);
+    p.drawPath(shape);
+    p.fillPath(shape, kInk);
+}
+
+QPainterPath figurePath(const QRectF& box, const QString& text) {
+    QFont f;
+    f.setBold(true);
+    f.setPixelSize(std::max(4, static_cast<int>(box.height() * 0.95)));
+    // Wide figures ("100", "1.2M") shrink until they fit.
+    while (f.pixelSize() > 4 && QFontMetricsF(f).tightBoundingRect(text).width() > box.width()) {
+        f.setPixelSize(f.pixelSize() - 1);
+    }
+    const QRectF tight = QFontMetricsF(f).tightBoundingRect(text);
+    QPainterPath path;
+    path.addText(
+        QPointF(box.center().x() - tight.center().x(), box.center().y() - tight.center().y()), f,
+        text);
+    return path;
+}
+
+void drawBar(QPainter& p, const QRectF& slot, const MenuBarReading& r) {
+    const double radius = slot.height() / 2.0;
+    p.setPen(QPen(kHalo, std::max(1.0, slot.height() / 5.0)));
+    p.setBrush(QColor(255, 255, 255, 70));
+    p.drawRoundedRect(slot, radius, radius);
+    if (!r.fraction) {
+        return; // the machine can't give it: an empty bar, never a made-up level
+    }
+    const double f = std::clamp(*r.fraction, 0.0, 1.0);
+    const QColor meaning = meaningColor(level(r.stat, f));
+    p.setPen(Qt::NoPen);
+    p.setBrush(meaning.isValid() ? meaning : kInk);
+    p.drawRoundedRect(
+        QRectF(slot.left(), slot.top(), std::max(slot.height(), slot.width() * f), slot.height()),
+        radius, radius);
 }
 
 } // namespace
 
-QImage renderTrayReadings(const std::vector<MenuBarReading>& readings, int size) {
-    QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    if (readings.empty()) {
-        return image;
+std::size_t maxBarRows(double size) {
+    return static_cast<std::size_t>(std::clamp(size / 7.0, 2.0, 4.0));
+}
+
+TrayIconLayout layoutTrayIcon(const TrayIconContent& content, double s) {
+    TrayIconLayout layout;
+    const std::size_t count = content.readings.size();
+    if (count == 0) {
+        layout.symbol = QRectF(0, 0, s, s);
+        return layout;
     }
+    // A row: the glyph in a square at its left, the figure or bar in the rest.
+    auto row = [&layout](std::size_t reading, double top, double height, double width, bool bar) {
+        const double glyph = height * (bar ? 1.0 : 0.8);
+        const QRectF rest(glyph, top, width - glyph, height);
+        layout.rows.push_back(
+            {reading, QRectF(0, top, glyph, height).adjusted(0.5, 0.5, -0.5, -0.5),
+             bar ? rest.adjusted(height * 0.15, height * 0.25, -height * 0.05, -height * 0.25)
+                 : rest,
+             bar});
+    };
+    if (content.symbol) {
+        const double h = s / 2.0;
+        layout.symbol = QRectF((s - h) / 2.0, 0, h, h);
+        row(0, h, h, s, false);
+    } else if (count == 1) {
+        const double g = s * 0.42;
+        layout.rows.push_back({0, QRectF((s - g) / 2.0, 0, g, g).adjusted(0.5, 0.5, -0.5, -0.5),
+                               QRectF(0, g, s, s - g), false});
+    } else if (count == 2) {
+        row(0, 0, s / 2.0, s, false);
+        row(1, s / 2.0, s / 2.0, s, false);
+    } else {
+        const std::size_t n = std::min(count, maxBarRows(s));
+        const double h = s / static_cast<double>(n);
+        for (std::size_t i = 0; i < n; ++i) {
+            row(i, h * static_cast<double>(i), h, s, true);
+        }
+    }
+    return layout;
+}
+
+QImage renderTrayIcon(const TrayIconContent& content, int size, double devicePixelRatio) {
+    if (content.readings.empty()) {
+        return appIcon().pixmap(QSize(size, size), devicePixelRatio).toImage();
+    }
+    const int pixels = static_cast<int>(std::lround(size * devicePixelRatio));
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(devicePixelRatio);
+    image.fill(Qt::transparent);
     QPainter p(&image);
     p.setRenderHint(QPainter::Antialiasing);
-    const double s = size;
-    if (readings.size() <= 2) {
-        const double rowHeight = s / static_cast<double>(readings.size());
-        for (std::size_t i = 0; i < readings.size(); ++i) {
-            drawOutlinedText(p, QRectF(0, rowHeight * static_cast<double>(i), s, rowHeight),
-                             iconText(readings[i]));
-        }
-        return image;
+    const TrayIconLayout layout = layoutTrayIcon(content, size);
+    if (layout.symbol) {
+        appIcon().paint(&p, layout.symbol->toAlignedRect());
     }
-    // Bars, one per reading, filling from the bottom; a reading the machine cannot give is an
-    // empty, dashed slot.
-    const double gap = s / 16.0;
-    const double width =
-        (s - gap * static_cast<double>(readings.size() + 1)) / static_cast<double>(readings.size());
-    for (std::size_t i = 0; i < readings.size(); ++i) {
-        const QRectF slot(gap + (width + gap) * static_cast<double>(i), gap, width, s - 2 * gap);
-        p.setPen(QPen(QColor(0, 0, 0, 170), s / 24.0));
-        p.setBrush(QColor(255, 255, 255, 60));
-        p.drawRoundedRect(slot, s / 20.0, s / 20.0);
-        if (!readings[i].fraction) {
-            p.setPen(QPen(Qt::white, s / 16.0, Qt::SolidLine, Qt::RoundCap));
-            p.drawLine(QPointF(slot.left() + width * 0.25, slot.center().y()),
-                       QPointF(slot.right() - width * 0.25, slot.center().y()));
-            continue;
+    for (const auto& row : layout.rows) {
+        const MenuBarReading& r = content.readings[row.reading];
+        drawInked(p, readingGlyph(r.stat, row.glyph), row.glyph.height());
+        if (row.bar) {
+            drawBar(p, row.figure, r);
+        } else {
+            drawInked(p, figurePath(row.figure, figureText(r)), row.figure.height());
         }
-        const double f = std::clamp(*readings[i].fraction, 0.0, 1.0);
-        const QRectF fill(slot.left(), slot.bottom() - slot.height() * std::max(f, 0.04),
-                          slot.width(), slot.height() * std::max(f, 0.04));
-        p.setPen(Qt::NoPen);
-        p.setBrush(barColor(f));
-        p.drawRoundedRect(fill, s / 20.0, s / 20.0);
     }
     return image;
 }
 
-QIcon trayReadingsIcon(const std::vector<MenuBarReading>& readings) {
+QIcon trayIcon(const TrayIconContent& content) {
+    if (content.readings.empty()) {
+        return appIcon();
+    }
     QIcon icon;
     for (int size : {16, 22, 24, 32, 48, 64}) {
-        icon.addPixmap(QPixmap::fromImage(renderTrayReadings(readings, size)));
+        for (double ratio : {1.0, 2.0}) {
+            icon.addPixmap(QPixmap::fromImage(renderTrayIcon(content, size, ratio)));
+        }
     }
     return icon;
 }

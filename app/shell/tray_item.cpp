@@ -2,6 +2,7 @@
 
 #include "app/awake/keep_awake_menu.h"
 #include "app/shell/app_models.h"
+#include "app/shell/menu_text.h"
 #include "app/shell/section_icons.h"
 #include "app/shell/tray_icon_renderer.h"
 #include "app/shell/tray_panel.h"
@@ -20,7 +21,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     connect(open, &QAction::triggered, this, &TrayItem::openWindowRequested);
     auto* go = menu_->addMenu(tr("Go To"));
     for (const auto& s : allSections()) {
-        auto* action = go->addAction(sectionIcon(s.section), toQString(s.title));
+        auto* action = go->addAction(sectionIcon(s.section), menuText(toQString(s.title)));
         connect(action, &QAction::triggered, this, [this, section = s.section] {
             models_.navigator().select(section);
             emit openWindowRequested();
@@ -32,7 +33,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     quit->setObjectName(QStringLiteral("quit"));
     connect(quit, &QAction::triggered, this, &TrayItem::quitRequested);
 
-    panel_ = new TrayPanel(models_.monitor());
+    panel_ = new TrayPanel(models_);
     connect(panel_, &TrayPanel::openSection, this, [this](AppSection section) {
         models_.navigator().select(section);
         emit openWindowRequested();
@@ -125,17 +126,13 @@ void TrayItem::applyPreferences() {
 }
 
 void TrayItem::refreshIcon() {
-    if (!holdingMonitor_) {
-        // A tray item cannot be empty: with neither symbol nor readings chosen, the symbol stays.
-        icon_->setIcon(appIcon());
-        icon_->setToolTip(QStringLiteral("Tarvik"));
-        return;
+    TrayIconContent content{models_.preferences().menuBarShowsIcon(), {}};
+    if (holdingMonitor_) {
+        content.readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats(),
+                                                             models_.agents().sessionReading());
     }
-    const auto readings = models_.monitor().menuBarReadings(models_.preferences().menuBarStats(),
-                                                            models_.agents().sessionReading());
-    // A tray icon is square: the readings take the whole of it, and the symbol gives way.
-    icon_->setIcon(trayReadingsIcon(readings));
-    icon_->setToolTip(trayTooltip(readings));
+    icon_->setIcon(trayIcon(content));
+    icon_->setToolTip(trayTooltip(content.readings));
 }
 
 } // namespace tarvik

@@ -1,6 +1,7 @@
 #include "core/monitor/battery.h"
 
 #include "core/sys/system_files.h"
+#include "core/text/metric_format.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,6 +55,14 @@ QString BatteryInfo::statusText() const {
         return QStringLiteral("On battery");
     }
     return charge >= 0.99 ? QStringLiteral("Charged") : QStringLiteral("On power adapter");
+}
+
+QString BatteryInfo::statusLine() const {
+    if (!minutesRemaining) {
+        return statusText();
+    }
+    return statusText() + QStringLiteral(" · ") + MetricFormat::duration(*minutesRemaining * 60.0) +
+           (isCharging ? QStringLiteral(" to full") : QStringLiteral(" left"));
 }
 
 std::optional<BatteryInfo> readBattery(const std::filesystem::path& root) {

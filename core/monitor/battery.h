@@ -17,6 +17,8 @@ struct BatteryInfo {
     std::optional<double> health;      // 0…1
     std::optional<double> temperature; // °C
     QString statusText() const;
+    // The status and, when known, the time left or to full: "Charging · 1 hour to full".
+    QString statusLine() const;
 };
 
 // The machine's own batteries under /sys/class/power_supply (a mouse's or a phone's battery,

@@ -4,6 +4,26 @@
 
 namespace tarvik {
 
+ReadingLevel level(MenuBarStat stat, double fraction) {
+    switch (stat) {
+    case MenuBarStat::Cpu:
+    case MenuBarStat::Memory:
+    case MenuBarStat::Gpu:
+        return fraction >= 0.9   ? ReadingLevel::Critical
+               : fraction >= 0.7 ? ReadingLevel::Watch
+                                 : ReadingLevel::Good;
+    case MenuBarStat::Battery:
+    case MenuBarStat::Agent:
+        return fraction <= 0.1    ? ReadingLevel::Critical
+               : fraction <= 0.25 ? ReadingLevel::Watch
+                                  : ReadingLevel::Good;
+    case MenuBarStat::Download:
+    case MenuBarStat::Upload:
+        break;
+    }
+    return ReadingLevel::Neutral;
+}
+
 std::string_view rawKey(MenuBarStat stat) {
     switch (stat) {
     case MenuBarStat::Cpu:

@@ -15,6 +15,11 @@ inline constexpr std::array<MenuBarStat, 7> kAllMenuBarStats{
     MenuBarStat::Cpu, MenuBarStat::Memory,  MenuBarStat::Download, MenuBarStat::Upload,
     MenuBarStat::Gpu, MenuBarStat::Battery, MenuBarStat::Agent};
 
+// How a reading stands: rates have no good or bad, loads are bad when high, and the battery's
+// charge and an agent's share left when low.
+enum class ReadingLevel { Neutral, Good, Watch, Critical };
+ReadingLevel level(MenuBarStat stat, double fraction);
+
 std::string_view rawKey(MenuBarStat stat);
 std::string_view title(MenuBarStat stat);
 std::optional<MenuBarStat> menuBarStatFromRawKey(std::string_view key);

@@ -28,6 +28,15 @@ QJsonValue transferJson(const std::optional<TransferRates>& t, const char* first
 
 } // namespace
 
+QString noBatterySentence() {
+    return QStringLiteral("This computer has no battery.");
+}
+
+QString noGpuLoadSentence(bool gpuAsleep) {
+    return gpuAsleep ? QStringLiteral("Asleep: the graphics card is powered down and left alone.")
+                     : QStringLiteral("No graphics processor reports its load.");
+}
+
 std::vector<SummaryRow> describeReading(const SystemReading& r, const CPUTopology& topology) {
     std::vector<SummaryRow> rows;
     QString cpu =
@@ -69,12 +78,7 @@ std::vector<SummaryRow> describeReading(const SystemReading& r, const CPUTopolog
                                                : QStringLiteral("No GPU reports its load")});
     if (r.battery) {
         QString b = MetricFormat::percent(r.battery->charge) + QStringLiteral(" · ") +
-                    r.battery->statusText();
-        if (r.battery->minutesRemaining) {
-            b += QStringLiteral(" · ") +
-                 MetricFormat::duration(*r.battery->minutesRemaining * 60.0) +
-                 (r.battery->isCharging ? QStringLiteral(" to full") : QStringLiteral(" left"));
-        }
+                    r.battery->statusLine();
         if (r.battery->health) {
             b += QStringLiteral(" · health ") + MetricFormat::percent(*r.battery->health);
         }

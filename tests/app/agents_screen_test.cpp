@@ -1,9 +1,11 @@
 // The Agents screen against local servers that answer like the services, with sign-ins and
 // logs in a temporary home.
+#include "app/agents/agents_panel_page.h"
 #include "app/agents/agents_screen.h"
 #include "app/agents/limit_bar.h"
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
+#include "app/shell/panel_figure.h"
 #include "tests/support/app_options.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
@@ -100,6 +102,19 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
         models.monitor().menuBarReadings({MenuBarStat::Agent}, models.agents().sessionReading());
     EXPECT_EQ(reading[0].compact, "70%");
     EXPECT_EQ(reading[0].words, "Claude session 70% left");
+
+    // The tray panel's page: the share left as a figure and a bar, or why there is none.
+    AgentsPanelPage page(models.agents());
+    const auto* claude = page.findChild<PanelFigure*>("agent_claude");
+    ASSERT_NE(claude, nullptr);
+    EXPECT_EQ(claude->value(), "70% left");
+    EXPECT_TRUE(claude->detail().startsWith("Session: 30% used")) << claude->detail().toStdString();
+    EXPECT_NE(page.findChild<LimitBar*>(), nullptr);
+    const auto* codex = page.findChild<PanelFigure*>("agent_codex");
+    ASSERT_NE(codex, nullptr);
+    EXPECT_EQ(codex->value(), "");
+    EXPECT_EQ(codex->detail(), "Rate limited, will retry");
+    EXPECT_EQ(page.findChild<QLabel*>("noAgents"), nullptr);
 
     // Order and visibility are kept in the settings.
     screen.findChild<QToolButton*>("down_claude")->click();

@@ -1,5 +1,7 @@
 #include "app/awake/keep_awake_menu.h"
+#include "app/awake/keep_awake_panel_page.h"
 #include "app/shell/app_models.h"
+#include "app/shell/panel_figure.h"
 #include "tests/support/app_options.h"
 #include "tests/support/private_bus.h"
 
@@ -101,6 +103,33 @@ TEST_F(KeepAwakeMenu, ADurationKeepsAwakeForThatLongAndTurnOffEndsIt) {
     EXPECT_FALSE(off->isVisible());
     EXPECT_EQ(menu_->title(), "Keep Awake");
     EXPECT_EQ(status_->text(), "Sleep settings apply");
+}
+
+TEST_F(KeepAwakeMenu, TheTrayPanelsPageShowsTheStateHeldAndStartsAndStopsIt) {
+    KeepAwakePanelPage page(models_->keepAwake());
+    auto* start = page.findChild<QPushButton*>("awakeStart");
+    auto* off = page.findChild<QPushButton*>("awakeOff");
+    ASSERT_NE(start, nullptr);
+    ASSERT_NE(off, nullptr);
+    EXPECT_EQ(page.state().value(), "Off");
+    EXPECT_TRUE(off->isHidden());
+
+    ASSERT_NE(start->menu(), nullptr);
+    start->menu()->actions().at(2)->trigger(); // 2 h
+    ASSERT_TRUE(models_->keepAwake().state().isActive);
+    EXPECT_EQ(page.state().value(), "On");
+    EXPECT_EQ(page.state().detail(), status_->text() + "\nKept awake by hand");
+    EXPECT_FALSE(off->isHidden());
+
+    // The menu's Turn Off and the page's agree, whichever is used.
+    action(*menu_, "Turn Off")->trigger();
+    EXPECT_EQ(page.state().value(), "Off");
+    start->menu()->actions().last()->trigger();
+    EXPECT_EQ(menu_->title(), "Keep Awake: On");
+    off->click();
+    EXPECT_FALSE(models_->keepAwake().state().isActive);
+    EXPECT_EQ(page.state().value(), "Off");
+    EXPECT_EQ(menu_->title(), "Keep Awake");
 }
 
 TEST_F(KeepAwakeMenu, UntilYouTurnItOffHasNoEnd) {

@@ -7,6 +7,7 @@
 #include "app/shell/unavailable_screen.h"
 #include "core/sys/xdg_paths.h"
 #include "tests/support/app_options.h"
+#include "tests/support/shown_text.h"
 #include "tests/support/temp_home.h"
 
 #include <QAbstractButton>
@@ -16,6 +17,7 @@
 #include <QLabel>
 #include <QListView>
 #include <QMenu>
+#include <QMenuBar>
 #include <QScrollArea>
 #include <QTest>
 #include <QTimer>
@@ -156,6 +158,43 @@ TEST(MainWindow, SectionsNotBuiltYetSaySoAndOfferNothing) {
     }
     EXPECT_EQ(UnavailableScreen::message(AppSection::ProjectJunk),
               "Developer Junk is not available in this version of Tarvik yet.");
+}
+
+TEST(MainWindow, SectionTitlesInTheGoMenusShowAsWrittenAndTakeNoShortcutLetter) {
+    TempHome home;
+    AppModels models(optionsIn(home));
+    MainWindow window(models);
+    TrayItem tray(models);
+    QMenu* windowGo = nullptr;
+    for (QAction* a : window.menuBar()->actions()) {
+        if (test::shownText(a->text()) == "Go") {
+            windowGo = a->menu();
+        }
+    }
+    QMenu* trayGo = nullptr;
+    for (QAction* a : tray.menu()->actions()) {
+        if (a->text() == "Go To") {
+            trayGo = a->menu();
+        }
+    }
+    ASSERT_NE(windowGo, nullptr);
+    ASSERT_NE(trayGo, nullptr);
+    for (QMenu* menu : {windowGo, trayGo}) {
+        QStringList shown;
+        for (QAction* a : menu->actions()) {
+            if (!a->isSeparator()) {
+                shown << test::shownText(a->text());
+                // "&" in a title ("Large & Old Files") would make Alt+Space the shortcut.
+                EXPECT_TRUE(QKeySequence::mnemonic(a->text()).isEmpty()) << a->text().toStdString();
+            }
+        }
+        QStringList titles;
+        for (const auto& s : allSections()) {
+            titles << QString::fromUtf8(s.title.data(), static_cast<qsizetype>(s.title.size()));
+        }
+        EXPECT_EQ(shown.mid(0, titles.size()), titles);
+        EXPECT_TRUE(shown.contains("Large & Old Files"));
+    }
 }
 
 TEST(GuiShell, ClosingTheWindowNeverLeavesTarvikUnreachable) {

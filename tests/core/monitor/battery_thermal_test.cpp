@@ -96,6 +96,13 @@ TEST(Battery, StatusTextRules) {
     b = {};
     b.charge = 1.0;
     EXPECT_EQ(b.statusText(), "On battery");
+
+    // The status line adds the time, when the kernel gives one.
+    EXPECT_EQ(b.statusLine(), "On battery");
+    b.minutesRemaining = 95;
+    EXPECT_EQ(b.statusLine(), "On battery · 1 hour, 35 minutes left");
+    b.isCharging = true;
+    EXPECT_EQ(b.statusLine(), "Charging · 1 hour, 35 minutes to full");
 }
 
 TEST(Thermal, ZonesAgainstTheirOwnTripPointsTheHottestDecides) {

@@ -26,3 +26,19 @@ TEST(MenuBarStat, WritingUsesCaseOrderAndEveryKeyRoundTrips) {
     EXPECT_EQ(stored, "cpu,memory,download,upload,gpu,battery,agent");
     EXPECT_EQ(parseMenuBarStats(stored), V(kAllMenuBarStats.begin(), kAllMenuBarStats.end()));
 }
+
+TEST(MenuBarStat, LoadsWarnWhenHighChargeAndAgentShareWhenLowRatesNever) {
+    for (auto stat : {MenuBarStat::Cpu, MenuBarStat::Memory, MenuBarStat::Gpu}) {
+        EXPECT_EQ(level(stat, 0.2), ReadingLevel::Good);
+        EXPECT_EQ(level(stat, 0.75), ReadingLevel::Watch);
+        EXPECT_EQ(level(stat, 0.95), ReadingLevel::Critical);
+    }
+    for (auto stat : {MenuBarStat::Battery, MenuBarStat::Agent}) {
+        EXPECT_EQ(level(stat, 0.95), ReadingLevel::Good);
+        EXPECT_EQ(level(stat, 0.2), ReadingLevel::Watch);
+        EXPECT_EQ(level(stat, 0.05), ReadingLevel::Critical);
+    }
+    for (auto stat : {MenuBarStat::Download, MenuBarStat::Upload}) {
+        EXPECT_EQ(level(stat, 1.0), ReadingLevel::Neutral);
+    }
+}

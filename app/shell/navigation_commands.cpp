@@ -3,11 +3,22 @@
 #include "app/shell/menu_text.h"
 #include "app/shell/navigator.h"
 #include "app/shell/section_icons.h"
+#include "app/shell/unavailable_screen.h"
 #include "core/text/qt_text.h"
 
 #include <QMenu>
 
 namespace tarvik {
+
+QAction* addSectionAction(QMenu* menu, AppSection section) {
+    auto* action = menu->addAction(sectionIcon(section), menuText(toQString(info(section).title)));
+    if (!hasScreen(section)) {
+        action->setEnabled(false);
+        action->setToolTip(comingLater());
+        menu->setToolTipsVisible(true);
+    }
+    return action;
+}
 
 QKeySequence NavigationCommands::shortcut(AppSection section) {
     const auto index = static_cast<int>(section);
@@ -24,7 +35,7 @@ QKeySequence NavigationCommands::shortcut(AppSection section) {
 QMenu* NavigationCommands::createMenu(Navigator& navigator, QWidget* parent) {
     auto* menu = new QMenu(QObject::tr("&Go"), parent);
     for (const auto& s : allSections()) {
-        auto* action = menu->addAction(sectionIcon(s.section), menuText(toQString(s.title)));
+        auto* action = addSectionAction(menu, s.section);
         action->setShortcut(shortcut(s.section));
         action->setCheckable(true);
         action->setChecked(navigator.selection() == s.section);

@@ -3,6 +3,7 @@
 #include "app/awake/keep_awake_menu.h"
 #include "app/shell/app_models.h"
 #include "app/shell/menu_text.h"
+#include "app/shell/navigation_commands.h"
 #include "app/shell/section_icons.h"
 #include "app/shell/tray_icon_renderer.h"
 #include "app/shell/tray_panel.h"
@@ -21,7 +22,7 @@ TrayItem::TrayItem(AppModels& models, QObject* parent) : QObject(parent), models
     connect(open, &QAction::triggered, this, &TrayItem::openWindowRequested);
     auto* go = menu_->addMenu(tr("Go To"));
     for (const auto& s : allSections()) {
-        auto* action = go->addAction(sectionIcon(s.section), menuText(toQString(s.title)));
+        auto* action = addSectionAction(go, s.section);
         connect(action, &QAction::triggered, this, [this, section = s.section] {
             models_.navigator().select(section);
             emit openWindowRequested();

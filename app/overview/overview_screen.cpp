@@ -219,9 +219,6 @@ void OverviewScreen::renderJunk() {
 }
 
 void OverviewScreen::render() {
-    while (rows_->rowCount() > 0) {
-        rows_->removeRow(0);
-    }
     renderJunk();
     if (!model_.hasSummary()) {
         disk_->setValue(QStringLiteral("—"), tr("Measuring…"));
@@ -247,17 +244,22 @@ void OverviewScreen::render() {
         memory_->setValue(QStringLiteral("—"), tr("The system does not report it."));
         memory_->setFraction(std::nullopt);
     }
+    // The rows are made once and their words changed after, so the card's height follows them.
     for (const auto& row : describe(s)) {
         if (row.label == QLatin1String("Memory") || row.label == QLatin1String("Home disk")) {
             continue; // the cards above show them
         }
-        auto* value = new QLabel(row.value);
-        value->setWordWrap(true);
-        value->setTextInteractionFlags(Qt::TextSelectableByMouse);
-        value->setAccessibleName(row.label);
-        auto* label = new QLabel(row.label);
-        setTextStyle(label, TextStyle::Secondary);
-        rows_->addRow(label, value);
+        QLabel*& value = machineRows_[row.label];
+        if (value == nullptr) {
+            value = new QLabel(this);
+            value->setWordWrap(true);
+            value->setTextInteractionFlags(Qt::TextSelectableByMouse);
+            value->setAccessibleName(row.label);
+            auto* label = new QLabel(row.label, this);
+            setTextStyle(label, TextStyle::Secondary);
+            rows_->addRow(label, value);
+        }
+        value->setText(row.value);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QTimer>
 #include <QWidget>
+#include <map>
 
 class QFormLayout;
 class QLabel;
@@ -52,6 +53,7 @@ private:
     StatCard* memory_ = nullptr;
     StatCard* junk_ = nullptr;
     QFormLayout* rows_ = nullptr;
+    std::map<QString, QLabel*> machineRows_; // by the row's label
     QLabel* state_ = nullptr;
     QPushButton* refresh_ = nullptr;
     QTimer tick_;

@@ -116,6 +116,10 @@ KeepAwakeScreen::KeepAwakeScreen(KeepAwakeController& controller, KeyboardLock& 
     schedules_->setMinimumHeight(90);
     schedules_->setMaximumHeight(160);
     scheduleLayout->addWidget(schedules_);
+    noSchedules_ = note(scheduleBox, QStringLiteral("noSchedules"));
+    noSchedules_->setText(tr("No schedules yet: add one and Tarvik keeps the computer awake in "
+                             "its window every week."));
+    scheduleLayout->addWidget(noSchedules_);
     schedulesError_ = warning(scheduleBox, QStringLiteral("schedulesError"));
     scheduleLayout->addWidget(schedulesError_);
     auto* scheduleButtons = new QHBoxLayout();
@@ -281,6 +285,10 @@ void KeepAwakeScreen::refreshSchedules() {
     }
     schedules_->resizeColumnToContents(0);
     schedules_->resizeColumnToContents(1);
+    // An empty table says nothing; a sentence says what the list is for.
+    const bool none = controller_.schedules().empty();
+    schedules_->setVisible(!none);
+    noSchedules_->setVisible(none);
     if (current >= 0 && current < schedules_->topLevelItemCount()) {
         schedules_->setCurrentItem(schedules_->topLevelItem(current));
     }

@@ -36,6 +36,7 @@ private:
     QLabel* lidDescription_;
     QLabel* lidError_;
     QTreeWidget* schedules_;
+    QLabel* noSchedules_;
     QLabel* schedulesError_;
     QPushButton* edit_;
     QPushButton* remove_;

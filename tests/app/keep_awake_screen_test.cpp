@@ -128,6 +128,9 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
     AppModels models(withoutLogind(home));
     KeepAwakeScreen screen(models.keepAwake(), models.keyboardLock());
     auto* list = child<QTreeWidget>(screen, "scheduleList");
+    // No schedules: a sentence instead of an empty table.
+    EXPECT_TRUE(list->isHidden());
+    EXPECT_FALSE(child<QLabel>(screen, "noSchedules")->isHidden());
 
     ScheduleEditor* editor = openEditor(screen, "addSchedule");
     ASSERT_NE(editor, nullptr);
@@ -150,6 +153,8 @@ TEST(KeepAwakeScreen, SchedulesAreEditedCheckedStoredAndRemoved) {
     QCoreApplication::processEvents(); // the list is rebuilt after the change
 
     ASSERT_EQ(list->topLevelItemCount(), 1);
+    EXPECT_FALSE(list->isHidden());
+    EXPECT_TRUE(child<QLabel>(screen, "noSchedules")->isHidden());
     EXPECT_EQ(list->topLevelItem(0)->text(0), "Late render");
     EXPECT_EQ(list->topLevelItem(0)->text(1), "Sun");
     EXPECT_TRUE(list->topLevelItem(0)->text(2).contains("Ends the next day."));

@@ -67,10 +67,16 @@ void SidebarDelegate::paint(QPainter* p, const QStyleOptionViewItem& option,
         p->setBrush(pal.color(QPalette::Midlight));
         p->drawRoundedRect(pill, 7, 7);
     }
-    if (option.state & QStyle::State_HasFocus && !selected) {
-        p->setPen(QPen(pal.color(QPalette::Highlight), 1.5));
+    // Keyboard focus shows as a ring, on the selected row too.
+    if (option.state & QStyle::State_HasFocus) {
+        QColor ring =
+            selected ? pal.color(QPalette::HighlightedText) : pal.color(QPalette::Highlight);
+        if (selected) {
+            ring.setAlpha(190);
+        }
+        p->setPen(QPen(ring, 1.5));
         p->setBrush(Qt::NoBrush);
-        p->drawRoundedRect(pill.adjusted(0.75, 0.75, -0.75, -0.75), 7, 7);
+        p->drawRoundedRect(pill.adjusted(1.5, 1.5, -1.5, -1.5), 6, 6);
     }
 
     const QColor ink = selected    ? pal.color(QPalette::HighlightedText)

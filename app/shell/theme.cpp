@@ -4,6 +4,7 @@
 #include <QStyle>
 #include <QStyleFactory>
 #include <QWidget>
+#include <array>
 
 namespace tarvik {
 
@@ -84,6 +85,39 @@ bool isDark(const QPalette& palette) {
            palette.color(QPalette::WindowText).lightness();
 }
 
+namespace {
+
+// One role's colours: enabled and disabled, in the light palette and in the dark one.
+struct RoleColours {
+    QPalette::ColorRole role;
+    QRgb light;
+    QRgb lightDisabled;
+    QRgb dark;
+    QRgb darkDisabled;
+};
+
+constexpr std::array<RoleColours, 17> kRoles{{
+    {QPalette::Window, 0xf4f4f6, 0xf4f4f6, 0x242427, 0x242427},
+    {QPalette::WindowText, 0x1f1f22, 0xa0a0ab, 0xeaeaea, 0x767679},
+    {QPalette::Base, 0xffffff, 0xf7f7f8, 0x2e2e32, 0x2a2a2d},
+    {QPalette::AlternateBase, 0xf6f6f8, 0xf2f2f4, 0x343438, 0x2e2e32},
+    {QPalette::Text, 0x1f1f22, 0xa0a0ab, 0xeaeaea, 0x767679},
+    {QPalette::Button, 0xfbfbfc, 0xf0f0f2, 0x3a3a3f, 0x303034},
+    {QPalette::ButtonText, 0x1f1f22, 0xa0a0ab, 0xeaeaea, 0x767679},
+    {QPalette::PlaceholderText, 0x6b6b72, 0xa0a0ab, 0x9a9a9e, 0x767679},
+    {QPalette::ToolTipBase, 0xffffff, 0xffffff, 0x3a3a3f, 0x3a3a3f},
+    {QPalette::ToolTipText, 0x1f1f22, 0x1f1f22, 0xeaeaea, 0xeaeaea},
+    {QPalette::Light, 0xffffff, 0xffffff, 0x4a4a50, 0x404045},
+    {QPalette::Midlight, 0xe8e8ec, 0xe8e8ec, 0x404045, 0x38383c},
+    {QPalette::Mid, 0xd4d4da, 0xdcdce0, 0x48484e, 0x404045},
+    {QPalette::Dark, 0xa0a0a8, 0xb0b0b6, 0x18181a, 0x18181a},
+    {QPalette::Shadow, 0x606066, 0x707076, 0x0a0a0b, 0x0a0a0b},
+    {QPalette::BrightText, 0xffffff, 0xffffff, 0xffffff, 0xffffff},
+    {QPalette::HighlightedText, 0xffffff, 0x6b6b72, 0xffffff, 0x9a9a9e},
+}};
+
+} // namespace
+
 QPalette themePalette(bool dark, QColor accent) {
     if (!accent.isValid()) {
         accent = QColor(0x35, 0x84, 0xe4);
@@ -94,52 +128,15 @@ QPalette themePalette(bool dark, QColor accent) {
         p.setColor(QPalette::Inactive, role, active);
         p.setColor(QPalette::Disabled, role, disabled);
     };
-    if (dark) {
-        const QColor text(0xea, 0xea, 0xea);
-        const QColor muted(0x9a, 0x9a, 0x9e);
-        set(QPalette::Window, QColor(0x24, 0x24, 0x27), QColor(0x24, 0x24, 0x27));
-        set(QPalette::WindowText, text, muted.darker(130));
-        set(QPalette::Base, QColor(0x2e, 0x2e, 0x32), QColor(0x2a, 0x2a, 0x2d));
-        set(QPalette::AlternateBase, QColor(0x34, 0x34, 0x38), QColor(0x2e, 0x2e, 0x32));
-        set(QPalette::Text, text, muted.darker(130));
-        set(QPalette::Button, QColor(0x3a, 0x3a, 0x3f), QColor(0x30, 0x30, 0x34));
-        set(QPalette::ButtonText, text, muted.darker(130));
-        set(QPalette::PlaceholderText, muted, muted.darker(130));
-        set(QPalette::ToolTipBase, QColor(0x3a, 0x3a, 0x3f), QColor(0x3a, 0x3a, 0x3f));
-        set(QPalette::ToolTipText, text, text);
-        set(QPalette::Light, QColor(0x4a, 0x4a, 0x50), QColor(0x40, 0x40, 0x45));
-        set(QPalette::Midlight, QColor(0x40, 0x40, 0x45), QColor(0x38, 0x38, 0x3c));
-        set(QPalette::Mid, QColor(0x48, 0x48, 0x4e), QColor(0x40, 0x40, 0x45));
-        set(QPalette::Dark, QColor(0x18, 0x18, 0x1a), QColor(0x18, 0x18, 0x1a));
-        set(QPalette::Shadow, QColor(0x0a, 0x0a, 0x0b), QColor(0x0a, 0x0a, 0x0b));
-        set(QPalette::BrightText, QColor(0xff, 0xff, 0xff), QColor(0xff, 0xff, 0xff));
-        set(QPalette::Link, accent.lighter(135), muted);
-        set(QPalette::LinkVisited, accent.lighter(120), muted);
-    } else {
-        const QColor text(0x1f, 0x1f, 0x22);
-        const QColor muted(0x6b, 0x6b, 0x72);
-        set(QPalette::Window, QColor(0xf4, 0xf4, 0xf6), QColor(0xf4, 0xf4, 0xf6));
-        set(QPalette::WindowText, text, muted.lighter(150));
-        set(QPalette::Base, QColor(0xff, 0xff, 0xff), QColor(0xf7, 0xf7, 0xf8));
-        set(QPalette::AlternateBase, QColor(0xf6, 0xf6, 0xf8), QColor(0xf2, 0xf2, 0xf4));
-        set(QPalette::Text, text, muted.lighter(150));
-        set(QPalette::Button, QColor(0xfb, 0xfb, 0xfc), QColor(0xf0, 0xf0, 0xf2));
-        set(QPalette::ButtonText, text, muted.lighter(150));
-        set(QPalette::PlaceholderText, muted, muted.lighter(150));
-        set(QPalette::ToolTipBase, QColor(0xff, 0xff, 0xff), QColor(0xff, 0xff, 0xff));
-        set(QPalette::ToolTipText, text, text);
-        set(QPalette::Light, QColor(0xff, 0xff, 0xff), QColor(0xff, 0xff, 0xff));
-        set(QPalette::Midlight, QColor(0xe8, 0xe8, 0xec), QColor(0xe8, 0xe8, 0xec));
-        set(QPalette::Mid, QColor(0xd4, 0xd4, 0xda), QColor(0xdc, 0xdc, 0xe0));
-        set(QPalette::Dark, QColor(0xa0, 0xa0, 0xa8), QColor(0xb0, 0xb0, 0xb6));
-        set(QPalette::Shadow, QColor(0x60, 0x60, 0x66), QColor(0x70, 0x70, 0x76));
-        set(QPalette::BrightText, QColor(0xff, 0xff, 0xff), QColor(0xff, 0xff, 0xff));
-        set(QPalette::Link, accent.darker(115), muted);
-        set(QPalette::LinkVisited, accent.darker(135), muted);
+    for (const RoleColours& r : kRoles) {
+        set(r.role, QColor(dark ? r.dark : r.light),
+            QColor(dark ? r.darkDisabled : r.lightDisabled));
     }
-    set(QPalette::Highlight, accent, dark ? QColor(0x44, 0x44, 0x4a) : QColor(0xd8, 0xd8, 0xdd));
-    set(QPalette::HighlightedText, QColor(0xff, 0xff, 0xff),
-        dark ? QColor(0x9a, 0x9a, 0x9e) : QColor(0x6b, 0x6b, 0x72));
+    const QColor muted(dark ? 0x9a9a9e : 0x6b6b72);
+    // Links and the selection take the desktop's accent, lightened on dark windows.
+    set(QPalette::Link, dark ? accent.lighter(135) : accent.darker(115), muted);
+    set(QPalette::LinkVisited, dark ? accent.lighter(120) : accent.darker(135), muted);
+    set(QPalette::Highlight, accent, QColor(dark ? 0x44444a : 0xd8d8dd));
     // An unfocused window keeps its selection legible, only calmer.
     p.setColor(QPalette::Inactive, QPalette::Highlight,
                dark ? accent.darker(140) : accent.lighter(140));

@@ -106,19 +106,21 @@ void AgentsModel::startFetch(AgentProvider provider, std::optional<QString> key)
     if (!job) {
         job = std::make_unique<BackgroundJob<Outcome>>(
             this, std::function<void(const double&)>{},
-            [this, provider](Outcome outcome) { finishFetch(provider, std::move(outcome)); });
+            [this, provider](Outcome outcome) { finishFetch(provider, std::move(outcome)); },
+            JobThread::Own);
     }
     if (job->isRunning()) {
         // Asked again while a request is out (a new key, a refresh): it goes once this one ends.
         again_[provider] = key;
         return;
     }
-    job->start([provider, key](JobContext<double>&) -> Outcome {
+    job->start([provider, key](JobContext<double>& context) -> Outcome {
         try {
             AgentUsageClient::Options options;
             options.pastedKey = [key](AgentProvider) {
                 return key;
             };
+            options.cancel = context.cancelFlag();
             AgentUsageClient client(options);
             return client.fetch(provider, QDateTime::currentDateTimeUtc());
         } catch (const AgentUsageError& e) {

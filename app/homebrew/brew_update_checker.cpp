@@ -16,17 +16,20 @@ constexpr const char* kLastCheckKey = "homebrewLastCheck";
 BrewUpdateChecker::BrewUpdateChecker(Preferences& preferences, std::shared_ptr<BrewRunner> runner,
                                      QObject* parent)
     : QObject(parent), prefs_(preferences), runner_(std::move(runner)),
-      job_(this, {}, [this](int found) {
-          if (found < 0) {
-              return; // no Homebrew, or it failed: try again at the next interval
-          }
-          if (found > count_ && found > 0) {
-              notifyDesktop(tr("Homebrew updates"),
-                            found == 1 ? tr("1 package can be upgraded.")
-                                       : tr("%1 packages can be upgraded.").arg(found));
-          }
-          setOutdatedCount(found);
-      }) {
+      job_(
+          this, {},
+          [this](int found) {
+              if (found < 0) {
+                  return; // no Homebrew, or it failed: try again at the next interval
+              }
+              if (found > count_ && found > 0) {
+                  notifyDesktop(tr("Homebrew updates"),
+                                found == 1 ? tr("1 package can be upgraded.")
+                                           : tr("%1 packages can be upgraded.").arg(found));
+              }
+              setOutdatedCount(found);
+          },
+          JobThread::Own) {
     // Every ten minutes it looks whether a check is due; the interval itself is the setting's.
     timer_.setInterval(10 * 60 * 1000);
     connect(&timer_, &QTimer::timeout, this, &BrewUpdateChecker::checkIfDue);

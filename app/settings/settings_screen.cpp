@@ -42,11 +42,14 @@ QLabel* noteLabel(const QString& text, QWidget* parent) {
 
 SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, QWidget* parent)
     : QWidget(parent), prefs_(preferences), loginItem_(loginItem),
-      permissionJob_(this, {}, [this](PermissionStatuses statuses) {
-          for (auto& [p, label] : permissionStatus_) {
-              label->setText(statusText(statuses[p]));
-          }
-      }) {
+      permissionJob_(
+          this, {},
+          [this](PermissionStatuses statuses) {
+              for (auto& [p, label] : permissionStatus_) {
+                  label->setText(statusText(statuses[p]));
+              }
+          },
+          JobThread::Own) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(24, 20, 24, 20);
     layout->addWidget(

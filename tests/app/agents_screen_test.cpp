@@ -4,8 +4,8 @@
 #include "app/agents/limit_bar.h"
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
+#include "tests/support/agent_services.h"
 #include "tests/support/app_options.h"
-#include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"
 
@@ -23,37 +23,9 @@ using namespace tarvik;
 using tarvik::test::optionsIn;
 using tarvik::test::writeFile;
 
-namespace {
-
-// Points the services at a local server for the life of the object.
-struct LocalServices {
-    test::ScriptedServer server;
-    std::vector<QByteArray> names = {"TARVIK_CLAUDE_API", "TARVIK_CODEX_API", "TARVIK_COPILOT_API",
-                                     "TARVIK_OPENROUTER_API", "DBUS_SESSION_BUS_ADDRESS"};
-    std::map<QByteArray, QByteArray> saved;
-    LocalServices() {
-        for (const auto& n : names) {
-            saved[n] = qgetenv(n.constData());
-            qputenv(n.constData(), server.url().toString().toUtf8());
-        }
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); // no keyring here
-    }
-    ~LocalServices() {
-        for (const auto& [n, v] : saved) {
-            if (v.isEmpty()) {
-                qunsetenv(n.constData());
-            } else {
-                qputenv(n.constData(), v);
-            }
-        }
-    }
-};
-
-} // namespace
-
 TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     test::TempHome home;
-    LocalServices services;
+    test::AgentServices services;
     writeFile(home.path() + "/.claude/.credentials.json",
               R"({"claudeAiOauth":{"accessToken":"tok","rateLimitTier":"default_claude_max_5x"}})");
     const QString resets = QDateTime::currentDateTimeUtc().addSecs(9000).toString(Qt::ISODate);
@@ -134,7 +106,7 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
 
 TEST(AgentsScreen, SpendFromTheLocalLogsByPeriod) {
     test::TempHome home;
-    LocalServices services;
+    test::AgentServices services;
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
     writeFile(home.path() + "/.claude/projects/p/s.jsonl",
               QString(R"({"timestamp":"%1","requestId":"r","message":{"id":"m",)"

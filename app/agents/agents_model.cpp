@@ -19,8 +19,10 @@ SecretStore keyring() {
 
 AgentsModel::AgentsModel(Preferences& preferences, QObject* parent)
     : QObject(parent), prefs_(preferences), spendJob_(this, {}, [this](Spend s) {
-          if (s.period != period_) {
-              loadSpend(); // the period changed while this one was read: the newer one wins
+          if (s.period != period_ || spendAgain_) {
+              // The period changed, or the logs were asked for again, while this was read: it
+              // may be missing what was logged since it began.
+              loadSpend();
               return;
           }
           spend_ = std::move(s.summary);
@@ -230,13 +232,14 @@ void AgentsModel::setPeriod(UsagePeriod period) {
 }
 
 void AgentsModel::loadSpend() {
-    // While a reading runs, it is compared with the period when it ends.
-    if (spendJob_.start([period = period_](JobContext<double>&) {
-            const QDateTime now = QDateTime::currentDateTime();
-            const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
-            return Spend{period, UsageSummary::of(found.events, period, now),
-                         DailySpend::series(found.events, period, now), found.skippedLines};
-        })) {
+    // Asked while a reading runs: another follows it.
+    spendAgain_ = !spendJob_.start([period = period_](JobContext<double>&) {
+        const QDateTime now = QDateTime::currentDateTime();
+        const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
+        return Spend{period, UsageSummary::of(found.events, period, now),
+                     DailySpend::series(found.events, period, now), found.skippedLines};
+    });
+    if (!spendAgain_) {
         emit spendChanged();
     }
 }

@@ -2,6 +2,7 @@
 
 #include "app/agents/agents_model.h"
 #include "app/agents/limit_bar.h"
+#include "app/agents/spend_chart.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/agents/limits/agent_usage_report.h"
@@ -73,13 +74,17 @@ AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent
     spend->addLayout(top);
     modelLines_ = new QVBoxLayout();
     spend->addLayout(modelLines_);
-    chart_ = new DailySpendChart(spendBox);
+    chart_ = new SpendChart(spendBox);
     chart_->setObjectName(QStringLiteral("spendChart"));
     spend->addWidget(chart_);
     layout->addWidget(spendBox);
     layout->addStretch(1);
 
-    connect(refresh_, &QPushButton::clicked, &model_, &AgentsModel::refresh);
+    // The limits from the services, and the spend from the logs, which grow as the agents work.
+    connect(refresh_, &QPushButton::clicked, this, [this] {
+        model_.refresh();
+        model_.loadSpend();
+    });
     connect(period_, &QComboBox::currentIndexChanged, this,
             [this] { model_.setPeriod(static_cast<UsagePeriod>(period_->currentData().toInt())); });
     // Queued: a card's own button may be what changed the cards, and it must not be deleted
@@ -272,12 +277,13 @@ void AgentsScreen::renderSpend() {
     }
     if (model_.isSpendLoading() && !s) {
         total_->setText(tr("Reading the logs…"));
-        chart_->setValues({});
+        chart_->hide();
         return;
     }
     if (!s || s->models.empty()) {
-        total_->setText(tr("No usage recorded for this period"));
-        chart_->setValues({});
+        total_->clear();
+        chart_->showEmpty(UsageFormat::noUsage(model_.period()));
+        chart_->show();
         return;
     }
     total_->setText(
@@ -293,13 +299,9 @@ void AgentsScreen::renderSpend() {
         row->setObjectName(QStringLiteral("modelLine"));
         modelLines_->addWidget(row);
     }
-    std::vector<std::pair<QString, double>> days;
-    for (const DailySpend& d : model_.days()) {
-        days.emplace_back(QLocale().toString(d.day, QLocale::ShortFormat), d.cost);
-    }
     // One day is no series: the chart shows from two days on.
-    chart_->setVisible(days.size() > 1);
-    chart_->setValues(std::move(days));
+    chart_->setDays(model_.days());
+    chart_->setVisible(model_.days().size() > 1);
 }
 
 } // namespace tarvik

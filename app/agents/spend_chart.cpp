@@ -1,5 +1,6 @@
 #include "app/agents/spend_chart.h"
 
+#include "app/shell/quiet_label.h"
 #include "core/agents/spend/usage_format.h"
 
 #include <QBarSeries>
@@ -38,10 +39,8 @@ SpendChart::SpendChart(QWidget* parent) : QWidget(parent) {
     view_->setRenderHint(QPainter::Antialiasing);
     view_->setMinimumHeight(180);
     view_->setAccessibleName(tr("Spend per day"));
-    empty_ = new QLabel(this);
+    empty_ = quietLabel(QString(), this);
     empty_->setObjectName(QStringLiteral("spendEmpty"));
-    empty_->setWordWrap(true);
-    empty_->setForegroundRole(QPalette::PlaceholderText);
     empty_->hide();
     layout->addWidget(view_);
     layout->addWidget(empty_);

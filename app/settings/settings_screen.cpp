@@ -1,5 +1,6 @@
 #include "app/settings/settings_screen.h"
 
+#include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "app/shell/tray_item.h"
@@ -31,10 +32,8 @@ namespace tarvik {
 namespace {
 
 QLabel* noteLabel(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    label->setContentsMargins(24, 0, 0, 4);
+    QLabel* label = quietLabel(text, parent);
+    label->setContentsMargins(24, 0, 0, 4); // under the control it is about
     return label;
 }
 

@@ -172,7 +172,7 @@ int runCost(const std::string& periodName, bool json) {
         printLine(note);
     }
     if (summary.models.empty()) {
-        printLine(QStringLiteral("No usage recorded for this period"));
+        printLine(UsageFormat::noUsage(period));
         return kExitOk;
     }
     printLine(QStringLiteral("%1: %2 · %3 tokens")

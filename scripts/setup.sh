@@ -8,7 +8,8 @@ packages=(
   # toolchain
   build-essential cmake ninja-build pkg-config ccache git file dpkg-dev
   # libraries
-  qt6-base-dev qt6-base-dev-tools qt6-charts-dev qt6-svg-dev qt6-qpa-plugins
+  # (Qt Charts' CMake files need Qt OpenGL's, which qt6-charts-dev doesn't pull in)
+  qt6-base-dev qt6-base-dev-tools qt6-charts-dev libqt6opengl6-dev qt6-svg-dev qt6-qpa-plugins
   qt6-image-formats-plugins libgl-dev libxkbcommon-dev
   qcoro-qt6-dev libcli11-dev qtkeychain-qt6-dev libsimdjson-dev libevdev-dev libssl-dev
   # tests and benchmarks

@@ -19,8 +19,10 @@ SecretStore keyring() {
 
 AgentsModel::AgentsModel(Preferences& preferences, QObject* parent)
     : QObject(parent), prefs_(preferences), spendJob_(this, {}, [this](Spend s) {
-          if (s.period != period_) {
-              loadSpend(); // the period changed while this one was read: the newer one wins
+          if (s.period != period_ || spendAgain_) {
+              // The period changed, or the logs were asked for again, while this was read: it
+              // may be missing what was logged since it began.
+              loadSpend();
               return;
           }
           spend_ = std::move(s.summary);
@@ -106,19 +108,21 @@ void AgentsModel::startFetch(AgentProvider provider, std::optional<QString> key)
     if (!job) {
         job = std::make_unique<BackgroundJob<Outcome>>(
             this, std::function<void(const double&)>{},
-            [this, provider](Outcome outcome) { finishFetch(provider, std::move(outcome)); });
+            [this, provider](Outcome outcome) { finishFetch(provider, std::move(outcome)); },
+            JobThread::Own);
     }
     if (job->isRunning()) {
         // Asked again while a request is out (a new key, a refresh): it goes once this one ends.
         again_[provider] = key;
         return;
     }
-    job->start([provider, key](JobContext<double>&) -> Outcome {
+    job->start([provider, key](JobContext<double>& context) -> Outcome {
         try {
             AgentUsageClient::Options options;
             options.pastedKey = [key](AgentProvider) {
                 return key;
             };
+            options.cancel = context.cancelFlag();
             AgentUsageClient client(options);
             return client.fetch(provider, QDateTime::currentDateTimeUtc());
         } catch (const AgentUsageError& e) {
@@ -228,13 +232,14 @@ void AgentsModel::setPeriod(UsagePeriod period) {
 }
 
 void AgentsModel::loadSpend() {
-    // While a reading runs, it is compared with the period when it ends.
-    if (spendJob_.start([period = period_](JobContext<double>&) {
-            const QDateTime now = QDateTime::currentDateTime();
-            const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
-            return Spend{period, UsageSummary::of(found.events, period, now),
-                         DailySpend::series(found.events, period, now), found.skippedLines};
-        })) {
+    // Asked while a reading runs: another follows it.
+    spendAgain_ = !spendJob_.start([period = period_](JobContext<double>&) {
+        const QDateTime now = QDateTime::currentDateTime();
+        const LocalUsageLogs::Found found = LocalUsageLogs::read(interval(period, now).start);
+        return Spend{period, UsageSummary::of(found.events, period, now),
+                     DailySpend::series(found.events, period, now), found.skippedLines};
+    });
+    if (!spendAgain_) {
         emit spendChanged();
     }
 }

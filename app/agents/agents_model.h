@@ -55,7 +55,8 @@ public:
 
     UsagePeriod period() const { return period_; }
     void setPeriod(UsagePeriod period);
-    // Reads the logs again for the current period, off the interface thread.
+    // Reads the logs again for the current period, off the interface thread; asked while a
+    // reading runs, it reads them once more when that one ends.
     void loadSpend();
     bool isSpendLoading() const { return spendJob_.isRunning(); }
     const std::optional<UsageSummary>& spend() const { return spend_; }
@@ -92,6 +93,7 @@ private:
         std::int64_t skippedLines = 0;
     };
     BackgroundJob<Spend> spendJob_;
+    bool spendAgain_ = false;
     std::optional<UsageSummary> spend_;
     std::vector<DailySpend> days_;
     std::int64_t skippedLines_ = 0;

@@ -2,6 +2,8 @@
 
 #include "app/agents/agents_model.h"
 #include "app/agents/limit_bar.h"
+#include "app/agents/spend_chart.h"
+#include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "core/agents/limits/agent_usage_report.h"
@@ -23,16 +25,6 @@
 #include <QVBoxLayout>
 
 namespace tarvik {
-namespace {
-
-QLabel* quiet(const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setForegroundRole(QPalette::PlaceholderText);
-    l->setWordWrap(true);
-    return l;
-}
-
-} // namespace
 
 AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
@@ -55,7 +47,7 @@ AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent
 
     auto* spendBox = new QGroupBox(tr("Spend"), this);
     auto* spend = new QVBoxLayout(spendBox);
-    spend->addWidget(quiet(QString::fromLatin1(kSpendBasis), spendBox));
+    spend->addWidget(quietLabel(QString::fromLatin1(kSpendBasis), spendBox));
     auto* top = new QHBoxLayout();
     period_ = new QComboBox(spendBox);
     period_->setObjectName(QStringLiteral("spendPeriod"));
@@ -73,13 +65,17 @@ AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent
     spend->addLayout(top);
     modelLines_ = new QVBoxLayout();
     spend->addLayout(modelLines_);
-    chart_ = new DailySpendChart(spendBox);
+    chart_ = new SpendChart(spendBox);
     chart_->setObjectName(QStringLiteral("spendChart"));
     spend->addWidget(chart_);
     layout->addWidget(spendBox);
     layout->addStretch(1);
 
-    connect(refresh_, &QPushButton::clicked, &model_, &AgentsModel::refresh);
+    // The limits from the services, and the spend from the logs, which grow as the agents work.
+    connect(refresh_, &QPushButton::clicked, this, [this] {
+        model_.refresh();
+        model_.loadSpend();
+    });
     connect(period_, &QComboBox::currentIndexChanged, this,
             [this] { model_.setPeriod(static_cast<UsagePeriod>(period_->currentData().toInt())); });
     // Queued: a card's own button may be what changed the cards, and it must not be deleted
@@ -147,7 +143,7 @@ QWidget* AgentsScreen::buildCard(int index) {
     auto* v = new QVBoxLayout(box);
 
     auto* head = new QHBoxLayout();
-    head->addWidget(quiet(source(c.provider), box), 1);
+    head->addWidget(quietLabel(source(c.provider), box), 1);
     auto* enabled = new QCheckBox(tr("Show"), box);
     enabled->setObjectName(QStringLiteral("enable_") + key);
     enabled->setChecked(c.enabled);
@@ -176,7 +172,7 @@ QWidget* AgentsScreen::buildCard(int index) {
         return box;
     }
     if (c.loading && !c.report && !c.error) {
-        v->addWidget(quiet(tr("Fetching…"), box));
+        v->addWidget(quietLabel(tr("Fetching…"), box));
     }
     if (c.error) {
         auto* error = new QLabel(c.error->message(), box);
@@ -205,18 +201,18 @@ QWidget* AgentsScreen::buildCard(int index) {
             bar->setAccessibleName(l.title + QStringLiteral(": ") + percentUsed(l.used));
             grid->addWidget(new QLabel(l.title, box), row, 0);
             grid->addWidget(bar, row, 1);
-            grid->addWidget(quiet(words.limits[i].text, box), row, 2);
+            grid->addWidget(quietLabel(words.limits[i].text, box), row, 2);
             ++row;
         }
         for (const ReportWords::Line& credit : words.credits) {
             grid->addWidget(new QLabel(credit.title, box), row, 0);
-            grid->addWidget(quiet(credit.text, box), row, 1, 1, 2);
+            grid->addWidget(quietLabel(credit.text, box), row, 1, 1, 2);
             ++row;
         }
         grid->setColumnStretch(1, 1);
         v->addLayout(grid);
         for (const QString& note : r.notes) {
-            v->addWidget(quiet(note, box));
+            v->addWidget(quietLabel(note, box));
         }
     }
 
@@ -272,12 +268,13 @@ void AgentsScreen::renderSpend() {
     }
     if (model_.isSpendLoading() && !s) {
         total_->setText(tr("Reading the logs…"));
-        chart_->setValues({});
+        chart_->hide();
         return;
     }
     if (!s || s->models.empty()) {
-        total_->setText(tr("No usage recorded for this period"));
-        chart_->setValues({});
+        total_->clear();
+        chart_->showEmpty(UsageFormat::noUsage(model_.period()));
+        chart_->show();
         return;
     }
     total_->setText(
@@ -293,13 +290,9 @@ void AgentsScreen::renderSpend() {
         row->setObjectName(QStringLiteral("modelLine"));
         modelLines_->addWidget(row);
     }
-    std::vector<std::pair<QString, double>> days;
-    for (const DailySpend& d : model_.days()) {
-        days.emplace_back(QLocale().toString(d.day, QLocale::ShortFormat), d.cost);
-    }
     // One day is no series: the chart shows from two days on.
-    chart_->setVisible(days.size() > 1);
-    chart_->setValues(std::move(days));
+    chart_->setDays(model_.days());
+    chart_->setVisible(model_.days().size() > 1);
 }
 
 } // namespace tarvik

@@ -38,7 +38,7 @@ private:
     QComboBox* period_ = nullptr;
     QLabel* total_ = nullptr;
     QVBoxLayout* modelLines_ = nullptr;
-    class DailySpendChart* chart_ = nullptr;
+    class SpendChart* chart_ = nullptr;
     QTimer clock_; // reset countdowns tick between fetches
     bool holding_ = false;
 };

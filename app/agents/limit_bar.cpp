@@ -52,44 +52,4 @@ void LimitBar::paintEvent(QPaintEvent*) {
     }
 }
 
-DailySpendChart::DailySpendChart(QWidget* parent) : QWidget(parent) {
-    setMinimumHeight(70);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-}
-
-void DailySpendChart::setValues(std::vector<std::pair<QString, double>> days) {
-    days_ = std::move(days);
-    update();
-}
-
-void DailySpendChart::paintEvent(QPaintEvent*) {
-    if (days_.empty()) {
-        return;
-    }
-    QPainter p(this);
-    const double top = std::max(
-        0.01, std::max_element(days_.begin(), days_.end(), [](const auto& a, const auto& b) {
-                  return a.second < b.second;
-              })->second);
-    const int labelHeight = fontMetrics().height();
-    const QRectF area = QRectF(rect()).adjusted(0, 2, 0, -labelHeight - 2);
-    const double slot = area.width() / static_cast<double>(days_.size());
-    p.setPen(Qt::NoPen);
-    p.setBrush(palette().color(QPalette::Highlight));
-    for (std::size_t i = 0; i < days_.size(); ++i) {
-        const double h = area.height() * days_[i].second / top;
-        const double w = std::min(slot * 0.7, 28.0);
-        p.drawRect(QRectF(area.left() + slot * static_cast<double>(i) + (slot - w) / 2,
-                          area.bottom() - h, w, h));
-    }
-    // The first and last day name the range.
-    p.setPen(palette().color(QPalette::PlaceholderText));
-    p.drawText(QRectF(0, area.bottom() + 2, width() / 2.0, labelHeight), Qt::AlignLeft,
-               days_.front().first);
-    if (days_.size() > 1) {
-        p.drawText(QRectF(width() / 2.0, area.bottom() + 2, width() / 2.0, labelHeight),
-                   Qt::AlignRight, days_.back().first);
-    }
-}
-
 } // namespace tarvik

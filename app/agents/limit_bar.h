@@ -24,19 +24,4 @@ private:
     std::optional<double> pace_;
 };
 
-// Spend per day as bars, oldest on the left.
-class DailySpendChart : public QWidget {
-    Q_OBJECT
-public:
-    explicit DailySpendChart(QWidget* parent = nullptr);
-    void setValues(std::vector<std::pair<QString, double>> days); // label, dollars
-    QSize sizeHint() const override { return {360, 90}; }
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
-private:
-    std::vector<std::pair<QString, double>> days_;
-};
-
 } // namespace tarvik

@@ -3,6 +3,7 @@
 #include "app/awake/keyboard_lock.h"
 #include "app/awake/schedule_editor.h"
 #include "app/shell/card.h"
+#include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "app/shell/theme.h"
@@ -25,9 +26,7 @@ namespace tarvik {
 namespace {
 
 QLabel* note(QWidget* parent, const QString& name = {}) {
-    auto* l = new QLabel(parent);
-    l->setWordWrap(true);
-    l->setForegroundRole(QPalette::PlaceholderText);
+    QLabel* l = quietLabel(QString(), parent);
     l->setObjectName(name);
     return l;
 }

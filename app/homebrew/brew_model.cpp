@@ -13,16 +13,18 @@ namespace tarvik {
 
 BrewModel::BrewModel(Preferences& preferences, std::shared_ptr<BrewRunner> runner, QObject* parent)
     : QObject(parent), prefs_(preferences), runner_(std::move(runner)),
-      loadJob_(this, {},
-               [this](Loaded r) {
-                   notInstalled_ = r.missing;
-                   loadError_ = r.error;
-                   if (r.snapshot) {
-                       snapshot_ = std::move(r.snapshot);
-                   }
-                   environment_ = r.environment;
-                   emit changed();
-               }),
+      loadJob_(
+          this, {},
+          [this](Loaded r) {
+              notInstalled_ = r.missing;
+              loadError_ = r.error;
+              if (r.snapshot) {
+                  snapshot_ = std::move(r.snapshot);
+              }
+              environment_ = r.environment;
+              emit changed();
+          },
+          JobThread::Own),
       runJob_(
           this,
           [this](const RunProgress& p) {
@@ -46,13 +48,17 @@ BrewModel::BrewModel(Preferences& preferences, std::shared_ptr<BrewRunner> runne
               if (r.reload && r.ok) {
                   load();
               }
-          }),
-      searchJob_(this, {}, [this](Found f) {
-          emit searchFinished(f.query, f.result.formulae, f.result.casks, f.error);
-          if (nextQuery_) {
-              search(*std::exchange(nextQuery_, std::nullopt));
-          }
-      }) {}
+          },
+          JobThread::Own),
+      searchJob_(
+          this, {},
+          [this](Found f) {
+              emit searchFinished(f.query, f.result.formulae, f.result.casks, f.error);
+              if (nextQuery_) {
+                  search(*std::exchange(nextQuery_, std::nullopt));
+              }
+          },
+          JobThread::Own) {}
 
 BrewModel::~BrewModel() {
     // Stops the brew under way, so the jobs' waits are short.

@@ -17,16 +17,20 @@ constexpr const char* kLastCheckKey = "homebrewLastCheck";
 BrewUpdateChecker::BrewUpdateChecker(Preferences& preferences, std::shared_ptr<BrewRunner> runner,
                                      QObject* parent)
     : QObject(parent), prefs_(preferences), runner_(std::move(runner)),
-      job_(this, {}, [this](int found) {
-          if (found < 0) {
-              return; // no Homebrew, or it failed: try again at the next interval
-          }
-          if (found > count_ && found > 0) {
-              notifyDesktop(tr("Homebrew updates"),
-                            tr("%1 can be upgraded.").arg(countOf(found, u"package", u"packages")));
-          }
-          setOutdatedCount(found);
-      }) {
+      job_(
+          this, {},
+          [this](int found) {
+              if (found < 0) {
+                  return; // no Homebrew, or it failed: try again at the next interval
+              }
+              if (found > count_ && found > 0) {
+                  notifyDesktop(
+                      tr("Homebrew updates"),
+                      tr("%1 can be upgraded.").arg(countOf(found, u"package", u"packages")));
+              }
+              setOutdatedCount(found);
+          },
+          JobThread::Own) {
     // Every ten minutes it looks whether a check is due; the interval itself is the setting's.
     timer_.setInterval(10 * 60 * 1000);
     connect(&timer_, &QTimer::timeout, this, &BrewUpdateChecker::checkIfDue);

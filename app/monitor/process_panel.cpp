@@ -21,12 +21,15 @@ namespace tarvik {
 
 ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
     : QWidget(parent), monitor_(monitor), table_(new ProcessTableModel(this)),
-      quitJob_(this, {}, [this](QuitOutcome outcome) {
-          message_->setText(outcome == QuitOutcome::Ended
-                                ? tr("%1 has quit.").arg(quittingName_)
-                                : quitMessage(quittingName_, QuitRefusal::None, outcome));
-          selectionChanged();
-      }) {
+      quitJob_(
+          this, {},
+          [this](QuitOutcome outcome) {
+              message_->setText(outcome == QuitOutcome::Ended
+                                    ? tr("%1 has quit.").arg(quittingName_)
+                                    : quitMessage(quittingName_, QuitRefusal::None, outcome));
+              selectionChanged();
+          },
+          JobThread::Own) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
 

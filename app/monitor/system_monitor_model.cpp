@@ -17,24 +17,26 @@ SystemMonitorModel::SystemMonitorModel(Preferences& preferences, SamplerOptions 
                                        QObject* parent)
     : QObject(parent), prefs_(preferences),
       sampler_(std::make_unique<SystemSampler>(std::move(options))),
-      topology_(sampler_->topology()), job_(this, {}, [this](SystemReading reading) {
-          if (!running_) {
-              return; // stopped while sampling
-          }
-          if (sampleGeneration_ != generation_) {
-              sampleNow(); // stopped and started again while sampling: this one is stale
-              return;
-          }
-          apply(std::move(reading));
-          timer_.start(static_cast<int>(currentInterval() * 1000));
-      }) {
+      topology_(sampler_->topology()),
+      job_(
+          this, {},
+          [this](SystemReading reading) {
+              if (!running_) {
+                  return; // stopped while sampling
+              }
+              if (sampleGeneration_ != generation_) {
+                  sampleNow(); // stopped and started again while sampling: this one is stale
+                  return;
+              }
+              apply(std::move(reading));
+              timer_.start(static_cast<int>(currentInterval() * 1000));
+          },
+          JobThread::Own) {
     for (Metric m :
          {Metric::CPU, Metric::Memory, Metric::NetworkIn, Metric::NetworkOut, Metric::DiskRead,
           Metric::DiskWrite, Metric::GPU, Metric::Battery, Metric::Load}) {
         histories_.emplace(m, MetricHistory(m == Metric::CPU ? kCPUPoints : kChartPoints));
     }
-    pool_.setMaxThreadCount(1);
-    job_.setPool(&pool_);
     timer_.setSingleShot(true);
     connect(&timer_, &QTimer::timeout, this, &SystemMonitorModel::sampleNow);
     connect(&prefs_, &Preferences::changed, this, [this](const QString& key) {

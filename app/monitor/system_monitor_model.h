@@ -8,7 +8,6 @@
 #include "core/monitor/system_sampler.h"
 
 #include <QObject>
-#include <QThreadPool>
 #include <QTimer>
 #include <atomic>
 #include <map>
@@ -81,10 +80,9 @@ private:
     bool running_ = false;
     std::uint64_t generation_ = 0; // a stopped loop's sample in flight is not applied
     std::atomic<bool> resetRequested_ = false;
-    QThreadPool pool_; // one thread: the sampler's own serial queue
     QTimer timer_;
     std::uint64_t sampleGeneration_ = 0; // of the sample in flight
-    // After the sampler and the pool: going, it waits for its sample before they go.
+    // After the sampler: going, it waits for its sample before the sampler goes.
     BackgroundJob<SystemReading> job_;
     std::optional<SystemReading> latest_;
     SessionTotals totals_;

@@ -1,6 +1,7 @@
 #include "app/settings/settings_screen.h"
 
 #include "app/shell/card.h"
+#include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "app/shell/theme.h"
@@ -33,10 +34,8 @@ namespace tarvik {
 namespace {
 
 QLabel* noteLabel(const QString& text, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
-    label->setWordWrap(true);
-    setTextStyle(label, TextStyle::Secondary);
-    label->setContentsMargins(space::xl, 0, 0, space::xs);
+    QLabel* label = quietLabel(text, parent);
+    label->setContentsMargins(space::xl, 0, 0, space::xs); // under the control it is about
     return label;
 }
 
@@ -44,11 +43,14 @@ QLabel* noteLabel(const QString& text, QWidget* parent) {
 
 SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, QWidget* parent)
     : QWidget(parent), prefs_(preferences), loginItem_(loginItem),
-      permissionJob_(this, {}, [this](PermissionStatuses statuses) {
-          for (auto& [p, label] : permissionStatus_) {
-              label->setText(statusText(statuses[p]));
-          }
-      }) {
+      permissionJob_(
+          this, {},
+          [this](PermissionStatuses statuses) {
+              for (auto& [p, label] : permissionStatus_) {
+                  label->setText(statusText(statuses[p]));
+              }
+          },
+          JobThread::Own) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
     layout->setSpacing(space::m);

@@ -31,6 +31,12 @@ template <typename Progress> struct State {
 
 } // namespace job_detail
 
+// Where a job's work runs. The shared pool has a thread per core, and Qt draws images with it
+// too: work that waits on the network, a child process or a bus would hold those threads while
+// every other job, and the window's drawing, waited behind it. Such work runs on a thread of its
+// own, as does work that must keep its pace behind a long scan (the monitor's sampling).
+enum class JobThread { Shared, Own };
+
 // What a job's work is given: whether it was asked to stop, and where to report how far it got.
 template <typename Progress> class JobContext {
 public:
@@ -105,8 +111,12 @@ public:
 
     // `onProgress` may be empty for work that reports nothing.
     BackgroundJob(QObject* owner, std::function<void(const Progress&)> onProgress,
-                  std::function<void(Result)> onDone)
+                  std::function<void(Result)> onDone, JobThread thread = JobThread::Shared)
         : owner_(owner), onProgress_(std::move(onProgress)) {
+        if (thread == JobThread::Own) {
+            own_ = std::make_unique<QThreadPool>();
+            own_->setMaxThreadCount(1); // one run at a time; the thread ends when idle
+        }
         QObject::connect(&watcher_, &QFutureWatcher<Result>::finished, owner,
                          [this, onDone = std::move(onDone)] {
                              // A report still waiting is handed over before the result (a log's
@@ -149,14 +159,11 @@ public:
         auto run = [work = std::move(work), context]() mutable {
             return work(context);
         };
-        watcher_.setFuture(pool_ != nullptr ? QtConcurrent::run(pool_, std::move(run))
-                                            : QtConcurrent::run(std::move(run)));
+        watcher_.setFuture(own_ ? QtConcurrent::run(own_.get(), std::move(run))
+                                : QtConcurrent::run(std::move(run)));
         return true;
     }
     void cancel() { state_->cancel = true; }
-    // Runs the work on `pool` instead of the shared one: for work that must not wait behind a
-    // long scan, such as the monitor's sampling.
-    void setPool(QThreadPool* pool) { pool_ = pool; }
 
 private:
     QPointer<QObject> owner_;
@@ -165,7 +172,7 @@ private:
         std::make_shared<job_detail::State<Progress>>();
     bool cancelled_ = false;
     bool running_ = false;
-    QThreadPool* pool_ = nullptr;
+    std::unique_ptr<QThreadPool> own_;
     QFutureWatcher<Result> watcher_;
 };
 

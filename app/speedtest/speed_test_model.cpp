@@ -23,7 +23,8 @@ SpeedTestModel::SpeedTestModel(std::function<SpeedTestConfiguration()> configura
                                        }
                                        emit changed();
                                        emit finished();
-                                   }) {}
+                                   },
+                                   JobThread::Own) {}
 
 SpeedTestModel::~SpeedTestModel() = default;
 

@@ -1,6 +1,7 @@
 #include "app/speedtest/speed_test_screen.h"
 
 #include "app/monitor/sparkline.h"
+#include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/speedtest/speed_test_model.h"
 #include "core/sys/connection_label.h"
@@ -27,13 +28,11 @@ SpeedTestScreen::SpeedTestScreen(SpeedTestModel& model, QWidget* parent)
             "Measures download and upload speed, ping, jitter and how much latency rises "
             "when the line is busy"),
         this));
-    auto* note = new QLabel(tr("Tests against Cloudflare's speed test network, using 6 parallel "
-                               "connections for 10 seconds each way. A test on a fast line can use "
-                               "several hundred MB of data."),
-                            this);
-    note->setWordWrap(true);
-    note->setForegroundRole(QPalette::PlaceholderText);
-    layout->addWidget(note);
+    layout->addWidget(
+        quietLabel(tr("Tests against Cloudflare's speed test network, using 6 parallel "
+                      "connections for 10 seconds each way. A test on a fast line can use "
+                      "several hundred MB of data."),
+                   this));
 
     auto* top = new QHBoxLayout();
     where_ = new QLabel(this);

@@ -1,13 +1,13 @@
 #include "core/speedtest/speed_test_engine.h"
 
 #include "core/agents/limits/retry_after.h"
+#include "core/net/worker_wait.h"
 #include "core/sys/tcp_acked.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QHostInfo>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -23,56 +23,78 @@ namespace {
 
 struct Cancelled {};
 
-QNetworkRequest request(const QUrl& base, const QString& path) {
+// How long a request may go without a byte moving: a transfer, or a small request (the server's
+// details, a ping), which a server that can be reached answers in well under a second.
+constexpr int kTransferTimeoutMs = 60'000;
+constexpr int kAnswerTimeoutMs = 10'000;
+
+QNetworkRequest request(const QUrl& base, const QString& path, int timeoutMs = kTransferTimeoutMs) {
     QNetworkRequest r(base.resolved(QUrl(path)));
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    r.setTransferTimeout(60'000);
+    r.setTransferTimeout(timeoutMs);
     // The service answers "meta" only to requests that come from its own page.
     r.setRawHeader("Referer", base.toString().toUtf8());
     return r;
 }
 
+// Why a request got no answer. Qt ends a request that times out as if it were cancelled.
+QString noAnswer(const QNetworkReply& reply) {
+    return reply.error() == QNetworkReply::OperationCanceledError
+               ? QStringLiteral("The server didn't answer within %1 s.")
+                     .arg(kAnswerTimeoutMs / 1000)
+               : reply.errorString();
+}
+
 // A session of its own: its own connection pool, no cookies kept.
 std::unique_ptr<QNetworkAccessManager> session() {
-    auto nam = std::make_unique<QNetworkAccessManager>();
-    nam->setTransferTimeout(15'000);
-    return nam;
+    return std::make_unique<QNetworkAccessManager>();
 }
 
 class Runner {
 public:
     Runner(const SpeedTestConfiguration& config, const std::atomic<bool>* cancel)
-        : config_(config), cancel_(cancel) {
-        watch_.setInterval(50);
-        QObject::connect(&watch_, &QTimer::timeout, &watch_, [this] {
-            if (cancelled()) {
-                for (auto* loop : loops_) {
-                    loop->quit();
-                }
-            }
-        });
-        watch_.start();
-    }
+        : config_(config), cancel_(cancel) {}
 
-    bool cancelled() const { return cancel_ != nullptr && cancel_->load(); }
     void check() const {
-        if (cancelled()) {
+        if (cancel_ != nullptr && cancel_->load()) {
             throw Cancelled{};
         }
     }
 
     // Runs the event loop until `done` quits it, or cancellation does.
     void wait(QEventLoop& loop) {
-        loops_.push_back(&loop);
-        loop.exec();
-        loops_.pop_back();
-        check();
+        if (waitUnlessCancelled(loop, cancel_)) {
+            throw Cancelled{};
+        }
     }
 
-    // The body of a finished GET, or none when it failed.
-    std::optional<QByteArray> fetch(QNetworkAccessManager& nam, const QString& path) {
-        QNetworkReply* reply = nam.get(request(config_.baseURL, path));
+    // The server's addresses, looked up once for the whole test. A name that doesn't resolve
+    // ends the test with the resolver's words: otherwise each request would ask the resolver
+    // again, and offline each waits for it in turn.
+    std::vector<QHostAddress> serverAddresses() const {
+        const auto found = lookUpHost(config_.baseURL.host(), cancel_);
+        if (!found) {
+            throw Cancelled{};
+        }
+        const QList<QHostAddress> addresses = found->addresses();
+        if (found->error() != QHostInfo::NoError || addresses.isEmpty()) {
+            throw SpeedTestError{
+                SpeedTestError::Kind::Unreachable, SpeedTestPhase::Latency,
+                found->error() != QHostInfo::NoError
+                    ? found->errorString()
+                    : QStringLiteral("%1 has no address.").arg(config_.baseURL.host())};
+        }
+        return {addresses.begin(), addresses.end()};
+    }
+
+    struct Fetched {
+        std::optional<QByteArray> body; // none when the request failed
+        bool answered = false;          // the server sent a status, whatever it was
+        QString error;
+    };
+    Fetched fetch(QNetworkAccessManager& nam, const QString& path) {
+        QNetworkReply* reply = nam.get(request(config_.baseURL, path, kAnswerTimeoutMs));
         QEventLoop loop;
         QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
         try {
@@ -82,12 +104,15 @@ public:
             reply->deleteLater();
             throw;
         }
-        std::optional<QByteArray> body;
+        Fetched out;
+        out.answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() != 0;
         if (reply->error() == QNetworkReply::NoError) {
-            body = reply->readAll();
+            out.body = reply->readAll();
+        } else {
+            out.error = noAnswer(*reply);
         }
         reply->deleteLater();
-        return body;
+        return out;
     }
 
     struct PingOutcome {
@@ -99,7 +124,8 @@ public:
                                     std::function<void(PingOutcome)> done) {
         auto clock = std::make_shared<QElapsedTimer>();
         clock->start();
-        QNetworkReply* reply = nam.get(request(base, QStringLiteral("__down?bytes=0")));
+        QNetworkReply* reply =
+            nam.get(request(base, QStringLiteral("__down?bytes=0"), kAnswerTimeoutMs));
         QObject::connect(reply, &QNetworkReply::finished, reply, [reply, clock, done] {
             const qint64 elapsed = clock->nsecsElapsed();
             if (reply->isOpen()) {
@@ -107,10 +133,8 @@ public:
             }
             PingOutcome out;
             const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-            if (reply->error() == QNetworkReply::OperationCanceledError) {
-                out.error = QStringLiteral("cancelled");
-            } else if (reply->error() != QNetworkReply::NoError && status == 0) {
-                out.error = reply->errorString();
+            if (reply->error() != QNetworkReply::NoError && status == 0) {
+                out.error = noAnswer(*reply);
             } else if (status < 200 || status > 299) {
                 out.error = QStringLiteral("The server answered with an error.");
             } else {
@@ -146,8 +170,6 @@ public:
 
     const SpeedTestConfiguration& config_;
     const std::atomic<bool>* cancel_;
-    QTimer watch_;
-    std::vector<QEventLoop*> loops_;
 };
 
 struct StreamFailure {
@@ -178,11 +200,12 @@ StreamFailure streamFailure(QNetworkReply::NetworkError error, int status, const
 }
 
 // Where the sockets of a test connect to: every address of the server's name, on its port.
-std::vector<platform::TcpPeer> serverPeers(const QUrl& base) {
+std::vector<platform::TcpPeer> serverPeers(const QUrl& base,
+                                           const std::vector<QHostAddress>& addresses) {
     const auto port =
         static_cast<quint16>(base.port(base.scheme() == QLatin1String("https") ? 443 : 80));
     std::vector<platform::TcpPeer> peers;
-    for (const QHostAddress& address : QHostInfo::fromName(base.host()).addresses()) {
+    for (const QHostAddress& address : addresses) {
         peers.push_back({address, port});
     }
     return peers;
@@ -196,7 +219,7 @@ struct PhaseOutcome {
 
 // One transfer phase: `streams` sessions re-issuing their request until the phase ends.
 PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, SpeedTestPhase phase,
-                      SpeedTestProgress& progress,
+                      const std::vector<QHostAddress>& server, SpeedTestProgress& progress,
                       const std::function<void(const SpeedTestProgress&)>& publish) {
     progress.phase = phase;
     progress.phaseFraction = 0;
@@ -221,7 +244,7 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
     // the same server adds only its pings' requests, a few hundred bytes a second, so every
     // connection to the server is summed.
     const std::vector<platform::TcpPeer> peers =
-        download ? std::vector<platform::TcpPeer>() : serverPeers(config.baseURL);
+        download ? std::vector<platform::TcpPeer>() : serverPeers(config.baseURL, server);
     AcknowledgedUpload acknowledged(platform::ackedTowards(peers));
     std::vector<std::unique_ptr<QNetworkAccessManager>> sessions;
     std::function<void(QNetworkAccessManager*)> start;
@@ -390,14 +413,23 @@ SpeedTestEngine::run(const std::optional<QString>& connection,
     };
     try {
         publish(p);
-        // Where the test runs: "meta", filled in from the trace; neither is required.
+        const std::vector<QHostAddress> addresses = runner.serverAddresses();
+        // Where the test runs: "meta", filled in from the trace; neither is required, but a
+        // server that doesn't answer the first request at all can't be reached, and every
+        // further request would wait as long.
         auto nam = session();
         std::optional<SpeedTestServer> server;
-        if (const auto meta = runner.fetch(*nam, QStringLiteral("meta"))) {
-            server = SpeedTestServer::fromMeta(*meta);
+        const auto meta = runner.fetch(*nam, QStringLiteral("meta"));
+        if (!meta.answered) {
+            throw SpeedTestError{SpeedTestError::Kind::Unreachable, SpeedTestPhase::Latency,
+                                 meta.error};
         }
-        if (const auto trace = runner.fetch(*nam, QStringLiteral("cdn-cgi/trace"))) {
-            const SpeedTestServer fromTrace = SpeedTestServer::fromTrace(QString::fromUtf8(*trace));
+        if (meta.body) {
+            server = SpeedTestServer::fromMeta(*meta.body);
+        }
+        if (const auto trace = runner.fetch(*nam, QStringLiteral("cdn-cgi/trace")); trace.body) {
+            const SpeedTestServer fromTrace =
+                SpeedTestServer::fromTrace(QString::fromUtf8(*trace.body));
             server = server ? server->filled(fromTrace) : fromTrace;
         }
         SpeedTestResult result;
@@ -428,10 +460,12 @@ SpeedTestEngine::run(const std::optional<QString>& connection,
         }
         nam.reset();
 
-        const PhaseOutcome down = transfer(runner, config_, SpeedTestPhase::Download, p, publish);
+        const PhaseOutcome down =
+            transfer(runner, config_, SpeedTestPhase::Download, addresses, p, publish);
         p.downloadMbps = down.mbps;
         publish(p);
-        const PhaseOutcome up = transfer(runner, config_, SpeedTestPhase::Upload, p, publish);
+        const PhaseOutcome up =
+            transfer(runner, config_, SpeedTestPhase::Upload, addresses, p, publish);
         p.uploadMbps = up.mbps;
         publish(p);
 

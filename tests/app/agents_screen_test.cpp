@@ -3,59 +3,41 @@
 #include "app/agents/agents_panel_page.h"
 #include "app/agents/agents_screen.h"
 #include "app/agents/limit_bar.h"
+#include "app/agents/spend_chart.h"
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
 #include "app/shell/panel_figure.h"
+#include "tests/support/agent_services.h"
 #include "tests/support/app_options.h"
-#include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"
 
 #include <QApplication>
+#include <QBarSeries>
+#include <QBarSet>
+#include <QCategoryAxis>
+#include <QChart>
+#include <QChartView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFile>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QPushButton>
 #include <QToolButton>
+#include <QToolTip>
+#include <QValueAxis>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
 using tarvik::test::optionsIn;
 using tarvik::test::writeFile;
 
-namespace {
-
-// Points the services at a local server for the life of the object.
-struct LocalServices {
-    test::ScriptedServer server;
-    std::vector<QByteArray> names = {"TARVIK_CLAUDE_API", "TARVIK_CODEX_API", "TARVIK_COPILOT_API",
-                                     "TARVIK_OPENROUTER_API", "DBUS_SESSION_BUS_ADDRESS"};
-    std::map<QByteArray, QByteArray> saved;
-    LocalServices() {
-        for (const auto& n : names) {
-            saved[n] = qgetenv(n.constData());
-            qputenv(n.constData(), server.url().toString().toUtf8());
-        }
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"); // no keyring here
-    }
-    ~LocalServices() {
-        for (const auto& [n, v] : saved) {
-            if (v.isEmpty()) {
-                qunsetenv(n.constData());
-            } else {
-                qputenv(n.constData(), v);
-            }
-        }
-    }
-};
-
-} // namespace
-
 TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     test::TempHome home;
-    LocalServices services;
+    test::AgentServices services;
     writeFile(home.path() + "/.claude/.credentials.json",
               R"({"claudeAiOauth":{"accessToken":"tok","rateLimitTier":"default_claude_max_5x"}})");
     const QString resets = QDateTime::currentDateTimeUtc().addSecs(9000).toString(Qt::ISODate);
@@ -147,17 +129,27 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     screen.hide();
 }
 
-TEST(AgentsScreen, SpendFromTheLocalLogsByPeriod) {
+namespace {
+
+// One answer of Claude Opus 4.5 in Claude Code's log, as it writes it.
+QByteArray opusAnswer(const QString& id, int input, int output) {
+    return QString(R"({"timestamp":"%1","requestId":"r-%2","message":{"id":"m-%2",)"
+                   R"("model":"claude-opus-4-5-20251101","usage":{"input_tokens":%3,)"
+                   R"("output_tokens":%4}}})"
+                   "\n")
+        .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), id)
+        .arg(input)
+        .arg(output)
+        .toUtf8();
+}
+
+} // namespace
+
+TEST(AgentsScreen, SpendFromTheLocalLogsByPeriodReadAgainOnRefreshAndCharted) {
     test::TempHome home;
-    LocalServices services;
-    const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
-    writeFile(home.path() + "/.claude/projects/p/s.jsonl",
-              QString(R"({"timestamp":"%1","requestId":"r","message":{"id":"m",)"
-                      R"("model":"claude-opus-4-5-20251101","usage":{"input_tokens":200000,)"
-                      R"("output_tokens":1000}}})"
-                      "\n")
-                  .arg(now)
-                  .toUtf8());
+    test::AgentServices services;
+    const QString log = home.path() + "/.claude/projects/p/s.jsonl";
+    writeFile(log, opusAnswer("1", 200'000, 1000));
     AppModels models(optionsIn(home));
     AgentsScreen screen(models.agents());
     screen.show();
@@ -165,10 +157,54 @@ TEST(AgentsScreen, SpendFromTheLocalLogsByPeriod) {
     ASSERT_TRUE(test::waitUntil([&] { return total->text().startsWith("$"); }));
     EXPECT_EQ(total->text(), "$1.02 · 201K tokens"); // 200K × $5 + 1K × $25 per million
     EXPECT_EQ(screen.findChildren<QLabel*>("modelLine").size(), 1);
+    auto* chart = screen.findChild<SpendChart*>("spendChart");
+    EXPECT_TRUE(chart->isHidden()); // one day is no series
 
+    // Refresh reads the logs again as well as asking the services: an answer logged since
+    // adds to the spend shown.
+    QFile file(log);
+    ASSERT_TRUE(file.open(QIODevice::Append));
+    file.write(opusAnswer("2", 100'000, 0));
+    file.close();
+    auto* refresh = screen.findChild<QPushButton*>("refreshAgents");
+    ASSERT_TRUE(test::waitUntil([&] { return refresh->isEnabled(); }));
+    refresh->click();
+    ASSERT_TRUE(test::waitUntil([&] { return total->text() == "$1.52 · 301K tokens"; }))
+        << total->text().toStdString();
+
+    // Thirty days are a bar a day, on a date axis and a dollar axis, a bar's figures over it.
+    screen.findChild<QComboBox*>("spendPeriod")->setCurrentIndex(2);
+    ASSERT_TRUE(
+        test::waitUntil([&] { return !chart->isHidden() && !models.agents().isSpendLoading(); }));
+    QChart* drawn = chart->view()->chart();
+    ASSERT_EQ(drawn->series().size(), 1);
+    QBarSet* bars = qobject_cast<QBarSeries*>(drawn->series().front())->barSets().front();
+    ASSERT_EQ(bars->count(), 30);
+    EXPECT_NEAR(bars->at(29), 1.525, 1e-9); // shown rounded to the cent
+    EXPECT_EQ(bars->at(0), 0.0);
+    auto* dollars = qobject_cast<QValueAxis*>(drawn->axes(Qt::Vertical).front());
+    ASSERT_NE(dollars, nullptr);
+    EXPECT_TRUE(dollars->labelFormat().startsWith("$"));
+    EXPECT_GE(dollars->max(), 1.52);
+    auto* dates = qobject_cast<QCategoryAxis*>(drawn->axes(Qt::Horizontal).front());
+    ASSERT_NE(dates, nullptr);
+    const QString today = QLocale().toString(QDate::currentDate(), "d MMM");
+    EXPECT_EQ(dates->categoriesLabels().back(), today);
+    EXPECT_EQ(dates->categoriesLabels().size(), 5); // every seventh day back from today
+    const QString todaysBar =
+        QLocale().toString(QDate::currentDate(), "ddd d MMM") + ": $1.52 · 301K tokens";
+    EXPECT_EQ(chart->barText(29), todaysBar);
+    emit bars->hovered(true, 29);
+    EXPECT_EQ(QToolTip::text(), todaysBar);
+    emit bars->hovered(false, 29);
+
+    // A period without usage says so in a sentence, where the chart would be.
     screen.findChild<QComboBox*>("spendPeriod")->setCurrentIndex(1); // Yesterday
-    ASSERT_TRUE(test::waitUntil([&] { return !total->text().startsWith("$"); }));
-    EXPECT_EQ(total->text(), "No usage recorded for this period");
+    auto* empty = screen.findChild<QLabel*>("spendEmpty");
+    ASSERT_TRUE(test::waitUntil([&] { return !empty->isHidden(); }));
+    EXPECT_EQ(empty->text(), "Claude Code and Codex logged no usage yesterday.");
+    EXPECT_TRUE(chart->view()->isHidden());
+    EXPECT_TRUE(total->text().isEmpty());
     EXPECT_TRUE(screen.findChildren<QLabel*>("modelLine").isEmpty());
     screen.hide();
 }

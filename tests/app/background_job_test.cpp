@@ -1,4 +1,5 @@
 #include "app/shell/background_job.h"
+#include "tests/support/shared_pool_taken.h"
 #include "tests/support/wait.h"
 
 #include <QThread>
@@ -115,4 +116,20 @@ TEST(BackgroundJob, AccumulatedProgressArrivesWholeEvenAtTheEnd) {
     for (int i = 0; i < 5000; ++i) {
         ASSERT_EQ(lines[static_cast<std::size_t>(i)], i);
     }
+}
+
+TEST(BackgroundJob, WorkOnItsOwnThreadNeverWaitsBehindTheSharedPool) {
+    QObject owner;
+    test::SharedPoolTaken taken;
+    std::optional<int> own;
+    std::optional<int> queued;
+    BackgroundJob<int> ownJob(
+        &owner, {}, [&](int r) { own = r; }, JobThread::Own);
+    BackgroundJob<int> sharedJob(&owner, {}, [&](int r) { queued = r; });
+    sharedJob.start([](JobContext<double>&) { return 2; });
+    ownJob.start([](JobContext<double>&) { return 1; });
+    EXPECT_TRUE(test::waitUntil([&] { return own.has_value(); }));
+    EXPECT_FALSE(queued.has_value()); // still behind the taken threads
+    taken.release();
+    EXPECT_TRUE(test::waitUntil([&] { return queued.has_value(); }));
 }

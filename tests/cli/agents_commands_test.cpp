@@ -159,6 +159,7 @@ TEST_F(TarvikCommand, AgentsCostAddsUpTodaysLocalLogsAtApiPrices) {
     EXPECT_EQ(o["models"].toArray()[0].toObject()["model"], "claude-sonnet-4-5-20250929");
 
     const Outcome text = tarvik({"agents", "cost", "--period", "yesterday"});
-    EXPECT_TRUE(text.out.contains("No usage recorded for this period")) << text.out.toStdString();
+    EXPECT_TRUE(text.out.contains("Claude Code and Codex logged no usage yesterday."))
+        << text.out.toStdString();
     EXPECT_EQ(tarvik({"agents", "cost", "--period", "week"}).exitCode, 2);
 }

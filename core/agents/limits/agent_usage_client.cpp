@@ -6,6 +6,7 @@
 #include "core/agents/limits/copilot_usage.h"
 #include "core/agents/limits/openrouter_usage.h"
 #include "core/agents/limits/rate_limit_headers.h"
+#include "core/net/worker_wait.h"
 #include "core/sys/secret_store.h"
 #include "core/text/platform_words.h"
 
@@ -94,7 +95,9 @@ AgentUsageClient::Answer AgentUsageClient::get(QNetworkRequest r, const QDateTim
     QNetworkReply* reply = nam_->get(r);
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-    loop.exec();
+    if (waitUnlessCancelled(loop, options_.cancel)) {
+        reply->abort(); // ends as a request without an answer
+    }
     Answer a;
     a.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     if (reply->isOpen()) {

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QUrl>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -32,8 +33,8 @@ inline constexpr const char* kAgentKeysService = "org.pellor.tarvik.agent-usage"
 QString pastedKeyName(AgentProvider provider);
 
 // Fetches one provider's limits from its own service with the sign-in already on this machine.
-// Blocking; use one client per thread. Credentials are read afresh at every fetch and sent only
-// to the service that issued them.
+// Blocking, on the calling thread's own event loop; use one client per thread. Credentials are read
+// afresh at every fetch and sent only to the service that issued them.
 class AgentUsageClient {
 public:
     struct Options {
@@ -44,6 +45,8 @@ public:
         std::vector<QString> ghCandidates = {QStringLiteral("/home/linuxbrew/.linuxbrew/bin/gh"),
                                              QStringLiteral("/usr/local/bin/gh")};
         int timeoutMs = 20'000;
+        // Set when the answer is no longer wanted: a request under way is abandoned at once.
+        const std::atomic<bool>* cancel = nullptr;
     };
     AgentUsageClient();
     explicit AgentUsageClient(Options options);

@@ -45,4 +45,16 @@ QString skippedLines(std::int64_t count) {
                       : QStringLiteral("%1 log lines longer than 16 MiB were skipped.").arg(count);
 }
 
+QString noUsage(UsagePeriod period) {
+    switch (period) {
+    case UsagePeriod::Today:
+        return QStringLiteral("Claude Code and Codex logged no usage today.");
+    case UsagePeriod::Yesterday:
+        return QStringLiteral("Claude Code and Codex logged no usage yesterday.");
+    case UsagePeriod::Last30Days:
+        return QStringLiteral("Claude Code and Codex logged no usage in the last 30 days.");
+    }
+    return {};
+}
+
 } // namespace tarvik::UsageFormat

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/agents/spend/usage_period.h"
+
 #include <QString>
 #include <cstdint>
 
@@ -12,5 +14,8 @@ QString dollars(double value);
 QString tokens(std::int64_t count);
 // The note for log lines too long to read, or nothing when there were none.
 QString skippedLines(std::int64_t count);
+// What a period without any usage in the logs shows: "Claude Code and Codex logged no usage
+// today."
+QString noUsage(UsagePeriod period);
 
 } // namespace tarvik::UsageFormat

@@ -3,6 +3,8 @@
 #include "tests/support/speed_server.h"
 
 #include <QElapsedTimer>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -62,6 +64,39 @@ TEST(SpeedTestEngine, UnreachableAndRefusedPingsSayWhy) {
         EXPECT_EQ(e.message(),
                   "Couldn't reach the speed test server. The server answered with an error.");
     }
+
+    // A server that hangs up on every request without a word can't be reached: the test ends
+    // after its first request, instead of sending each ping into the same silence.
+    QTcpServer silent;
+    ASSERT_TRUE(silent.listen(QHostAddress::LocalHost));
+    int connections = 0;
+    QObject::connect(&silent, &QTcpServer::newConnection, [&] {
+        while (QTcpSocket* s = silent.nextPendingConnection()) {
+            ++connections;
+            s->close();
+            s->deleteLater();
+        }
+    });
+    SpeedTestConfiguration hangsUp = local.shortTest();
+    hangsUp.baseURL = QUrl(QString("http://127.0.0.1:%1/").arg(silent.serverPort()));
+    try {
+        SpeedTestEngine(hangsUp).run(std::nullopt, {});
+        FAIL() << "expected SpeedTestError";
+    } catch (const SpeedTestError& e) {
+        EXPECT_EQ(e.kind, SpeedTestError::Kind::Unreachable);
+        EXPECT_EQ(e.phase, SpeedTestPhase::Latency);
+    }
+    EXPECT_LE(connections, 3) << connections;
+}
+
+TEST(SpeedTestEngine, AServerGivenByNameIsLookedUpAndMeasured) {
+    test::ServerThread local;
+    SpeedTestConfiguration named = local.shortTest();
+    named.baseURL = QUrl(QString("http://localhost:%1/").arg(local.port));
+    const auto result = SpeedTestEngine(named).run(std::nullopt, {});
+    ASSERT_TRUE(result);
+    EXPECT_GT(result->downloadMbps, 0.0);
+    EXPECT_GT(result->uploadMbps, 0.0); // counted on the connections to the addresses found
 }
 
 TEST(SpeedTestEngine, CancellingEndsTheTestPromptly) {

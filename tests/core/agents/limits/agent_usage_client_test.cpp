@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLocale>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -234,4 +235,24 @@ TEST(AgentUsageClient, AMalformedSignInFileIsNoSignIn) {
     EXPECT_EQ(failure(c, AgentProvider::Codex).kind, AgentUsageError::Kind::NotSignedIn);
     ::unsetenv("CODEX_HOME");
     EXPECT_TRUE(server.requests().empty());
+}
+
+TEST(AgentUsageClient, ARequestNoLongerWantedIsAbandonedAtOnce) {
+    test::TempHome home;
+    ScriptedServer server;
+    signInClaude(home, kNow.addSecs(3600).toMSecsSinceEpoch());
+    server.answer("/api/oauth/usage", {200, "{}", {}, 30'000});
+    std::atomic<bool> cancel = false;
+    AgentUsageClient::Options o;
+    o.endpoints = {server.url(), server.url(), server.url(), server.url()};
+    o.cancel = &cancel;
+    AgentUsageClient c(o);
+    // The flag is set from the client's own event loop once the request has gone out.
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] { cancel = !server.requests().empty(); });
+    watch.start(10);
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_EQ(failure(c, AgentProvider::Claude).kind, AgentUsageError::Kind::Network);
+    EXPECT_LT(clock.elapsed(), 10'000); // did not wait for the answer
 }

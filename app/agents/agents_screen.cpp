@@ -3,9 +3,11 @@
 #include "app/agents/agents_model.h"
 #include "app/agents/limit_bar.h"
 #include "app/agents/spend_chart.h"
+#include "app/shell/card.h"
 #include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
+#include "app/shell/theme.h"
 #include "core/agents/limits/agent_usage_report.h"
 #include "core/agents/limits/openrouter_usage.h"
 #include "core/agents/spend/usage_format.h"
@@ -14,7 +16,6 @@
 #include <QComboBox>
 #include <QDesktopServices>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -28,25 +29,26 @@ namespace tarvik {
 
 AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
-    layout->addWidget(
-        new ScreenHeader(QStringLiteral("Agents"), sectionSubtitle(AppSection::Agents), this));
-
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
     auto* actions = new QHBoxLayout();
-    state_ = new QLabel(this);
-    state_->setForegroundRole(QPalette::PlaceholderText);
+    actions->addWidget(
+        new ScreenHeader(QStringLiteral("Agents"), sectionSubtitle(AppSection::Agents), this), 1);
+    state_ = quietLabel(QString(), this);
+    state_->setWordWrap(false);
     refresh_ = new QPushButton(tr("&Refresh"), this);
     refresh_->setObjectName(QStringLiteral("refreshAgents"));
     refresh_->setDefault(true);
-    actions->addWidget(state_, 1);
-    actions->addWidget(refresh_);
+    actions->addWidget(state_, 0, Qt::AlignTop);
+    actions->addWidget(refresh_, 0, Qt::AlignTop);
     layout->addLayout(actions);
 
     cards_ = new QVBoxLayout();
+    cards_->setSpacing(space::m);
     layout->addLayout(cards_);
 
-    auto* spendBox = new QGroupBox(tr("Spend"), this);
-    auto* spend = new QVBoxLayout(spendBox);
+    auto* spendBox = new Card(tr("Spend"), this, "chart.pie");
+    QBoxLayout* spend = spendBox->body();
     spend->addWidget(quietLabel(QString::fromLatin1(kSpendBasis), spendBox));
     auto* top = new QHBoxLayout();
     period_ = new QComboBox(spendBox);
@@ -57,9 +59,7 @@ AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent
     }
     total_ = new QLabel(spendBox);
     total_->setObjectName(QStringLiteral("spendTotal"));
-    QFont big = total_->font();
-    big.setBold(true);
-    total_->setFont(big);
+    setTextStyle(total_, TextStyle::Headline);
     top->addWidget(period_);
     top->addWidget(total_, 1);
     spend->addLayout(top);
@@ -138,9 +138,9 @@ QWidget* AgentsScreen::buildCard(int index) {
     const AgentsModel::Card& c = model_.cards()[static_cast<std::size_t>(index)];
     const QString key = rawValue(c.provider);
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    auto* box = new QGroupBox(title(c.provider), this);
+    auto* box = new Card(title(c.provider), this, "cpu");
     box->setObjectName(QStringLiteral("card_") + key);
-    auto* v = new QVBoxLayout(box);
+    QBoxLayout* v = box->body();
 
     auto* head = new QHBoxLayout();
     head->addWidget(quietLabel(source(c.provider), box), 1);

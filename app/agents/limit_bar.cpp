@@ -1,5 +1,7 @@
 #include "app/agents/limit_bar.h"
 
+#include "app/shell/theme.h"
+
 #include <QPainter>
 #include <QPalette>
 #include <algorithm>
@@ -10,12 +12,9 @@ namespace {
 // Colours carry meaning only: calm, watch, over.
 QColor usedColor(double used) {
     if (used >= 1.0) {
-        return QColor(0xd0, 0x45, 0x3a);
+        return meaningColor(Meaning::Critical);
     }
-    if (used >= 0.8) {
-        return QColor(0xd3, 0x8b, 0x12);
-    }
-    return QColor(0x2e, 0x9d, 0x5b);
+    return meaningColor(used >= 0.8 ? Meaning::Watch : Meaning::Good);
 }
 
 } // namespace
@@ -37,7 +36,7 @@ void LimitBar::paintEvent(QPaintEvent*) {
     const QRectF area = QRectF(rect()).adjusted(0.5, 1.5, -0.5, -1.5);
     const double radius = area.height() / 2;
     p.setPen(Qt::NoPen);
-    p.setBrush(palette().color(QPalette::Mid));
+    p.setBrush(palette().color(QPalette::Midlight));
     p.drawRoundedRect(area, radius, radius);
     const double fill = std::clamp(used_, 0.0, 1.0);
     if (fill > 0) {

@@ -1,8 +1,10 @@
 #include "app/speedtest/speed_test_screen.h"
 
 #include "app/monitor/sparkline.h"
+#include "app/shell/card.h"
 #include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
+#include "app/shell/theme.h"
 #include "app/speedtest/speed_test_model.h"
 #include "core/sys/connection_label.h"
 #include "core/text/metric_format.h"
@@ -21,7 +23,8 @@ namespace tarvik {
 SpeedTestScreen::SpeedTestScreen(SpeedTestModel& model, QWidget* parent)
     : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(24, 20, 24, 20);
+    layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
+    layout->setSpacing(space::m);
     layout->addWidget(new ScreenHeader(
         QStringLiteral("Speed Test"),
         QStringLiteral(
@@ -34,6 +37,9 @@ SpeedTestScreen::SpeedTestScreen(SpeedTestModel& model, QWidget* parent)
                       "several hundred MB of data."),
                    this));
 
+    auto* now = new Card(this);
+    now->setObjectName(QStringLiteral("speedNow"));
+    QBoxLayout* nowLayout = now->body();
     auto* top = new QHBoxLayout();
     where_ = new QLabel(this);
     start_ = new QPushButton(tr("&Start Test"), this);
@@ -42,43 +48,51 @@ SpeedTestScreen::SpeedTestScreen(SpeedTestModel& model, QWidget* parent)
     top->addWidget(where_, 1);
     top->addWidget(start_);
     top->addWidget(cancel_);
-    layout->addLayout(top);
+    nowLayout->addLayout(top);
     bar_ = new QProgressBar(this);
     bar_->setRange(0, 1000);
     bar_->setTextVisible(false);
-    layout->addWidget(bar_);
+    nowLayout->addWidget(bar_);
     live_ = new QLabel(this);
-    QFont big = live_->font();
-    big.setPointSizeF(big.pointSizeF() * 2.2);
-    big.setBold(true);
-    live_->setFont(big);
+    setTextStyle(live_, TextStyle::Headline);
     live_->setObjectName(QStringLiteral("liveFigure"));
-    layout->addWidget(live_);
+    nowLayout->addWidget(live_);
     ping_ = new QLabel(this);
-    layout->addWidget(ping_);
+    nowLayout->addWidget(ping_);
     chart_ = new Sparkline(this);
     chart_->setAutoScale(true);
     chart_->setMinimumHeight(60);
-    layout->addWidget(chart_);
+    nowLayout->addWidget(chart_);
     result_ = new QLabel(this);
     result_->setObjectName(QStringLiteral("speedResult"));
     result_->setWordWrap(true);
     result_->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    layout->addWidget(result_);
+    nowLayout->addWidget(result_);
 
+    layout->addWidget(now);
+
+    auto* past = new Card(tr("History"), this, "clock");
+    QBoxLayout* pastLayout = past->body();
+    noHistory_ = quietLabel(tr("No tests yet: each test you run is kept here, so you can see how "
+                               "your connection changes."),
+                            past);
+    noHistory_->setObjectName(QStringLiteral("noHistory"));
+    pastLayout->addWidget(noHistory_);
     history_ = new QTreeWidget(this);
     history_->setRootIsDecorated(false);
     history_->setHeaderLabels({tr("Date"), tr("Download"), tr("Upload"), tr("Ping"), tr("Grade")});
     history_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     history_->setMinimumHeight(120);
-    layout->addWidget(history_, 1);
+    history_->setAlternatingRowColors(true);
+    pastLayout->addWidget(history_, 1);
     auto* rows = new QHBoxLayout();
     delete_ = new QPushButton(tr("Delete this result"), this);
     clear_ = new QPushButton(tr("Clear History…"), this);
     rows->addStretch(1);
     rows->addWidget(delete_);
     rows->addWidget(clear_);
-    layout->addLayout(rows);
+    pastLayout->addLayout(rows);
+    layout->addWidget(past, 1);
 
     connect(start_, &QPushButton::clicked, this, [this] {
         const NetworkConnection connection = currentConnection();
@@ -143,6 +157,7 @@ void SpeedTestScreen::render() {
     start_->setEnabled(!running);
     cancel_->setVisible(running);
     bar_->setVisible(running);
+    chart_->setVisible(running); // the throughput as it is measured
     if (running) {
         where_->setText(
             model_.server() && model_.server()->locationText()
@@ -151,8 +166,9 @@ void SpeedTestScreen::render() {
         result_->clear();
     } else if (!model_.error().isEmpty()) {
         where_->clear();
-        result_->setText(QStringLiteral("<span style=\"color:#d0453a\">%1</span>")
-                             .arg(model_.error().toHtmlEscaped()));
+        result_->setText(
+            QStringLiteral("<span style=\"color:%1\">%2</span>")
+                .arg(meaningColor(Meaning::Critical).name(), model_.error().toHtmlEscaped()));
     } else if (const auto& r = model_.lastResult()) {
         where_->setText(r->server && r->server->locationText()
                             ? tr("Connected to Cloudflare in %1").arg(*r->server->locationText())
@@ -191,6 +207,11 @@ void SpeedTestScreen::render() {
     }
     delete_->setEnabled(false);
     clear_->setEnabled(!model_.history().empty());
+    // An empty table says nothing; a sentence says what it will hold.
+    history_->setVisible(!model_.history().empty());
+    delete_->setVisible(!model_.history().empty());
+    clear_->setVisible(!model_.history().empty());
+    noHistory_->setVisible(model_.history().empty());
 }
 
 } // namespace tarvik

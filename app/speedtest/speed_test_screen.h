@@ -35,6 +35,7 @@ private:
     QPushButton* cancel_ = nullptr;
     QLabel* result_ = nullptr;
     QTreeWidget* history_ = nullptr;
+    QLabel* noHistory_ = nullptr;
     QPushButton* delete_ = nullptr;
     QPushButton* clear_ = nullptr;
 };

@@ -6,6 +6,7 @@
 #include "app/agents/spend_chart.h"
 #include "app/overview/overview_screen.h"
 #include "app/shell/app_models.h"
+#include "app/shell/card.h"
 #include "app/shell/panel_figure.h"
 #include "tests/support/agent_services.h"
 #include "tests/support/app_options.h"
@@ -21,7 +22,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFile>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -62,7 +62,7 @@ TEST(AgentsScreen, CardsWithBarsErrorsOrderAndTheTrayReading) {
     EXPECT_DOUBLE_EQ(bar->used(), 0.3);
     ASSERT_TRUE(bar->evenPace());
     EXPECT_NEAR(*bar->evenPace(), 0.5, 0.01); // half of the five hours gone
-    EXPECT_TRUE(screen.findChild<QGroupBox*>("card_claude")->findChild<QLabel*>() != nullptr);
+    EXPECT_TRUE(screen.findChild<Card*>("card_claude")->findChild<QLabel*>() != nullptr);
     auto* limited = screen.findChild<QLabel*>("error_codex");
     ASSERT_NE(limited, nullptr);
     EXPECT_TRUE(limited->text().startsWith("The service is asking Tarvik to slow down."));

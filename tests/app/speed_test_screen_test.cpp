@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QThreadPool>
@@ -26,9 +27,16 @@ TEST(SpeedTestScreen, ATestFillsTheResultAndTheHistoryWhichCanBeTrimmed) {
     const QString path = dir.path() + "/Tarvik/speedtests.json";
     SpeedTestModel model([config] { return config; }, SpeedTestHistoryStore(path));
     SpeedTestScreen screen(model);
+    auto* noHistory = screen.findChild<QLabel*>("noHistory");
+    ASSERT_NE(noHistory, nullptr);
+    // No tests yet: a sentence, not an empty table.
+    EXPECT_FALSE(noHistory->isHidden());
+    EXPECT_TRUE(screen.history()->isHidden());
     model.start(QString("Ethernet"));
     ASSERT_TRUE(test::waitUntil([&] { return !model.isRunning(); }));
     ASSERT_TRUE(model.error().isEmpty()) << model.error().toStdString();
+    EXPECT_TRUE(noHistory->isHidden());
+    EXPECT_FALSE(screen.history()->isHidden());
     ASSERT_TRUE(model.lastResult());
     EXPECT_TRUE(screen.resultText().contains("Variation between pings"));
     EXPECT_TRUE(screen.resultText().contains("Web &amp; email: ") ||
@@ -39,6 +47,7 @@ TEST(SpeedTestScreen, ATestFillsTheResultAndTheHistoryWhichCanBeTrimmed) {
     model.deleteResult(model.history().front().id);
     EXPECT_EQ(screen.history()->topLevelItemCount(), 0);
     EXPECT_TRUE(SpeedTestHistoryStore(path).load().empty());
+    EXPECT_FALSE(noHistory->isHidden());
 }
 
 // The agents' requests wait on their services, as offline they wait for the network to give up.

@@ -288,6 +288,8 @@ void KeepAwakeScreen::refreshSchedules() {
     const bool none = controller_.schedules().empty();
     schedules_->setVisible(!none);
     noSchedules_->setVisible(none);
+    edit_->setVisible(!none);
+    remove_->setVisible(!none);
     if (current >= 0 && current < schedules_->topLevelItemCount()) {
         schedules_->setCurrentItem(schedules_->topLevelItem(current));
     }

@@ -121,6 +121,7 @@ SettingsScreen::SettingsScreen(Preferences& preferences, LoginItem& loginItem, Q
     // Sampling.
     auto* monitor = new Card(tr("Live readings"), this);
     auto* monitorLayout = new QFormLayout();
+    monitorLayout->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     monitor->body()->addLayout(monitorLayout);
     interval_ = new QDoubleSpinBox(monitor);
     interval_->setObjectName(QStringLiteral("monitorInterval"));
@@ -199,6 +200,7 @@ QWidget* SettingsScreen::cleaningGroup() {
     auto* box = new Card(tr("Cleaning"), this);
     QBoxLayout* v = box->body();
     auto* form = new QFormLayout();
+    form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     for (auto [key, label] :
          {std::pair{pref::kJunkRemovalMode, tr("Caches, logs and build output")},
           std::pair{pref::kFileRemovalMode, tr("Large files, duplicates and uninstalled apps")}}) {
@@ -262,6 +264,7 @@ QWidget* SettingsScreen::homebrewGroup() {
     auto* box = new Card(tr("Homebrew"), this);
     QBoxLayout* v = box->body();
     auto* form = new QFormLayout();
+    form->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     brewInterval_ = new QComboBox(box);
     brewInterval_->setObjectName(toQString(pref::kHomebrewCheckInterval));
     brewInterval_->addItem(tr("Never"), 0.0);

@@ -92,7 +92,9 @@ SpeedTestScreen::SpeedTestScreen(SpeedTestModel& model, QWidget* parent)
     rows->addWidget(delete_);
     rows->addWidget(clear_);
     pastLayout->addLayout(rows);
-    layout->addWidget(past, 1);
+    layout->addWidget(past);
+    layout->addStretch(0);
+    past_ = past;
 
     connect(start_, &QPushButton::clicked, this, [this] {
         const NetworkConnection connection = currentConnection();
@@ -150,6 +152,13 @@ void SpeedTestScreen::renderProgress() {
                                 SpeedFormat::milliseconds(p.jitter.value_or(0))));
     }
     chart_->setValues({p.samples.begin(), p.samples.end()});
+    showWhenSaid();
+}
+
+void SpeedTestScreen::showWhenSaid() {
+    for (QLabel* label : {live_, ping_, result_}) {
+        label->setVisible(!label->text().isEmpty());
+    }
 }
 
 void SpeedTestScreen::render() {
@@ -212,6 +221,11 @@ void SpeedTestScreen::render() {
     delete_->setVisible(!model_.history().empty());
     clear_->setVisible(!model_.history().empty());
     noHistory_->setVisible(model_.history().empty());
+    // The history takes the room left while it has rows; empty, it stays a line.
+    static_cast<QBoxLayout*>(layout())->setStretchFactor(past_, model_.history().empty() ? 0 : 1);
+    static_cast<QBoxLayout*>(layout())->setStretch(layout()->count() - 1,
+                                                   model_.history().empty() ? 1 : 0);
+    showWhenSaid();
 }
 
 } // namespace tarvik

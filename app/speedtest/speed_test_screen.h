@@ -23,6 +23,8 @@ public:
 
 private:
     void render();
+    // Only the figures and words there are take room.
+    void showWhenSaid();
     void renderProgress();
 
     SpeedTestModel& model_;
@@ -36,6 +38,7 @@ private:
     QLabel* result_ = nullptr;
     QTreeWidget* history_ = nullptr;
     QLabel* noHistory_ = nullptr;
+    QWidget* past_ = nullptr;
     QPushButton* delete_ = nullptr;
     QPushButton* clear_ = nullptr;
 };

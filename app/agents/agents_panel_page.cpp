@@ -21,7 +21,7 @@ AgentsPanelPage::AgentsPanelPage(AgentsModel& model, QWidget* parent)
     layout->addStretch(1);
     connect(&model_, &AgentsModel::cardsChanged, this, &AgentsPanelPage::render);
     holdWhileShown(
-        this, [this] { model_.acquire(); }, [this] { model_.release(); });
+        this, [&m = model_] { m.acquire(); }, [&m = model_] { m.release(); });
     render();
 }
 

@@ -4,6 +4,7 @@
 #include "app/agents/limit_bar.h"
 #include "app/agents/spend_chart.h"
 #include "app/shell/card.h"
+#include "app/shell/hold_while_shown.h"
 #include "app/shell/quiet_label.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
@@ -83,35 +84,23 @@ AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent
     connect(&model_, &AgentsModel::cardsChanged, this, &AgentsScreen::renderCards,
             Qt::QueuedConnection);
     connect(&model_, &AgentsModel::spendChanged, this, &AgentsScreen::renderSpend);
+    holdWhileShown(
+        this, [&m = model_] { m.acquire(); }, [&m = model_] { m.release(); });
     clock_.setInterval(30'000);
     connect(&clock_, &QTimer::timeout, this, &AgentsScreen::renderCards);
     renderCards();
     renderSpend();
 }
 
-AgentsScreen::~AgentsScreen() {
-    if (holding_) {
-        model_.release();
-    }
-}
-
 void AgentsScreen::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    if (!holding_) {
-        holding_ = true;
-        model_.acquire();
-        model_.loadSpend();
-        clock_.start();
-    }
+    model_.loadSpend();
+    clock_.start();
 }
 
 void AgentsScreen::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
-    if (holding_) {
-        holding_ = false;
-        model_.release();
-        clock_.stop();
-    }
+    clock_.stop();
 }
 
 void AgentsScreen::renderCards() {

@@ -20,7 +20,6 @@ class AgentsScreen : public QWidget {
     Q_OBJECT
 public:
     explicit AgentsScreen(AgentsModel& model, QWidget* parent = nullptr);
-    ~AgentsScreen() override;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -40,7 +39,6 @@ private:
     QVBoxLayout* modelLines_ = nullptr;
     class SpendChart* chart_ = nullptr;
     QTimer clock_; // reset countdowns tick between fetches
-    bool holding_ = false;
 };
 
 } // namespace tarvik

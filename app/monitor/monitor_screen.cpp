@@ -4,6 +4,7 @@
 #include "app/monitor/process_panel.h"
 #include "app/monitor/system_monitor_model.h"
 #include "app/shell/card.h"
+#include "app/shell/hold_while_shown.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
 #include "app/shell/stat_card.h"
@@ -99,6 +100,9 @@ MonitorScreen::MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QW
     processes_->setContentsMargins(0, space::m, 0, 0);
     tabs_->addTab(processes_, tr("&Processes"));
 
+    holdWhileShown(
+        this, [&m = model_] { m.acquire(MonitorClient::Window); },
+        [&m = model_] { m.release(MonitorClient::Window); });
     connect(&model_, &SystemMonitorModel::readingChanged, this, &MonitorScreen::render);
     auto showHealth = [this] {
         health_->setIssues(model_.latest() ? std::optional(model_.healthIssues()) : std::nullopt);
@@ -110,12 +114,6 @@ MonitorScreen::MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QW
             [this] { tabs_->setCurrentWidget(processes_); });
     connect(&model_, &SystemMonitorModel::sessionTotalsChanged, this, &MonitorScreen::render);
     render();
-}
-
-MonitorScreen::~MonitorScreen() {
-    if (holding_) {
-        model_.release(MonitorClient::Window);
-    }
 }
 
 MonitorScreen::Tile& MonitorScreen::addTile(const QString& name, std::string_view symbol,
@@ -144,22 +142,6 @@ QString MonitorScreen::tileValue(const QString& name) const {
 QString MonitorScreen::tileDetail(const QString& name) const {
     const auto it = tiles_.find(name);
     return it == tiles_.end() ? QString() : it->second.detail->text();
-}
-
-void MonitorScreen::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    if (!holding_) {
-        holding_ = true;
-        model_.acquire(MonitorClient::Window);
-    }
-}
-
-void MonitorScreen::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
-    if (holding_) {
-        holding_ = false;
-        model_.release(MonitorClient::Window);
-    }
 }
 
 void MonitorScreen::render() {

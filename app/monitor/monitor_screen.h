@@ -27,17 +27,12 @@ class MonitorScreen : public QWidget {
     Q_OBJECT
 public:
     MonitorScreen(SystemMonitorModel& model, Navigator& navigator, QWidget* parent = nullptr);
-    ~MonitorScreen() override;
 
     // The figure and detail of a tile, by its name ("cpu", "memory", …), for tests and
     // accessibility.
     QString tileValue(const QString& name) const;
     QString tileDetail(const QString& name) const;
     ProcessPanel& processes() { return *processes_; }
-
-protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
     struct Tile {
@@ -62,7 +57,6 @@ private:
     QGridLayout* cores_ = nullptr;
     std::vector<QProgressBar*> coreBars_;
     QPushButton* resetTotals_ = nullptr;
-    bool holding_ = false;
 };
 
 } // namespace tarvik

@@ -2,6 +2,7 @@
 
 #include "app/monitor/process_table_model.h"
 #include "app/monitor/system_monitor_model.h"
+#include "app/shell/hold_while_shown.h"
 #include "core/text/counts.h"
 #include "core/text/metric_format.h"
 
@@ -125,29 +126,10 @@ ProcessPanel::ProcessPanel(SystemMonitorModel& monitor, QWidget* parent)
 
     sort_->setCurrentIndex(sort_->findData(static_cast<int>(monitor_.processSort())));
     table_->setSort(monitor_.processSort());
+    // The table is sampled only while it can be seen.
+    holdWhileShown(
+        this, [&m = monitor_] { m.acquireProcesses(); }, [&m = monitor_] { m.releaseProcesses(); });
     refresh();
-}
-
-ProcessPanel::~ProcessPanel() {
-    if (holding_) {
-        monitor_.releaseProcesses();
-    }
-}
-
-void ProcessPanel::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
-    if (!holding_) {
-        holding_ = true;
-        monitor_.acquireProcesses();
-    }
-}
-
-void ProcessPanel::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
-    if (holding_) {
-        holding_ = false;
-        monitor_.releaseProcesses();
-    }
 }
 
 const ProcessUsage* ProcessPanel::selected() const {

@@ -23,7 +23,6 @@ class ProcessPanel : public QWidget {
     Q_OBJECT
 public:
     explicit ProcessPanel(SystemMonitorModel& monitor, QWidget* parent = nullptr);
-    ~ProcessPanel() override;
 
     // Replaces the confirmation dialog (tests answer it themselves).
     using Confirm = std::function<bool(const QString& question, const QString& detail)>;
@@ -34,10 +33,6 @@ public:
     bool select(std::int32_t pid);
     QString message() const;
     bool isQuitting() const { return quitJob_.isRunning(); }
-
-protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
     void refresh();
@@ -55,7 +50,6 @@ private:
     QPushButton* quit_ = nullptr;
     QPushButton* forceQuit_ = nullptr;
     Confirm confirm_;
-    bool holding_ = false;
     BackgroundJob<QuitOutcome> quitJob_;
     QString quittingName_;
 };

@@ -5,6 +5,7 @@
 #include "app/monitor/system_monitor_model.h"
 #include "app/overview/overview_model.h"
 #include "app/shell/card.h"
+#include "app/shell/hold_while_shown.h"
 #include "app/shell/navigator.h"
 #include "app/shell/screen_header.h"
 #include "app/shell/section_subtitles.h"
@@ -143,30 +144,29 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
         state_->setText(loading ? tr("Measuring…") : QString());
         renderJunk();
     });
+    // The monitor samples (and the agents refresh) while Smart Scan shows them.
+    holdWhileShown(
+        this,
+        [&monitor = monitor_, agents = agents_] {
+            monitor.acquire(MonitorClient::Window);
+            if (agents != nullptr) {
+                agents->acquire();
+            }
+        },
+        [&monitor = monitor_, agents = agents_] {
+            monitor.release(MonitorClient::Window);
+            if (agents != nullptr) {
+                agents->release();
+            }
+        });
     tick_.setInterval(kTickMs);
     connect(&tick_, &QTimer::timeout, &model_, &OverviewModel::refreshSummary);
     render();
 }
 
-OverviewScreen::~OverviewScreen() {
-    if (holding_) {
-        monitor_.release(MonitorClient::Window);
-        if (agents_ != nullptr) {
-            agents_->release();
-        }
-    }
-}
-
 void OverviewScreen::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     tick_.stop();
-    if (holding_) {
-        holding_ = false;
-        monitor_.release(MonitorClient::Window);
-        if (agents_ != nullptr) {
-            agents_->release();
-        }
-    }
 }
 
 void OverviewScreen::renderAgents() {
@@ -195,13 +195,6 @@ void OverviewScreen::renderAgents() {
 
 void OverviewScreen::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    if (!holding_) {
-        holding_ = true;
-        monitor_.acquire(MonitorClient::Window);
-        if (agents_ != nullptr) {
-            agents_->acquire();
-        }
-    }
     // What happened elsewhere (a clean, an hour of uptime) shows as soon as Smart Scan does.
     model_.refreshSummary();
     tick_.start();

@@ -28,7 +28,6 @@ public:
     OverviewScreen(OverviewModel& model, Navigator& navigator, SystemMonitorModel& monitor,
                    AgentsModel* agents = nullptr, KeepAwakeController* keepAwake = nullptr,
                    QWidget* parent = nullptr);
-    ~OverviewScreen() override;
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -48,7 +47,6 @@ private:
     KeepAwakeController* keepAwake_ = nullptr; // the keep-awake card, when there is one
     QLabel* keepAwakeTile_ = nullptr;
     HealthIssuesView* health_ = nullptr;
-    bool holding_ = false; // the monitor samples while Smart Scan shows its health
     StatCard* disk_ = nullptr;
     StatCard* memory_ = nullptr;
     StatCard* junk_ = nullptr;

@@ -1,10 +1,9 @@
 #include "app/shell/panel_figure.h"
 
 #include "app/monitor/sparkline.h"
-#include "app/shell/reading_glyphs.h"
+#include "app/shell/symbol_label.h"
 #include "app/shell/theme.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QVBoxLayout>
@@ -12,18 +11,16 @@
 namespace tarvik {
 
 PanelFigure::PanelFigure(const QString& caption, std::optional<MenuBarStat> glyph, QWidget* parent)
-    : QWidget(parent), glyph_(glyph) {
+    : QWidget(parent) {
     auto* v = new QVBoxLayout(this);
     v->setContentsMargins(0, 0, 0, 0);
     v->setSpacing(2);
     auto* head = new QHBoxLayout();
     head->setSpacing(4);
     auto* title = new QLabel(caption, this);
-    title->setForegroundRole(QPalette::PlaceholderText);
-    if (glyph_) {
-        sign_ = new QLabel(this);
-        drawSign();
-        head->addWidget(sign_);
+    setTextStyle(title, TextStyle::Secondary);
+    if (glyph) {
+        head->addWidget(new SymbolLabel(symbol(*glyph), 14, true, this));
     }
     head->addWidget(title, 1);
     v->addLayout(head);
@@ -31,10 +28,7 @@ PanelFigure::PanelFigure(const QString& caption, std::optional<MenuBarStat> glyp
     value_ = new QLabel(QStringLiteral("—"), this);
     value_->setAccessibleName(caption);
     value_->setTextFormat(Qt::PlainText);
-    QFont big = value_->font();
-    big.setPointSizeF(big.pointSizeF() * 1.8);
-    big.setBold(true);
-    value_->setFont(big);
+    setTextStyle(value_, TextStyle::Headline);
     v->addWidget(value_);
     detail_ = new QLabel(this);
     detail_->setTextFormat(Qt::PlainText);
@@ -46,18 +40,6 @@ PanelFigure::PanelFigure(const QString& caption, std::optional<MenuBarStat> glyp
     chart_->setAccessibleName(caption + tr(" history"));
     chart_->hide();
     v->addWidget(chart_);
-}
-
-void PanelFigure::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && sign_ != nullptr) {
-        drawSign(); // the sign is drawn in the caption's colour, light or dark
-    }
-}
-
-void PanelFigure::drawSign() {
-    sign_->setPixmap(readingGlyphIcon(*glyph_, palette().color(QPalette::PlaceholderText))
-                         .pixmap(QSize(14, 14), devicePixelRatioF()));
 }
 
 void PanelFigure::setFigure(const QString& value, const QString& detail, ReadingLevel level) {

@@ -12,9 +12,9 @@ namespace tarvik {
 
 class Sparkline;
 
-// One headline figure of the tray panel: what it is (with the glyph the tray icon draws for
-// it), the figure large, a line of detail and the recent history where there is one. For a part
-// the machine lacks it says so in a sentence instead of showing a zero.
+// One headline figure of the tray panel: what it is (with the reading's symbol), the figure large,
+// a line of detail and the recent history where there is one. For a part the machine lacks it says
+// so in a sentence instead of showing a zero.
 class PanelFigure : public QWidget {
     Q_OBJECT
 public:
@@ -30,14 +30,7 @@ public:
     QString value() const;
     QString detail() const;
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
-    void drawSign();
-
-    std::optional<MenuBarStat> glyph_;
-    QLabel* sign_ = nullptr;
     QLabel* value_ = nullptr;
     QLabel* detail_ = nullptr;
     Sparkline* chart_ = nullptr;

@@ -107,18 +107,4 @@ QPainterPath readingGlyph(MenuBarStat stat, const QRectF& target) {
     return t.map(outline);
 }
 
-QIcon readingGlyphIcon(MenuBarStat stat, const QColor& ink) {
-    QIcon icon;
-    for (int scale : {1, 2}) {
-        QPixmap pm(16 * scale, 16 * scale);
-        pm.setDevicePixelRatio(scale);
-        pm.fill(Qt::transparent);
-        QPainter p(&pm);
-        p.setRenderHint(QPainter::Antialiasing);
-        p.fillPath(readingGlyph(stat, QRectF(0, 0, 16, 16)), ink);
-        icon.addPixmap(pm);
-    }
-    return icon;
-}
-
 } // namespace tarvik

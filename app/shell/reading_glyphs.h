@@ -2,7 +2,6 @@
 
 #include "core/monitor/menu_bar_stat.h"
 
-#include <QIcon>
 #include <QPainterPath>
 
 namespace tarvik {
@@ -12,7 +11,5 @@ namespace tarvik {
 // and a sparkle for an agent. One filled outline, so it can be drawn in a single ink with a
 // halo; it fills `box` keeping its square shape.
 QPainterPath readingGlyph(MenuBarStat stat, const QRectF& box);
-// The glyph in `ink`, at 16 px and its 2× form, for labels beside the same readings.
-QIcon readingGlyphIcon(MenuBarStat stat, const QColor& ink);
 
 } // namespace tarvik

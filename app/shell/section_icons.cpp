@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QGuiApplication>
+#include <QHash>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPalette>
@@ -24,23 +25,21 @@ public:
     SymbolEngine(QString name, QByteArray svg, std::optional<QColor> tint, QString badge)
         : name_(std::move(name)), svg_(std::move(svg)), tint_(tint), badge_(std::move(badge)) {}
 
-    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
+    // Through the pixmap cache: a view repaints its rows' icons often, and the SVG is parsed
+    // only once per size and ink.
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode,
+               QIcon::State state) override {
         const int side = std::min(rect.width(), rect.height());
         const QRect square(rect.x() + (rect.width() - side) / 2,
                            rect.y() + (rect.height() - side) / 2, side, side);
-        const QColor ink = colour(mode);
-        if (svg_.isEmpty()) {
-            drawBadge(*painter, square, ink);
-            return;
-        }
-        QByteArray inked = svg_;
-        // SVG Tiny reads #rrggbb only; the palette's inks are opaque.
-        inked.replace("currentColor", ink.name(QColor::HexRgb).toLatin1());
-        QSvgRenderer renderer(inked);
-        renderer.render(painter, square);
+        const qreal ratio =
+            painter->device() != nullptr ? painter->device()->devicePixelRatioF() : 1;
+        QPixmap pm = pixmap(square.size() * ratio, mode, state);
+        pm.setDevicePixelRatio(ratio);
+        painter->drawPixmap(square, pm);
     }
 
-    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State) override {
         const QString key = QStringLiteral("tarvik-symbol:%1:%2x%3:%4")
                                 .arg(name_)
                                 .arg(size.width())
@@ -55,7 +54,7 @@ public:
         {
             QPainter p(&pm);
             p.setRenderHint(QPainter::Antialiasing);
-            paint(&p, QRect(QPoint(0, 0), size), mode, state);
+            draw(p, QRect(QPoint(0, 0), size), colour(mode));
         }
         QPixmapCache::insert(key, pm);
         return pm;
@@ -66,6 +65,17 @@ public:
     QString iconName() override { return name_; }
 
 private:
+    void draw(QPainter& painter, const QRect& square, const QColor& ink) const {
+        if (svg_.isEmpty()) {
+            drawBadge(painter, square, ink);
+            return;
+        }
+        QByteArray inked = svg_;
+        // SVG Tiny reads #rrggbb only; the palette's inks are opaque.
+        inked.replace("currentColor", ink.name(QColor::HexRgb).toLatin1());
+        QSvgRenderer(inked).render(&painter, square);
+    }
+
     QColor colour(QIcon::Mode mode) const {
         const QPalette palette = QGuiApplication::palette();
         switch (mode) {
@@ -106,13 +116,17 @@ bool hasSymbol(std::string_view symbol) {
 }
 
 QIcon symbolIcon(std::string_view symbol, const QString& badge, std::optional<QColor> tint) {
-    QFile file(resourceOf(symbol));
-    QByteArray svg;
-    if (file.open(QIODevice::ReadOnly)) {
-        svg = file.readAll();
+    // Each symbol's file is read once; views ask for their rows' icons again and again.
+    static QHash<QString, QByteArray> read;
+    const QString name = resourceOf(symbol);
+    auto it = read.find(name);
+    if (it == read.end()) {
+        QFile file(name);
+        it = read.insert(name, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
     }
+    const QByteArray& svg = *it;
     return QIcon(new SymbolEngine(QString::fromUtf8(symbol.data(), static_cast<int>(symbol.size())),
-                                  std::move(svg), tint, badge));
+                                  svg, tint, badge));
 }
 
 QIcon sectionIcon(AppSection section) {

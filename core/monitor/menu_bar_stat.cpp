@@ -44,6 +44,26 @@ std::string_view rawKey(MenuBarStat stat) {
     return {};
 }
 
+std::string_view symbol(MenuBarStat stat) {
+    switch (stat) {
+    case MenuBarStat::Cpu:
+        return "cpu";
+    case MenuBarStat::Memory:
+        return "memorychip";
+    case MenuBarStat::Download:
+        return "arrow.down";
+    case MenuBarStat::Upload:
+        return "arrow.up";
+    case MenuBarStat::Gpu:
+        return "gpu";
+    case MenuBarStat::Battery:
+        return "battery.25";
+    case MenuBarStat::Agent:
+        return "sparkles";
+    }
+    return {};
+}
+
 std::string_view title(MenuBarStat stat) {
     switch (stat) {
     case MenuBarStat::Cpu:

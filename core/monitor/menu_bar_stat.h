@@ -22,6 +22,8 @@ ReadingLevel level(MenuBarStat stat, double fraction);
 
 std::string_view rawKey(MenuBarStat stat);
 std::string_view title(MenuBarStat stat);
+// The symbol name of the reading, kept as data as the sections' are.
+std::string_view symbol(MenuBarStat stat);
 std::optional<MenuBarStat> menuBarStatFromRawKey(std::string_view key);
 
 // The stored form is the raw keys joined with ",". Reading keeps case order whatever the

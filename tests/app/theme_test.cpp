@@ -118,6 +118,9 @@ TEST(Symbols, EverySymbolTheDataNamesIsDrawnFromTheSet) {
     for (JunkCategory c : kAllJunkCategories) {
         named.push_back(info(c).symbol);
     }
+    for (MenuBarStat stat : kAllMenuBarStats) {
+        named.push_back(symbol(stat));
+    }
     std::vector<std::string> kinds;
     for (FileKind k : kAllFileKinds) {
         kinds.push_back(symbol(k).toStdString());

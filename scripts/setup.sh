@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages Tarvik needs to build, test and run; with "bench", also the
-# tools the benchmarks compare Tarvik with.
+# tools the benchmarks compare Tarvik with; with "fuzz", clang and its libFuzzer.
 # Idempotent: when everything is present it says nothing and changes nothing.
 set -euo pipefail
 
@@ -24,6 +24,10 @@ packages=(
   # the Trash tools that must list and restore what Tarvik trashes
   trash-cli gvfs libglib2.0-bin e2fsprogs
 )
+if [ "${1:-}" = "fuzz" ]; then
+  # llvm for llvm-symbolizer, which names the lines of a failure
+  packages+=(clang libclang-rt-dev llvm)
+fi
 if [ "${1:-}" = "bench" ]; then
   packages+=(procps htop btop tmux gdu jq)
   # the shaped-link speed test: the link (namespaces, tbf, NFQUEUE and its delay line), curl and

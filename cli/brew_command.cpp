@@ -9,6 +9,7 @@
 #include "core/sys/xdg_paths.h"
 #include "core/text/counts.h"
 #include "core/text/path_display.h"
+#include "core/text/whole_number.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -99,13 +100,14 @@ int runWithLog(BrewRunner& runner, const QStringList& args, const QString& displ
             printLine(shown);
             if (tty && tracker.current().phase) {
                 const auto& c = tracker.current();
-                std::fprintf(
-                    stdout, "%s%s%s\r",
-                    BrewProgressTracker::rawValue(*c.phase).toUtf8().constData(),
-                    c.package ? (" " + c.package->toStdString()).c_str() : "",
-                    c.percent
-                        ? QStringLiteral(" %1%").arg(qRound(*c.percent * 100)).toUtf8().constData()
-                        : "");
+                std::fprintf(stdout, "%s%s%s\r",
+                             BrewProgressTracker::rawValue(*c.phase).toUtf8().constData(),
+                             c.package ? (" " + c.package->toStdString()).c_str() : "",
+                             c.percent ? QStringLiteral(" %1%")
+                                             .arg(roundedNumber<int>(*c.percent * 100))
+                                             .toUtf8()
+                                             .constData()
+                                       : "");
                 std::fflush(stdout);
             }
         });

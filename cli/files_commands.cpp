@@ -12,6 +12,7 @@
 #include "core/sys/xdg_paths.h"
 #include "core/text/counts.h"
 #include "core/text/metric_format.h"
+#include "core/text/whole_number.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -53,7 +54,7 @@ std::optional<std::int64_t> parseSize(const std::string& text) {
     if (value < 0) {
         return std::nullopt;
     }
-    return static_cast<std::int64_t>(value * factor);
+    return wholeNumber<std::int64_t>(value * factor);
 }
 
 struct SearchOptions {

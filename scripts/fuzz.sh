@@ -49,7 +49,11 @@ run() {
   [ -d "$saved" ] || saved=
   echo "== $target: $seconds s"
   local status=0
-  ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1} \
+  # The trees a target unpacks go to memory when there is a memory file system.
+  local tmp=${TMPDIR:-/tmp}
+  [ -w /dev/shm ] && tmp=/dev/shm
+  TMPDIR=$tmp ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1} \
+    UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1} \
     "$dir/fuzz/fuzz_$target" "${options[@]}" "$corpus" "$seeds" $saved 2>"$dir/$target.log" || status=$?
   grep -E "^(#[0-9]+ +(DONE|INITED)|stat::number_of_executed_units|stat::peak_rss_mb)|cov:" "$dir/$target.log" |
     grep -vE "NEW|REDUCE|pulse" | tail -4

@@ -8,6 +8,7 @@
 #include "app/shell/theme.h"
 #include "core/text/counts.h"
 #include "core/text/metric_format.h"
+#include "core/text/whole_number.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -302,7 +303,7 @@ BrewScreen::BrewScreen(BrewModel& model, QWidget* parent) : QWidget(parent), mod
             text += QLatin1Char(' ') + *p.package;
         }
         progress_->setFormat(text + QStringLiteral(" %p%"));
-        progress_->setValue(p.percent ? static_cast<int>(*p.percent * 100) : 0);
+        progress_->setValue(p.percent ? wholeNumber<int>(*p.percent * 100) : 0);
     });
     render();
     renderList();

@@ -179,7 +179,7 @@ void OverviewScreen::renderAgents() {
         QString line = title(card.provider) + QStringLiteral(": ");
         if (card.report && !card.report->limits.empty()) {
             const UsageLimit& l = card.report->limits.front();
-            line += tr("%1 %2% used").arg(l.title).arg(qRound(l.used * 100.0));
+            line += l.title + QLatin1Char(' ') + percentUsed(l.used);
         } else if (card.report) {
             line += tr("no plan limits");
         } else if (card.error) {

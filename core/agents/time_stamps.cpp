@@ -96,6 +96,10 @@ std::optional<QDateTime> fromSeconds(double seconds) {
     return QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(ms), Qt::UTC);
 }
 
+std::optional<QDateTime> secondsAfter(const QDateTime& from, double seconds) {
+    return fromSeconds(static_cast<double>(from.toMSecsSinceEpoch()) / 1000.0 + seconds);
+}
+
 std::optional<QDateTime> fromText(const QString& value) {
     const QString text = value.trimmed();
     // Qt reads ISO 8601 with or without fractional seconds and with a zone suffix.

@@ -11,6 +11,8 @@ namespace tarvik::TimeStamps {
 // A number of Unix seconds, to the millisecond (cut, not rounded), in UTC; none when it is beyond
 // what a date can hold.
 std::optional<QDateTime> fromSeconds(double seconds);
+// `seconds` after `from` (an answer's "resets in"), the same way.
+std::optional<QDateTime> secondsAfter(const QDateTime& from, double seconds);
 // An ISO 8601 date-time with or without fractional seconds (any number of digits), or a plain
 // date (year-month-day, midnight UTC); white space around it is ignored.
 std::optional<QDateTime> fromText(const QString& text);

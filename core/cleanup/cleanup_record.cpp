@@ -2,6 +2,7 @@
 
 #include "core/sys/json_file.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/whole_number.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,7 +23,7 @@ std::optional<CleanupRecord> CleanupRecord::fromJson(const QJsonObject& o) {
     if (!r.date.isValid()) {
         return std::nullopt;
     }
-    r.freedBytes = static_cast<std::int64_t>(o.value(QLatin1String("freedBytes")).toDouble());
+    r.freedBytes = wholeNumber<std::int64_t>(o.value(QLatin1String("freedBytes")).toDouble());
     r.itemCount = o.value(QLatin1String("itemCount")).toInt();
     r.source = o.value(QLatin1String("source")).toString();
     return r;
@@ -52,8 +53,8 @@ void FreeSpaceTimeline::readFrom(const QJsonObject& root) {
             QDateTime::fromString(o.value(QLatin1String("date")).toString(), Qt::ISODate);
         if (date.isValid()) {
             samples_.push_back(
-                {date, static_cast<std::int64_t>(o.value(QLatin1String("freeBytes")).toDouble()),
-                 static_cast<std::int64_t>(o.value(QLatin1String("totalBytes")).toDouble())});
+                {date, wholeNumber<std::int64_t>(o.value(QLatin1String("freeBytes")).toDouble()),
+                 wholeNumber<std::int64_t>(o.value(QLatin1String("totalBytes")).toDouble())});
         }
     }
 }

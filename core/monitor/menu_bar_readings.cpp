@@ -2,6 +2,7 @@
 
 #include "core/text/metric_format.h"
 #include "core/text/qt_text.h"
+#include "core/text/whole_number.h"
 
 #include <algorithm>
 #include <cmath>
@@ -94,7 +95,7 @@ std::vector<MenuBarReading> menuBarReadings(const std::optional<SystemReading>& 
                 MenuBarReading a = percentReading(stat, agent->left);
                 a.words = QStringLiteral("%1 session %2% left")
                               .arg(agent->provider)
-                              .arg(qRound(*agent->left * 100.0));
+                              .arg(roundedNumber<qint64>(*agent->left * 100.0));
                 out.push_back(a);
             } else {
                 out.push_back({stat, kDash,

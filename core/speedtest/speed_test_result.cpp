@@ -1,5 +1,7 @@
 #include "core/speedtest/speed_test_result.h"
 
+#include "core/text/whole_number.h"
+
 #include <algorithm>
 
 namespace tarvik {
@@ -97,8 +99,8 @@ std::optional<SpeedTestResult> SpeedTestResult::fromJson(const QJsonObject& o) {
     r.jitter = number(o, "jitter").value_or(0);
     r.downloadLatency = number(o, "downloadLatency");
     r.uploadLatency = number(o, "uploadLatency");
-    r.bytesDownloaded = static_cast<std::int64_t>(number(o, "bytesDownloaded").value_or(0));
-    r.bytesUploaded = static_cast<std::int64_t>(number(o, "bytesUploaded").value_or(0));
+    r.bytesDownloaded = wholeNumber<std::int64_t>(number(o, "bytesDownloaded").value_or(0));
+    r.bytesUploaded = wholeNumber<std::int64_t>(number(o, "bytesUploaded").value_or(0));
     if (o.value(QLatin1String("server")).isObject()) {
         r.server = SpeedTestServer::fromJson(o.value(QLatin1String("server")).toObject());
     }

@@ -1,5 +1,7 @@
 #include "core/speedtest/speed_test_server.h"
 
+#include "core/text/whole_number.h"
+
 #include <QJsonDocument>
 #include <QStringList>
 
@@ -46,7 +48,7 @@ std::optional<SpeedTestServer> SpeedTestServer::fromMeta(const QByteArray& body)
     s.clientIP = text(o, "clientIp");
     s.isp = text(o, "asOrganization");
     if (o.value(QLatin1String("asn")).isDouble()) {
-        s.asn = static_cast<std::int64_t>(o.value(QLatin1String("asn")).toDouble());
+        s.asn = wholeNumber<std::int64_t>(o.value(QLatin1String("asn")).toDouble());
     }
     s.httpProtocol = text(o, "httpProtocol");
     return s;
@@ -116,7 +118,7 @@ SpeedTestServer SpeedTestServer::fromJson(const QJsonObject& o) {
     s.clientIP = text(o, "clientIP");
     s.isp = text(o, "isp");
     if (o.value(QLatin1String("asn")).isDouble()) {
-        s.asn = static_cast<std::int64_t>(o.value(QLatin1String("asn")).toDouble());
+        s.asn = wholeNumber<std::int64_t>(o.value(QLatin1String("asn")).toDouble());
     }
     s.httpProtocol = text(o, "httpProtocol");
     return s;

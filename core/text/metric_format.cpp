@@ -1,6 +1,7 @@
 #include "core/text/metric_format.h"
 
 #include "core/text/counts.h"
+#include "core/text/whole_number.h"
 
 #include <array>
 #include <cmath>
@@ -41,11 +42,11 @@ QString rate(double bytesPerSecond) {
     if (!(bytesPerSecond >= 1.0)) {
         return QStringLiteral("0 KB/s");
     }
-    return bytes(static_cast<std::int64_t>(bytesPerSecond)) + QStringLiteral("/s");
+    return bytes(wholeNumber<std::int64_t>(bytesPerSecond)) + QStringLiteral("/s");
 }
 
 QString duration(double seconds) {
-    const auto minutes = seconds > 0 ? static_cast<std::int64_t>(seconds / 60.0) : 0;
+    const auto minutes = seconds > 0 ? wholeNumber<std::int64_t>(seconds / 60.0) : 0;
     if (minutes < 60) {
         return minutesOf(minutes);
     }

@@ -1,6 +1,7 @@
 #include "core/agents/limits/agent_usage_report.h"
 
 #include "core/text/metric_format.h"
+#include "core/text/whole_number.h"
 
 #include <algorithm>
 
@@ -77,7 +78,7 @@ QString AgentUsageError::menuText() const {
 }
 
 QString percentUsed(double used) {
-    return QStringLiteral("%1% used").arg(qRound(used * 100.0));
+    return QStringLiteral("%1% used").arg(roundedNumber<qint64>(used * 100.0));
 }
 
 ReportWords describe(const AgentUsageReport& r, const QDateTime& now) {

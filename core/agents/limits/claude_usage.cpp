@@ -1,6 +1,7 @@
 #include "core/agents/limits/claude_usage.h"
 
 #include "core/agents/limits/usage_json.h"
+#include "core/agents/time_stamps.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -41,7 +42,7 @@ std::optional<Credentials> credentials(const QByteArray& json) {
     Credentials c;
     c.accessToken = *token;
     if (const auto ms = UsageJSON::number(oauth.value(QLatin1String("expiresAt")))) {
-        c.expiresAt = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(*ms), Qt::UTC);
+        c.expiresAt = TimeStamps::fromSeconds(*ms / 1000.0);
     }
     c.subscription = UsageJSON::text(oauth.value(QLatin1String("subscriptionType")));
     c.rateLimitTier = UsageJSON::text(oauth.value(QLatin1String("rateLimitTier")));

@@ -1,6 +1,7 @@
 #include "core/agents/limits/codex_usage.h"
 
 #include "core/agents/limits/usage_json.h"
+#include "core/agents/time_stamps.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -28,7 +29,7 @@ std::optional<UsageLimit> window(const QJsonObject& w, const QString& id, const 
     l.used = std::max(*percent / 100.0, 0.0);
     l.window = UsageJSON::number(w.value(QLatin1String("limit_window_seconds")));
     if (const auto after = UsageJSON::number(w.value(QLatin1String("reset_after_seconds")))) {
-        l.resetsAt = now.addMSecs(static_cast<qint64>(*after * 1000));
+        l.resetsAt = TimeStamps::secondsAfter(now, *after);
     } else {
         l.resetsAt = UsageJSON::date(w.value(QLatin1String("reset_at")));
     }
@@ -110,7 +111,7 @@ limitsFromLine(const QByteArray& line) {
             l.window = *minutes * 60.0;
         }
         if (const auto in = UsageJSON::number(w.value(QLatin1String("resets_in_seconds")))) {
-            l.resetsAt = stamp->addMSecs(static_cast<qint64>(*in * 1000));
+            l.resetsAt = TimeStamps::secondsAfter(*stamp, *in);
         } else {
             l.resetsAt = UsageJSON::date(w.value(QLatin1String("resets_at")));
         }

@@ -5,6 +5,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <array>
+#include <cmath>
 
 namespace tarvik::CopilotUsage {
 namespace {
@@ -18,7 +19,7 @@ constexpr std::array<Quota, 3> kQuotas = {{{"premium_interactions", "Premium Req
                                            {"completions", "Code Completions"}}};
 
 QString amount(double v) {
-    return QString::number(v, 'f', v == static_cast<double>(static_cast<long long>(v)) ? 0 : 1);
+    return QString::number(v, 'f', v == std::trunc(v) ? 0 : 1);
 }
 
 } // namespace

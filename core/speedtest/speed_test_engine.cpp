@@ -1,6 +1,7 @@
 #include "core/speedtest/speed_test_engine.h"
 
 #include "core/agents/limits/retry_after.h"
+#include "core/net/limited_answer.h"
 #include "core/net/worker_wait.h"
 #include "core/sys/tcp_acked.h"
 
@@ -23,27 +24,48 @@ namespace {
 
 struct Cancelled {};
 
-// How long a request may go without a byte moving: a transfer, or a small request (the server's
-// details, a ping), which a server that can be reached answers in well under a second.
+// How long a transfer may go without a byte moving.
 constexpr int kTransferTimeoutMs = 60'000;
-constexpr int kAnswerTimeoutMs = 10'000;
+// The most a small answer (the server's details, a ping) may hold: the service's are a few
+// hundred bytes.
+constexpr qint64 kAnswerBytes = 64 * 1024;
+// What a transfer's reply may hold unread: downloads are counted as they come, never kept, and
+// a server sending faster than they are counted waits for them.
+constexpr qint64 kTransferBuffer = 1 << 20;
 
-QNetworkRequest request(const QUrl& base, const QString& path, int timeoutMs = kTransferTimeoutMs) {
+QNetworkRequest request(const QUrl& base, const QString& path) {
     QNetworkRequest r(base.resolved(QUrl(path)));
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
-    r.setTransferTimeout(timeoutMs);
+    r.setTransferTimeout(kTransferTimeoutMs);
     // The service answers "meta" only to requests that come from its own page.
     r.setRawHeader("Referer", base.toString().toUtf8());
+    // The bytes on the wire are what is measured, and nothing is inflated: Qt decompresses
+    // only what it asked to be compressed.
+    r.setRawHeader("Accept-Encoding", "identity");
     return r;
 }
 
-// Why a request got no answer. Qt ends a request that times out as if it were cancelled.
-QString noAnswer(const QNetworkReply& reply) {
-    return reply.error() == QNetworkReply::OperationCanceledError
-               ? QStringLiteral("The server didn't answer within %1 s.")
-                     .arg(kAnswerTimeoutMs / 1000)
-               : reply.errorString();
+const QString kTooLarge = QStringLiteral("The server's answer was too large.");
+
+// A small answer, read within the test's limits.
+LimitedAnswer limited(QNetworkReply* reply, const SpeedTestConfiguration& config) {
+    return {reply, kAnswerBytes, static_cast<int>(config.answerTimeout * 1000)};
+}
+
+// Why a small request got no answer, or not a whole one.
+QString noAnswer(const QNetworkReply& reply, const LimitedAnswer& answer,
+                 const SpeedTestConfiguration& config) {
+    switch (answer.cut()) {
+    case LimitedAnswer::Cut::TooLarge:
+        return kTooLarge;
+    case LimitedAnswer::Cut::TooSlow:
+        return QStringLiteral("The server didn't answer within %1 s.")
+            .arg(QString::number(config.answerTimeout));
+    case LimitedAnswer::Cut::None:
+        break;
+    }
+    return reply.errorString();
 }
 
 // A session of its own: its own connection pool, no cookies kept.
@@ -91,10 +113,12 @@ public:
     struct Fetched {
         std::optional<QByteArray> body; // none when the request failed
         bool answered = false;          // the server sent a status, whatever it was
+        bool cut = false;               // the answer broke the limits of a small one
         QString error;
     };
     Fetched fetch(QNetworkAccessManager& nam, const QString& path) {
-        QNetworkReply* reply = nam.get(request(config_.baseURL, path, kAnswerTimeoutMs));
+        QNetworkReply* reply = nam.get(request(config_.baseURL, path));
+        const LimitedAnswer answer = limited(reply, config_);
         QEventLoop loop;
         QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
         try {
@@ -106,10 +130,11 @@ public:
         }
         Fetched out;
         out.answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() != 0;
+        out.cut = answer.cut() != LimitedAnswer::Cut::None;
         if (reply->error() == QNetworkReply::NoError) {
-            out.body = reply->readAll();
+            out.body = answer.body();
         } else {
-            out.error = noAnswer(*reply);
+            out.error = noAnswer(*reply, answer, config_);
         }
         reply->deleteLater();
         return out;
@@ -120,40 +145,41 @@ public:
         std::optional<QString> error;
     };
     // Starts a ping; `done` receives its outcome on this thread's event loop.
-    static QNetworkReply* startPing(QNetworkAccessManager& nam, const QUrl& base,
+    static QNetworkReply* startPing(QNetworkAccessManager& nam,
+                                    const SpeedTestConfiguration& config,
                                     std::function<void(PingOutcome)> done) {
         auto clock = std::make_shared<QElapsedTimer>();
         clock->start();
-        QNetworkReply* reply =
-            nam.get(request(base, QStringLiteral("__down?bytes=0"), kAnswerTimeoutMs));
-        QObject::connect(reply, &QNetworkReply::finished, reply, [reply, clock, done] {
-            const qint64 elapsed = clock->nsecsElapsed();
-            if (reply->isOpen()) {
-                reply->readAll();
-            }
-            PingOutcome out;
-            const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-            if (reply->error() != QNetworkReply::NoError && status == 0) {
-                out.error = noAnswer(*reply);
-            } else if (status < 200 || status > 299) {
-                out.error = QStringLiteral("The server answered with an error.");
-            } else {
-                const QByteArray timing = reply->rawHeader("Server-Timing");
-                out.ms = SpeedTestMath::pingMilliseconds(
-                    elapsed, SpeedTestMath::serverDuration(
-                                 timing.isNull() ? std::nullopt
-                                                 : std::optional(QString::fromLatin1(timing))));
-            }
-            reply->deleteLater();
-            done(out);
-        });
+        QNetworkReply* reply = nam.get(request(config.baseURL, QStringLiteral("__down?bytes=0")));
+        const LimitedAnswer answer = limited(reply, config);
+        QObject::connect(
+            reply, &QNetworkReply::finished, reply, [reply, clock, done, answer, &config] {
+                const qint64 elapsed = clock->nsecsElapsed();
+                PingOutcome out;
+                const int status =
+                    reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+                if (reply->error() != QNetworkReply::NoError &&
+                    (status == 0 || answer.cut() != LimitedAnswer::Cut::None)) {
+                    out.error = noAnswer(*reply, answer, config);
+                } else if (status < 200 || status > 299) {
+                    out.error = QStringLiteral("The server answered with an error.");
+                } else {
+                    const QByteArray timing = reply->rawHeader("Server-Timing");
+                    out.ms = SpeedTestMath::pingMilliseconds(
+                        elapsed, SpeedTestMath::serverDuration(
+                                     timing.isNull() ? std::nullopt
+                                                     : std::optional(QString::fromLatin1(timing))));
+                }
+                reply->deleteLater();
+                done(out);
+            });
         return reply;
     }
 
     PingOutcome ping(QNetworkAccessManager& nam) {
         PingOutcome result;
         QEventLoop loop;
-        QPointer<QNetworkReply> reply = startPing(nam, config_.baseURL, [&](PingOutcome o) {
+        QPointer<QNetworkReply> reply = startPing(nam, config_, [&](PingOutcome o) {
             result = o;
             loop.quit();
         });
@@ -257,9 +283,11 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
     };
     start = [&](QNetworkAccessManager* nam) {
         QNetworkReply* reply = nullptr;
+        std::optional<LimitedAnswer> answer; // an upload's
         if (download) {
             reply = nam->get(request(config.baseURL,
                                      QStringLiteral("__down?bytes=%1").arg(monitor.downloadChunk)));
+            reply->setReadBufferSize(kTransferBuffer);
             QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply, &monitor] {
                 monitor.transferred += reply->readAll().size(); // counted, never kept
             });
@@ -280,8 +308,11 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
                                      *sent = bytesSent;
                                  }
                              });
+            // The answer to an upload is a status. Qt reads what follows it however small the
+            // read buffer, so a body past a small answer's size ends the request.
+            answer = LimitedAnswer(reply, kAnswerBytes, 0);
         }
-        QObject::connect(reply, &QNetworkReply::finished, reply, [&, reply, nam] {
+        QObject::connect(reply, &QNetworkReply::finished, reply, [&, reply, nam, answer] {
             const auto error = reply->error();
             const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
             const QByteArray retryAfter = reply->rawHeader("Retry-After");
@@ -289,11 +320,12 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
                 reply->readAll();
             }
             reply->deleteLater();
-            if (error == QNetworkReply::OperationCanceledError) {
+            const bool tooLarge = answer && answer->cut() == LimitedAnswer::Cut::TooLarge;
+            if (error == QNetworkReply::OperationCanceledError && !tooLarge) {
                 return; // the phase ended
             }
-            const StreamFailure failure =
-                streamFailure(error, status, reply->errorString(), retryAfter);
+            const StreamFailure failure = streamFailure(
+                error, status, tooLarge ? kTooLarge : reply->errorString(), retryAfter);
             if (failure.description) {
                 monitor.lastError = failure.description;
             }
@@ -324,7 +356,7 @@ PhaseOutcome transfer(Runner& runner, const SpeedTestConfiguration& config, Spee
     std::function<void()> nextProbe;
     bool first = true;
     nextProbe = [&] {
-        Runner::startPing(*probe, config.baseURL, [&](Runner::PingOutcome o) {
+        Runner::startPing(*probe, config, [&](Runner::PingOutcome o) {
             if (!monitor.running) {
                 return;
             }
@@ -416,11 +448,12 @@ SpeedTestEngine::run(const std::optional<QString>& connection,
         const std::vector<QHostAddress> addresses = runner.serverAddresses();
         // Where the test runs: "meta", filled in from the trace; neither is required, but a
         // server that doesn't answer the first request at all can't be reached, and every
-        // further request would wait as long.
+        // further request would wait as long; nor is one whose first answer is too large or
+        // never ends the service, and every further answer would be the same.
         auto nam = session();
         std::optional<SpeedTestServer> server;
         const auto meta = runner.fetch(*nam, QStringLiteral("meta"));
-        if (!meta.answered) {
+        if (!meta.answered || meta.cut) {
             throw SpeedTestError{SpeedTestError::Kind::Unreachable, SpeedTestPhase::Latency,
                                  meta.error};
         }

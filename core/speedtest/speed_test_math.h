@@ -22,6 +22,9 @@ struct SpeedTestConfiguration {
     int streams = 6;
     std::int64_t downloadChunk = 50'000'000;
     std::int64_t uploadChunk = 8'000'000;
+    // Seconds a small answer (the server's details, a ping) may take from request to its end,
+    // which one from a server that can be reached takes well under one.
+    double answerTimeout = 10.0;
 };
 
 enum class SpeedTestPhase { Latency, Download, Upload };

@@ -63,6 +63,34 @@ TEST_F(TarvikCommand, AgentsFetchEveryEnabledProviderAndSayWhatIsMissing) {
     EXPECT_EQ(tarvik({"agents", "key", "set", "openrouter"}).exitCode, 2); // nothing on stdin
 }
 
+TEST_F(TarvikCommand, AgentsSayWhenAServiceFloodsOrBombsAndHoldLittle) {
+    tarvik::test::ScriptedServer server;
+    writeFile(home_.path() + "/.claude/.credentials.json",
+              R"({"claudeAiOauth":{"accessToken":"tok","subscriptionType":"pro"}})");
+    writeFile(home_.path() + "/.codex/auth.json", R"({"tokens":{"access_token":"t"}})");
+    server.answer("/api/oauth/usage",
+                  {200, "{}", {}, 0, tarvik::tools::HostileAnswer::EndlessChunks});
+    server.answer("/backend-api/wham/usage",
+                  {200, "{}", {}, 0, tarvik::tools::HostileAnswer::GzipBomb});
+    for (const char* name : {"TARVIK_CLAUDE_API", "TARVIK_CODEX_API"}) {
+        env_[name] = server.url().toString();
+    }
+    env_["PATH"] = "/nonexistent";
+    env_["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/nonexistent";
+    ASSERT_EQ(tarvik({"settings", "set", "agentUsage.enabled", "claude,codex"}).exitCode, 0);
+
+    const Outcome o = run_.measured({"agents", "--json"}, home_.path());
+    const QJsonArray cards = QJsonDocument::fromJson(o.out.toUtf8()).array();
+    ASSERT_EQ(cards.size(), 2) << o.out.toStdString() << o.err.toStdString();
+    for (const auto& card : cards) {
+        EXPECT_EQ(card.toObject()["error"].toObject()["message"],
+                  "The service's answer was too large for a usage report.")
+            << card.toObject()["provider"].toString().toStdString();
+    }
+    // An endless flood and 4 GiB inflated, each held to the few MiB an answer may take.
+    EXPECT_LT(o.peakKiB, 300 * 1024) << "peak " << o.peakKiB << " KiB";
+}
+
 TEST_F(TarvikCommand, PastedKeysLiveInTheKeyringAndReachOnlyTheirService) {
     const QString dbus = QStandardPaths::findExecutable("dbus-daemon");
     const QString keyring = QStandardPaths::findExecutable("gnome-keyring-daemon");

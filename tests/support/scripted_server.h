@@ -1,7 +1,10 @@
 #pragma once
 
 // A real HTTP/1.1 server on 127.0.0.1, on a thread of its own, that answers each path with
-// the status, headers and body a test gives it, and remembers the requests it saw.
+// the status, headers and body a test gives it, sent as they are or in one of the hostile ways,
+// and remembers the requests it saw.
+#include "tools/hostile_http/hostile_answer.h"
+
 #include <QMutex>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -16,12 +19,13 @@ class ScriptedServer {
 public:
     struct Answer {
         Answer(int s = 200, QByteArray b = {}, QList<std::pair<QByteArray, QByteArray>> h = {},
-               int delay = 0)
-            : status(s), body(std::move(b)), headers(std::move(h)), delayMs(delay) {}
+               int delay = 0, tools::HostileAnswer how = tools::HostileAnswer::None)
+            : status(s), body(std::move(b)), headers(std::move(h)), delayMs(delay), hostile(how) {}
         int status;
         QByteArray body;
         QList<std::pair<QByteArray, QByteArray>> headers;
         int delayMs;
+        tools::HostileAnswer hostile;
     };
     struct Request {
         QByteArray method;
@@ -92,13 +96,13 @@ private:
                 a = it->second;
             }
         }
-        QByteArray out = "HTTP/1.1 " + QByteArray::number(a.status) +
-                         " X\r\nContent-Length: " + QByteArray::number(a.body.size()) + "\r\n";
+        QByteArray headers;
         for (const auto& [name, value] : a.headers) {
-            out += name + ": " + value + "\r\n";
+            headers += name + ": " + value + "\r\n";
         }
-        out += "\r\n" + a.body;
-        QTimer::singleShot(a.delayMs, s, [s, out] { s->write(out); });
+        QTimer::singleShot(a.delayMs, s, [s, a, headers] {
+            tools::sendHostile(s, a.hostile, a.status, headers, a.body);
+        });
     }
 
     QThread thread_;

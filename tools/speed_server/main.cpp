@@ -54,9 +54,30 @@ int main(int argc, char** argv) {
         QStringLiteral("upload-read-rate"),
         QStringLiteral("Read upload bodies at most this fast, all together (0: at once)."),
         QStringLiteral("bytes/s"), QStringLiteral("0"));
+    QStringList kinds;
+    for (const auto kind : tarvik::tools::hostileAnswers()) {
+        kinds << tarvik::tools::name(kind);
+    }
+    const QString kindList = kinds.join(QStringLiteral(", "));
+    const QCommandLineOption hostile(
+        QStringLiteral("hostile"), QStringLiteral("Send every answer this way: %1.").arg(kindList),
+        QStringLiteral("kind"), QStringLiteral("none"));
+    const QCommandLineOption hostileTransfers(
+        QStringLiteral("hostile-transfers"),
+        QStringLiteral("Send the downloads' and uploads' answers this way."),
+        QStringLiteral("kind"), QStringLiteral("none"));
     parser.addOptions({address, port, failPings, stall, refuse, cut, delay, forbid, rateLimit,
-                       retryAfter, severalMetrics, serverMs, coloObject, uploadRate});
+                       retryAfter, severalMetrics, serverMs, coloObject, uploadRate, hostile,
+                       hostileTransfers});
     parser.process(app);
+    const auto hostility = tarvik::tools::hostileAnswerNamed(parser.value(hostile));
+    const auto transferHostility =
+        tarvik::tools::hostileAnswerNamed(parser.value(hostileTransfers));
+    if (!hostility || !transferHostility) {
+        std::fprintf(stderr, "tarvik-speed-server: the hostile answers are %s\n",
+                     qPrintable(kindList));
+        return 2;
+    }
 
     tarvik::tools::SpeedServer server;
     auto& k = server.knobs;
@@ -72,6 +93,8 @@ int main(int argc, char** argv) {
     k.serverMilliseconds = parser.value(serverMs).toInt();
     k.coloAsObject = parser.isSet(coloObject);
     k.uploadReadRate = parser.value(uploadRate).toLongLong();
+    k.hostileAnswers = *hostility;
+    k.hostileTransfers = *transferHostility;
 
     const QHostAddress host(parser.value(address));
     const quint16 bound = server.listen(host, static_cast<quint16>(parser.value(port).toUInt()));

@@ -90,6 +90,10 @@ void SpeedServer::serve(QTcpSocket* s) {
         return;
     }
     Connection& c = it->second;
+    if (c.taken) {
+        s->readAll();
+        return;
+    }
     // Upload bodies are read into one scratch buffer and dropped, never kept.
     static thread_local char scratch[256 * 1024];
     while (c.uploadLeft > 0 && c.buffer.isEmpty() && s->bytesAvailable() > 0) {
@@ -125,7 +129,7 @@ void SpeedServer::serveBuffered(QTcpSocket* s) {
     // An answer may hang up, which forgets the connection: look it up again every time.
     for (auto it = connections_.find(s); it != connections_.end(); it = connections_.find(s)) {
         Connection& c = it->second;
-        if (c.waiting || c.downloadLeft > 0) {
+        if (c.waiting || c.downloadLeft > 0 || c.taken) {
             return;
         }
         if (c.uploadLeft > 0) {
@@ -162,8 +166,18 @@ void SpeedServer::serveBuffered(QTcpSocket* s) {
     }
 }
 
+void SpeedServer::send(QTcpSocket* s, HostileAnswer hostility, int status, const QByteArray& body,
+                       const QByteArray& extra) {
+    if (hostility == HostileAnswer::None) {
+        respond(s, status, body, extra);
+        return;
+    }
+    sendHostile(s, hostility, status, extra, body);
+    connections_.at(s).taken = endless(hostility);
+}
+
 void SpeedServer::finishUpload(QTcpSocket* s, Connection& c) {
-    respond(s, c.uploadStatus, {}, c.uploadHeaders);
+    send(s, c.uploadHostility, c.uploadStatus, {}, c.uploadHeaders);
     c.uploadStatus = 200;
     c.uploadHeaders.clear();
 }
@@ -218,11 +232,19 @@ void SpeedServer::answer(QTcpSocket* s, const QByteArray& head) {
         referer = referer || lower.startsWith("referer:");
     }
     const QString path = url.path();
-    if (requestLine.value(0) == "POST" && path == "/__up") {
+    const bool upload = requestLine.value(0) == "POST" && path == "/__up";
+    const qint64 bytes =
+        path == "/__down" ? QUrlQuery(url).queryItemValue(QStringLiteral("bytes")).toLongLong() : 0;
+    HostileAnswer hostility = knobs.hostileAnswers;
+    if (hostility == HostileAnswer::None && (upload || bytes > 0)) {
+        hostility = knobs.hostileTransfers;
+    }
+    if (upload) {
         // The body is read either way, so that the connection stays usable.
         if (rateLimited(c.uploadHeaders)) {
             c.uploadStatus = 429;
         }
+        c.uploadHostility = hostility;
         c.uploadLeft = contentLength;
         if (contentLength == 0) {
             finishUpload(s, c);
@@ -234,14 +256,18 @@ void SpeedServer::answer(QTcpSocket* s, const QByteArray& head) {
         const QByteArray colo = knobs.coloAsObject
                                     ? R"({"iata": "FRA", "lat": 50.03, "city": "Frankfurt"})"
                                     : R"("FRA")";
-        respond(s, 200,
-                referer ? R"({"colo": )" + colo +
-                              R"(, "city": "Frankfurt", "asOrganization": "Loopback"})"
-                        : QByteArray());
+        send(s, hostility, 200,
+             referer
+                 ? R"({"colo": )" + colo + R"(, "city": "Frankfurt", "asOrganization": "Loopback"})"
+                 : QByteArray());
     } else if (path == "/cdn-cgi/trace") {
-        respond(s, 200, "ip=127.0.0.1\ncolo=AMS\nloc=DE\nhttp=http/1.1\n");
+        send(s, hostility, 200, "ip=127.0.0.1\ncolo=AMS\nloc=DE\nhttp=http/1.1\n");
     } else if (path == "/__down") {
-        const qint64 bytes = QUrlQuery(url).queryItemValue(QStringLiteral("bytes")).toLongLong();
+        if (hostility != HostileAnswer::None) {
+            send(s, hostility, 200, QByteArray(std::min<qint64>(bytes, 64 * 1024), 'x'),
+                 "Server-Timing: cfRequestDuration;dur=0\r\n");
+            return;
+        }
         if (bytes == 0 && knobs.failPings) {
             respond(s, 503, {});
             return;

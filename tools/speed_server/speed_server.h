@@ -4,6 +4,8 @@
 // "__down?bytes=N" with a Server-Timing header, "__up"), with switches for the ways the real
 // service misbehaves or has changed. The tests run it on 127.0.0.1; the shaped-link benchmark
 // runs it as a program of its own in a network namespace.
+#include "tools/hostile_http/hostile_answer.h"
+
 #include <QByteArray>
 #include <QElapsedTimer>
 #include <QHostAddress>
@@ -38,6 +40,10 @@ struct SpeedServerKnobs {
     // Each new connection's receive buffers (the kernel's and Qt's) in bytes, fixed, so that
     // unread upload bytes wait at the uploader; 0 leaves them to grow, to megabytes on loopback.
     std::atomic<int> receiveBuffer = 0;
+    // Every answer is sent this way instead (hostile_answer.h)…
+    std::atomic<HostileAnswer> hostileAnswers = HostileAnswer::None;
+    // …or only the answers to downloads and uploads.
+    std::atomic<HostileAnswer> hostileTransfers = HostileAnswer::None;
 };
 
 class SpeedServer : public QObject {
@@ -62,12 +68,17 @@ private:
         int uploadStatus = 200; // answered once the whole upload body is in
         QByteArray uploadHeaders;
         bool throttled = false; // a read is due once the upload rate allows it
+        HostileAnswer uploadHostility = HostileAnswer::None; // how the upload is answered
+        bool taken = false; // by an endless answer: nothing more is read from it
     };
 
     void accept();
     void serve(QTcpSocket* socket);
     void serveBuffered(QTcpSocket* socket);
     void answer(QTcpSocket* socket, const QByteArray& head);
+    // Sends an answer, the hostile way when `hostility` says so.
+    void send(QTcpSocket* socket, HostileAnswer hostility, int status, const QByteArray& body,
+              const QByteArray& extra = {});
     void pump(QTcpSocket* socket);
     // Counts a transfer request; true (with the headers to send) when it gets a 429.
     bool rateLimited(QByteArray& headers);

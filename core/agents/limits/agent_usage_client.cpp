@@ -6,6 +6,7 @@
 #include "core/agents/limits/copilot_usage.h"
 #include "core/agents/limits/openrouter_usage.h"
 #include "core/agents/limits/rate_limit_headers.h"
+#include "core/net/limited_answer.h"
 #include "core/net/worker_wait.h"
 #include "core/sys/secret_store.h"
 #include "core/text/platform_words.h"
@@ -23,6 +24,9 @@
 
 namespace tarvik {
 namespace {
+
+// The most a service's answer may hold: a usage report is a few kilobytes.
+constexpr qint64 kAnswerBytes = 4 * 1024 * 1024;
 
 std::optional<QByteArray> readFile(const std::filesystem::path& path) {
     QFile f(QString::fromStdString(path.string()));
@@ -84,15 +88,18 @@ AgentUsageReport AgentUsageClient::fetch(AgentProvider provider, const QDateTime
 }
 
 AgentUsageClient::Answer AgentUsageClient::get(QNetworkRequest r, const QDateTime& now) {
-    r.setTransferTimeout(options_.timeoutMs);
     r.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
     r.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     r.setRawHeader("User-Agent", "Tarvik");
+    // A usage report is small: nothing is worth inflating, and Qt decompresses only what it
+    // asked to be compressed, so a compressed bomb stays the few MB it was sent as.
+    r.setRawHeader("Accept-Encoding", "identity");
     // A redirect to another host, port or scheme would carry the sign-in or key along: such a
     // redirect is not followed, and the answer is the redirect itself.
     r.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                    QNetworkRequest::SameOriginRedirectPolicy);
     QNetworkReply* reply = nam_->get(r);
+    const LimitedAnswer answer(reply, kAnswerBytes, options_.timeoutMs);
     QEventLoop loop;
     QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
     if (waitUnlessCancelled(loop, options_.cancel)) {
@@ -100,15 +107,31 @@ AgentUsageClient::Answer AgentUsageClient::get(QNetworkRequest r, const QDateTim
     }
     Answer a;
     a.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (reply->isOpen()) {
-        a.body = reply->readAll();
-    }
+    a.body = answer.body();
     for (const auto& pair : reply->rawHeaderPairs()) {
         a.headers.append({pair.first, pair.second});
     }
+    const bool whole = reply->error() == QNetworkReply::NoError;
     const QString error = reply->errorString();
     reply->deleteLater();
-    if (a.status == 0) {
+    if (answer.cut() != LimitedAnswer::Cut::None) {
+        // Qt's network thread may still be reading what the server keeps sending (headers
+        // that never end hold it until the server stops): later requests get a thread of
+        // their own.
+        nam_->clearConnectionCache();
+    }
+    switch (answer.cut()) {
+    case LimitedAnswer::Cut::TooLarge:
+        throw AgentUsageError::unexpected(
+            QStringLiteral("The service's answer was too large for a usage report."));
+    case LimitedAnswer::Cut::TooSlow:
+        throw AgentUsageError::network(QStringLiteral("No answer within %1 s")
+                                           .arg(QString::number(options_.timeoutMs / 1000.0)));
+    case LimitedAnswer::Cut::None:
+        break;
+    }
+    // An answer that broke off is none, whatever its status said.
+    if (a.status == 0 || (a.status >= 200 && a.status <= 299 && !whole)) {
         throw AgentUsageError::network(error);
     }
     if (const auto wait = RateLimitHeaders::retryAfter(a.status, a.headers, now)) {

@@ -44,7 +44,7 @@ public:
         // `gh` candidates tried in order before PATH.
         std::vector<QString> ghCandidates = {QStringLiteral("/home/linuxbrew/.linuxbrew/bin/gh"),
                                              QStringLiteral("/usr/local/bin/gh")};
-        int timeoutMs = 20'000;
+        int timeoutMs = 20'000; // for each answer, from its request to its last byte
         // Set when the answer is no longer wanted: a request under way is abandoned at once.
         const std::atomic<bool>* cancel = nullptr;
     };
@@ -60,8 +60,9 @@ public:
         QByteArray body;
         QList<std::pair<QByteArray, QByteArray>> headers;
     };
-    // Every request: time-out, "User-Agent: Tarvik", no cache. Throws rateLimited when the
-    // answer asks to slow down and network when nothing came back.
+    // Every request: time-out, "User-Agent: Tarvik", no cache, an answer of a few MB at most.
+    // Throws rateLimited when the answer asks to slow down, network when nothing or not all of
+    // it came back in time, and unexpected when it was too large.
     Answer get(QNetworkRequest request, const QDateTime& now);
 
 private:

@@ -1,5 +1,6 @@
 // Runs the engine against a real HTTP server on 127.0.0.1 that speaks the speed-test endpoints.
 #include "core/speedtest/speed_test_engine.h"
+#include "tests/support/heap_peak.h"
 #include "tests/support/speed_server.h"
 
 #include <QElapsedTimer>
@@ -8,6 +9,40 @@
 #include <gtest/gtest.h>
 
 using namespace tarvik;
+using tools::HostileAnswer;
+
+namespace {
+
+// A run against a server that cannot be trusted: its result or its error's words, how long it
+// took and how much memory it held at its worst.
+struct HostileRun {
+    std::optional<SpeedTestResult> result;
+    QString error;
+    qint64 ms = 0;
+    double heldMiB = 0;
+};
+
+HostileRun runHostile(const test::ServerThread& local) {
+    SpeedTestConfiguration c = local.shortTest();
+    c.latencySamples = 2;
+    c.transferDuration = 0.8;
+    c.warmup = 0.2;
+    c.answerTimeout = 1.5;
+    HostileRun run;
+    QElapsedTimer clock;
+    clock.start();
+    run.heldMiB = test::heapGrowthMiB([&] {
+        try {
+            run.result = SpeedTestEngine(c).run(std::nullopt, {});
+        } catch (const SpeedTestError& e) {
+            run.error = e.message();
+        }
+    });
+    run.ms = clock.elapsed();
+    return run;
+}
+
+} // namespace
 
 TEST(SpeedTestEngine, AWholeTestAgainstALocalServer) {
     test::ServerThread local;
@@ -268,4 +303,66 @@ TEST(SpeedTestEngine, UploadCountsWhatTheServerReceivedNotWhatWaitsInSocketBuffe
     EXPECT_NEAR(served, 16.0, 4.0); // the knob's 2 MB/s
     // Counting what the sockets were handed instead, it came out at five to seven times this.
     EXPECT_NEAR(result->uploadMbps, served, 0.25 * served);
+}
+
+TEST(SpeedTestEngine, AnswersThatBreakHttpEndTheTestInPlainWordsHoldingLittle) {
+    const QString tooLarge =
+        "Couldn't reach the speed test server. The server's answer was too large.";
+    const QString tooSlow =
+        "Couldn't reach the speed test server. The server didn't answer within 1.5 s.";
+    // Every answer sent the hostile way; no error expected: the test goes through.
+    const std::map<HostileAnswer, QString> expected = {
+        {HostileAnswer::EndlessHeaders, tooSlow}, {HostileAnswer::LongerThanDeclared, {}},
+        {HostileAnswer::EndlessChunks, tooLarge}, {HostileAnswer::EndlessUnsized, tooLarge},
+        {HostileAnswer::Trickle, tooSlow},        {HostileAnswer::GzipBomb, tooLarge},
+        {HostileAnswer::InvalidUtf8, {}},         {HostileAnswer::DeepArrays, tooLarge},
+        {HostileAnswer::DeepObjects, tooLarge},
+    };
+    for (const HostileAnswer how : tools::hostileAnswers()) {
+        SCOPED_TRACE(tools::name(how).toStdString());
+        test::ServerThread local;
+        local.knobs.hostileAnswers = how;
+        const HostileRun run = runHostile(local);
+        EXPECT_EQ(run.error, expected.at(how));
+        EXPECT_EQ(run.result.has_value(), expected.at(how).isEmpty());
+        EXPECT_LT(run.ms, 15'000);                 // a few answer timeouts at most
+        EXPECT_LT(run.heldMiB, 48) << run.heldMiB; // a flood or a bomb grows nothing
+        if (how == HostileAnswer::LongerThanDeclared && run.result) {
+            // The declared answer is read, and what follows it is not taken for part of it.
+            ASSERT_TRUE(run.result->server);
+            EXPECT_EQ(run.result->server->locationText(), "Frankfurt (FRA)");
+        }
+        if (how == HostileAnswer::InvalidUtf8 && run.result) {
+            // "meta", not UTF-8, is not read at all; the trace's broken line is only its first.
+            ASSERT_TRUE(run.result->server);
+            EXPECT_EQ(run.result->server->locationText(), "AMS");
+            EXPECT_FALSE(run.result->server->clientIP);
+        }
+    }
+}
+
+TEST(SpeedTestEngine, HostileTransferAnswersAreCountedNeverKept) {
+    // The server's details and pings are answered well; downloads and uploads the hostile way.
+    for (const HostileAnswer how :
+         {HostileAnswer::EndlessHeaders, HostileAnswer::LongerThanDeclared,
+          HostileAnswer::EndlessChunks, HostileAnswer::EndlessUnsized, HostileAnswer::Trickle,
+          HostileAnswer::GzipBomb}) {
+        SCOPED_TRACE(tools::name(how).toStdString());
+        test::ServerThread local;
+        local.knobs.hostileTransfers = how;
+        const HostileRun run = runHostile(local);
+        if (how == HostileAnswer::EndlessHeaders) {
+            EXPECT_EQ(run.error, "The download test didn't transfer any data.");
+        } else {
+            ASSERT_TRUE(run.result) << run.error.toStdString();
+            EXPECT_GT(run.result->bytesDownloaded, 0);
+        }
+        EXPECT_LT(run.ms, 15'000);
+        // Floods are counted as they come and a bomb is never inflated: a few MiB. Bytes past an
+        // upload's declared answer are read by Qt into the idle connection, however small the
+        // read buffer, until the connection is used again or closed: over loopback, up to about
+        // 100 MiB for a moment. An endless answer to an upload, read that way before it was
+        // limited, held 470 MiB within this test's 0.8 s and grew for as long as the phase ran.
+        EXPECT_LT(run.heldMiB, how == HostileAnswer::LongerThanDeclared ? 200 : 48) << run.heldMiB;
+    }
 }

@@ -1,11 +1,14 @@
 // The usage client against local servers that answer like the services, with real sign-in
 // files in a temporary home.
 #include "core/agents/limits/agent_usage_client.h"
+#include "tests/support/heap_peak.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/temp_home.h"
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonParseError>
 #include <QLocale>
 #include <QTimer>
 #include <gtest/gtest.h>
@@ -13,6 +16,7 @@
 using namespace tarvik;
 using tarvik::test::ScriptedServer;
 using tarvik::test::writeFile;
+using tarvik::tools::HostileAnswer;
 
 namespace {
 
@@ -255,4 +259,61 @@ TEST(AgentUsageClient, ARequestNoLongerWantedIsAbandonedAtOnce) {
     clock.start();
     EXPECT_EQ(failure(c, AgentProvider::Claude).kind, AgentUsageError::Kind::Network);
     EXPECT_LT(clock.elapsed(), 10'000); // did not wait for the answer
+}
+
+TEST(AgentUsageClient, AnswersThatBreakHttpEndInPlainWordsHoldingLittle) {
+    test::TempHome home;
+    signInClaude(home, kNow.addSecs(3600).toMSecsSinceEpoch());
+    ScriptedServer server;
+    auto c = client(server); // 2 s for each answer
+    const QByteArray usage =
+        R"({"five_hour":{"utilization":12,"resets_at":"2030-01-01T00:00:00Z"}})";
+    const QString tooLarge = "The service's answer was too large for a usage report.";
+    const QString noAnswer = "Couldn't connect: No answer within 2 s";
+    const QString notUnderstood = "Claude's usage response wasn't understood.";
+    // The report read ("12% used"), or the error's words.
+    const std::map<HostileAnswer, QString> expected = {
+        {HostileAnswer::EndlessHeaders, noAnswer},
+        {HostileAnswer::LongerThanDeclared, "12% used"}, // the declared answer, and no more
+        {HostileAnswer::EndlessChunks, tooLarge},
+        {HostileAnswer::EndlessUnsized, tooLarge},
+        {HostileAnswer::Trickle, noAnswer},
+        {HostileAnswer::GzipBomb, tooLarge},
+        {HostileAnswer::InvalidUtf8, notUnderstood},
+        {HostileAnswer::DeepArrays, notUnderstood},
+        {HostileAnswer::DeepObjects, notUnderstood},
+    };
+    for (const HostileAnswer how : tools::hostileAnswers()) {
+        SCOPED_TRACE(tools::name(how).toStdString());
+        server.answer("/api/oauth/usage", {200, usage, {}, 0, how});
+        QString said;
+        QElapsedTimer clock;
+        clock.start();
+        const double held = test::heapGrowthMiB([&] {
+            try {
+                const AgentUsageReport r = c.fetch(AgentProvider::Claude, kNow);
+                said = r.limits.empty() ? QString() : percentUsed(r.limits.front().used);
+            } catch (const AgentUsageError& e) {
+                said = e.message();
+            }
+        });
+        EXPECT_EQ(said.toStdString(), expected.at(how).toStdString());
+        // Within the answer's 2 s; headers that never end also keep Qt's network thread reading
+        // them, which the client gives up waiting for after 5 s.
+        EXPECT_LT(clock.elapsed(), 15'000);
+        EXPECT_LT(held, 48) << held; // at most the 4 MiB an answer may hold, and buffers
+    }
+
+    // After all that, the same client reads a good answer at once.
+    server.answer("/api/oauth/usage", {200, usage});
+    EXPECT_EQ(c.fetch(AgentProvider::Claude, kNow).limits.size(), 1u);
+
+    // Nesting that deep is refused by Qt's parser itself, at its limit of 1,024 levels.
+    for (const QByteArray& deep :
+         {QByteArray(100'000, '[') + QByteArray(100'000, ']'),
+          QByteArray(R"({"a":)").repeated(100'000) + "1" + QByteArray(100'000, '}')}) {
+        QJsonParseError error;
+        EXPECT_TRUE(QJsonDocument::fromJson(deep, &error).isNull());
+        EXPECT_EQ(error.error, QJsonParseError::DeepNesting);
+    }
 }

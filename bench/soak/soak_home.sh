@@ -7,6 +7,10 @@ soak_work=$1
 export HOME=$soak_work/home XDG_CONFIG_HOME=$soak_work/home/.config
 export XDG_DATA_HOME=$soak_work/home/.local/share XDG_CACHE_HOME=$soak_work/home/.cache
 export XDG_RUNTIME_DIR=$soak_work/run
+# Tarvik's one-instance socket lives in the temporary folder: a folder of its own keeps the soak
+# from handing over to a Tarvik already running (the user's, or another soak's).
+export TMPDIR=$soak_work/tmp
+mkdir -p "$TMPDIR"
 unset CLAUDE_CONFIG_DIR CODEX_HOME
 mkdir -p "$HOME/.claude" "$HOME/.codex" "$XDG_CONFIG_HOME/github-copilot" "$XDG_RUNTIME_DIR"
 chmod 700 "$XDG_RUNTIME_DIR"

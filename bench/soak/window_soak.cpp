@@ -102,9 +102,10 @@ int main(int argc, char** argv) {
     }
     const std::int64_t grown = soak::residentKiB() - residentAtStart;
     const int opened = soak::openDescriptors() - descriptorsAtStart;
-    const bool pass = grown <= kResidentBoundKiB && opened == 0;
+    // Fewer at the end is no growth: a connection of round 10 was still closing then.
+    const bool pass = grown <= kResidentBoundKiB && opened <= 0;
     std::printf("# %d rounds of %zu screens: resident memory %+lld KiB and descriptors %+d from "
-                "round %d to the end (bound: %lld KiB, 0): %s\n",
+                "round %d to the end (bounds: %lld KiB, none more): %s\n",
                 rounds, sections.size(), static_cast<long long>(grown), opened, warmUp,
                 static_cast<long long>(kResidentBoundKiB), pass ? "PASS" : "FAIL");
     return pass ? 0 : 1;

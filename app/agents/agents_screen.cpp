@@ -33,19 +33,19 @@ namespace {
 // What a card says and offers, in order; a bar by its words, since its pace tick moves on its
 // own between fetches.
 QString contentOf(const QWidget* card) {
-    QStringList parts;
+    QStringList said;
     for (const QWidget* w : card->findChildren<QWidget*>()) {
-        parts << QLatin1String(w->metaObject()->className()) << w->objectName()
-              << w->accessibleName() << QString::number(static_cast<int>(w->isEnabled()));
+        said << QLatin1String(w->metaObject()->className()) << w->objectName()
+             << w->accessibleName() << QString::number(static_cast<int>(w->isEnabled()));
         if (const auto* label = qobject_cast<const QLabel*>(w)) {
-            parts << label->text();
+            said << label->text();
         } else if (const auto* button = qobject_cast<const QAbstractButton*>(w)) {
-            parts << button->text() << QString::number(static_cast<int>(button->isChecked()));
+            said << button->text() << QString::number(static_cast<int>(button->isChecked()));
         } else if (const auto* edit = qobject_cast<const QLineEdit*>(w)) {
-            parts << edit->placeholderText();
+            said << edit->placeholderText();
         }
     }
-    return parts.join(QChar(0x1f));
+    return said.join(QChar(0x1f));
 }
 
 } // namespace

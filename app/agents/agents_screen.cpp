@@ -13,6 +13,7 @@
 #include "core/agents/limits/openrouter_usage.h"
 #include "core/agents/spend/usage_format.h"
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDesktopServices>
@@ -27,6 +28,27 @@
 #include <QVBoxLayout>
 
 namespace tarvik {
+namespace {
+
+// What a card says and offers, in order; a bar by its words, since its pace tick moves on its
+// own between fetches.
+QString contentOf(const QWidget* card) {
+    QStringList said;
+    for (const QWidget* w : card->findChildren<QWidget*>()) {
+        said << QLatin1String(w->metaObject()->className()) << w->objectName()
+             << w->accessibleName() << QString::number(static_cast<int>(w->isEnabled()));
+        if (const auto* label = qobject_cast<const QLabel*>(w)) {
+            said << label->text();
+        } else if (const auto* button = qobject_cast<const QAbstractButton*>(w)) {
+            said << button->text() << QString::number(static_cast<int>(button->isChecked()));
+        } else if (const auto* edit = qobject_cast<const QLineEdit*>(w)) {
+            said << edit->placeholderText();
+        }
+    }
+    return said.join(QChar(0x1f));
+}
+
+} // namespace
 
 AgentsScreen::AgentsScreen(AgentsModel& model, QWidget* parent) : QWidget(parent), model_(model) {
     auto* layout = new QVBoxLayout(this);
@@ -109,15 +131,37 @@ void AgentsScreen::renderCards() {
     for (auto* edit : findChildren<QLineEdit*>()) {
         typed[edit->objectName()] = edit->text();
     }
-    while (QLayoutItem* item = cards_->takeAt(0)) {
-        delete item->widget();
-        delete item;
-    }
+    std::vector<QWidget*> built;
     for (int i = 0; i < static_cast<int>(model_.cards().size()); ++i) {
-        cards_->addWidget(buildCard(i));
+        built.push_back(buildCard(i));
     }
-    for (auto* edit : findChildren<QLineEdit*>()) {
-        edit->setText(typed[edit->objectName()]);
+    // Cards that would say the same stay: every new button is drawn anew into the style's
+    // pixmap cache, and the clock and each fetch asked for new cards, which filled the cache.
+    bool same = cards_->count() == static_cast<int>(built.size());
+    for (int i = 0; same && i < cards_->count(); ++i) {
+        same =
+            contentOf(cards_->itemAt(i)->widget()) == contentOf(built[static_cast<std::size_t>(i)]);
+    }
+    if (same) {
+        for (int i = 0; i < cards_->count(); ++i) {
+            const auto shown = cards_->itemAt(i)->widget()->findChildren<LimitBar*>();
+            const auto fresh = built[static_cast<std::size_t>(i)]->findChildren<LimitBar*>();
+            for (qsizetype b = 0; b < shown.size(); ++b) {
+                shown[b]->setValues(fresh[b]->used(), fresh[b]->evenPace());
+            }
+        }
+        qDeleteAll(built);
+    } else {
+        while (QLayoutItem* item = cards_->takeAt(0)) {
+            delete item->widget();
+            delete item;
+        }
+        for (QWidget* card : built) {
+            cards_->addWidget(card);
+        }
+        for (auto* edit : findChildren<QLineEdit*>()) {
+            edit->setText(typed[edit->objectName()]);
+        }
     }
     refresh_->setEnabled(!model_.isLoading());
     state_->setText(model_.isLoading() ? tr("Fetching…") : QString());

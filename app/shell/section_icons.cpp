@@ -135,8 +135,16 @@ QIcon sectionIcon(AppSection section) {
 }
 
 QIcon appIcon() {
-    QIcon icon = QIcon::fromTheme(QStringLiteral("org.pellor.tarvik"));
-    return icon.isNull() ? QIcon(QStringLiteral(":/icons/org.pellor.tarvik.svg")) : icon;
+    // One icon for the life of the program: the tray draws it on every reading, and each new
+    // QIcon renders its pixmaps again into the pixmap cache under keys of its own, which filled
+    // the cache (10 MB) with copies no one asks for again. Never freed, so it can't outlive the
+    // icon plugin that draws it.
+    static const QIcon* const icon = [] {
+        QIcon themed = QIcon::fromTheme(QStringLiteral("org.pellor.tarvik"));
+        return new QIcon(themed.isNull() ? QIcon(QStringLiteral(":/icons/org.pellor.tarvik.svg"))
+                                         : themed);
+    }();
+    return *icon;
 }
 
 } // namespace tarvik

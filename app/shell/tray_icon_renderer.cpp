@@ -6,6 +6,7 @@
 
 #include <QFont>
 #include <QFontMetricsF>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
@@ -67,6 +68,46 @@ void drawBar(QPainter& p, const QRectF& slot, const MenuBarReading& r) {
         QRectF(slot.left(), slot.top(), std::max(slot.height(), slot.width() * f), slot.height()),
         radius, radius);
 }
+
+// The tray icon of one moment's readings, drawn at the size a tray asks for when it asks. An
+// icon of added pixmaps keeps every pixmap it hands out in the pixmap cache, and with a new icon
+// for each reading the icons of past readings stayed there until the cache was full.
+class TrayIconEngine : public QIconEngine {
+public:
+    explicit TrayIconEngine(TrayIconContent content) : content_(std::move(content)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
+        const int side = std::min(rect.width(), rect.height());
+        const qreal ratio =
+            painter->device() != nullptr ? painter->device()->devicePixelRatioF() : 1;
+        painter->drawImage(QRect(rect.x() + (rect.width() - side) / 2,
+                                 rect.y() + (rect.height() - side) / 2, side, side),
+                           renderTrayIcon(content_, side, ratio));
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        return scaledPixmap(size, mode, state, 1.0);
+    }
+    // `size` counts device pixels.
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode, QIcon::State, qreal scale) override {
+        const int side = std::min(size.width(), size.height());
+        return QPixmap::fromImage(
+            renderTrayIcon(content_, static_cast<int>(std::lround(side / scale)), scale));
+    }
+    QSize actualSize(const QSize& size, QIcon::Mode, QIcon::State) override {
+        const int side = std::min(size.width(), size.height());
+        return {side, side};
+    }
+    // What a tray that takes the pixmaps up front (a StatusNotifierItem host) gets.
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override {
+        return {{16, 16}, {22, 22}, {24, 24}, {32, 32}, {48, 48}, {64, 64}};
+    }
+    bool isNull() override { return false; }
+    QString key() const override { return QStringLiteral("tarvik-tray"); }
+    QIconEngine* clone() const override { return new TrayIconEngine(*this); }
+
+private:
+    TrayIconContent content_;
+};
 
 } // namespace
 
@@ -142,13 +183,7 @@ QIcon trayIcon(const TrayIconContent& content) {
     if (content.readings.empty()) {
         return appIcon();
     }
-    QIcon icon;
-    for (int size : {16, 22, 24, 32, 48, 64}) {
-        for (double ratio : {1.0, 2.0}) {
-            icon.addPixmap(QPixmap::fromImage(renderTrayIcon(content, size, ratio)));
-        }
-    }
-    return icon;
+    return QIcon(new TrayIconEngine(content));
 }
 
 QString trayTooltip(const std::vector<MenuBarReading>& readings) {

@@ -43,7 +43,7 @@ TrayIconLayout layoutTrayIcon(const TrayIconContent& content, double size);
 // with a dark halo read on light and dark panels alike; bars take a colour only for what their
 // level means.
 QImage renderTrayIcon(const TrayIconContent& content, int size, double devicePixelRatio = 1.0);
-// Every size a tray asks for, at 1× and 2×.
+// The icon for a tray: drawn at whatever size and pixel ratio the tray asks for.
 QIcon trayIcon(const TrayIconContent& content);
 // The tooltip: "Tarvik" and the readings in words, one per line.
 QString trayTooltip(const std::vector<MenuBarReading>& readings);

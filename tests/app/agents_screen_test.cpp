@@ -25,10 +25,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPointer>
 #include <QPushButton>
 #include <QToolButton>
 #include <QToolTip>
 #include <QValueAxis>
+#include <cmath>
 #include <gtest/gtest.h>
 
 using namespace tarvik;
@@ -144,6 +146,36 @@ QByteArray opusAnswer(const QString& id, int input, int output) {
 }
 
 } // namespace
+
+TEST(AgentsScreen, ACardThatWouldSayTheSameStaysAndANewAnswerReplacesIt) {
+    test::TempHome home;
+    test::AgentServices services;
+    writeFile(home.path() + "/.claude/.credentials.json",
+              R"({"claudeAiOauth":{"accessToken":"tok","subscriptionType":"pro"}})");
+    services.server.answer("/api/oauth/usage", {200, R"({"five_hour":{"utilization":30}})"});
+    AppModels models(optionsIn(home));
+    AgentsScreen screen(models.agents());
+    screen.show();
+    auto used = [&screen] {
+        const auto* bar = screen.findChild<LimitBar*>("limit_claude_five_hour");
+        return bar != nullptr ? bar->used() : -1.0;
+    };
+    ASSERT_TRUE(test::waitUntil(
+        [&] { return !models.agents().isLoading() && std::abs(used() - 0.3) < 1e-9; }));
+    const QPointer<Card> claude = screen.findChild<Card*>("card_claude");
+    ASSERT_FALSE(claude.isNull());
+
+    // The same answer again: the card on screen stays, with the buttons already drawn.
+    screen.findChild<QPushButton*>("refreshAgents")->click();
+    ASSERT_TRUE(test::waitUntil([&] { return !models.agents().isLoading(); }));
+    test::pumpEventsFor(200); // the screen redraws after the model
+    EXPECT_FALSE(claude.isNull());
+
+    services.server.answer("/api/oauth/usage", {200, R"({"five_hour":{"utilization":60}})"});
+    screen.findChild<QPushButton*>("refreshAgents")->click();
+    ASSERT_TRUE(test::waitUntil([&] { return std::abs(used() - 0.6) < 1e-9; }));
+    EXPECT_TRUE(claude.isNull());
+}
 
 TEST(AgentsScreen, SpendFromTheLocalLogsByPeriodReadAgainOnRefreshAndCharted) {
     test::TempHome home;

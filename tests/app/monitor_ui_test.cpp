@@ -107,6 +107,20 @@ TEST(TrayIcon, TheSymbolShowsWhenChosenAndWhenNothingElseIs) {
     }
 }
 
+TEST(TrayIcon, IsDrawnAtTheSizeAndPixelRatioTheTrayAsksFor) {
+    const TrayIconContent content{true, {{MenuBarStat::Cpu, "23%", "CPU 23%", 0.23}}};
+    const QIcon icon = trayIcon(content);
+    EXPECT_TRUE(icon.availableSizes().contains(QSize(22, 22)));
+    // 28 is no size the tray icon was ever drawn at ahead: it is drawn for it, not scaled.
+    for (int size : {22, 28}) {
+        for (double ratio : {1.0, 2.0}) {
+            EXPECT_EQ(icon.pixmap(QSize(size, size), ratio).toImage(),
+                      renderTrayIcon(content, size, ratio))
+                << size << "@" << ratio;
+        }
+    }
+}
+
 TEST(TrayIcon, EveryReadingDrawnCarriesItsGlyphAtOneAndTwoTimesScale) {
     const std::vector<MenuBarReading> two{{MenuBarStat::Cpu, "23%", "CPU 23%", 0.23},
                                           {MenuBarStat::Memory, "41%", "Memory 41%", 0.41}};

@@ -135,23 +135,12 @@ void AgentsScreen::renderCards() {
     for (int i = 0; i < static_cast<int>(model_.cards().size()); ++i) {
         built.push_back(buildCard(i));
     }
-    // Cards that would say the same stay: every new button is drawn anew into the style's
-    // pixmap cache, and the clock and each fetch asked for new cards, which filled the cache.
-    bool same = cards_->count() == static_cast<int>(built.size());
-    for (int i = 0; same && i < cards_->count(); ++i) {
-        same =
-            contentOf(cards_->itemAt(i)->widget()) == contentOf(built[static_cast<std::size_t>(i)]);
-    }
-    if (same) {
-        for (int i = 0; i < cards_->count(); ++i) {
-            const auto shown = cards_->itemAt(i)->widget()->findChildren<LimitBar*>();
-            const auto fresh = built[static_cast<std::size_t>(i)]->findChildren<LimitBar*>();
-            for (qsizetype b = 0; b < shown.size(); ++b) {
-                shown[b]->setValues(fresh[b]->used(), fresh[b]->evenPace());
-            }
-        }
-        qDeleteAll(built);
-    } else {
+    // A card that would say the same stays, its bars moved in place: every new button is drawn
+    // anew into the style's pixmap cache, and the clock and each fetch asked for new cards, which
+    // filled the cache. The others are replaced one by one, so an answer for one agent leaves
+    // the rest alone.
+    std::vector<QWidget*> added;
+    if (cards_->count() != static_cast<int>(built.size())) {
         while (QLayoutItem* item = cards_->takeAt(0)) {
             delete item->widget();
             delete item;
@@ -159,7 +148,27 @@ void AgentsScreen::renderCards() {
         for (QWidget* card : built) {
             cards_->addWidget(card);
         }
-        for (auto* edit : findChildren<QLineEdit*>()) {
+        added = built;
+    } else {
+        for (int i = 0; i < cards_->count(); ++i) {
+            QWidget* shown = cards_->itemAt(i)->widget();
+            QWidget* fresh = built[static_cast<std::size_t>(i)];
+            if (contentOf(shown) == contentOf(fresh)) {
+                const auto shownBars = shown->findChildren<LimitBar*>();
+                const auto freshBars = fresh->findChildren<LimitBar*>();
+                for (qsizetype b = 0; b < shownBars.size(); ++b) {
+                    shownBars[b]->setValues(freshBars[b]->used(), freshBars[b]->evenPace());
+                }
+                delete fresh;
+            } else {
+                delete cards_->replaceWidget(shown, fresh);
+                delete shown;
+                added.push_back(fresh);
+            }
+        }
+    }
+    for (QWidget* card : added) {
+        for (auto* edit : card->findChildren<QLineEdit*>()) {
             edit->setText(typed[edit->objectName()]);
         }
     }

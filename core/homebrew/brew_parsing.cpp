@@ -1,6 +1,7 @@
 #include "core/homebrew/brew_parsing.h"
 
 #include "core/cleanup/directory_sizer.h"
+#include "core/text/whole_number.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -68,7 +69,7 @@ std::optional<BrewPackage> formula(const QJsonObject& o) {
     p.installedVersion = string(keg, "version");
     p.onRequest = boolean(keg, "installed_on_request");
     if (const QJsonValue t = keg.value(QLatin1String("time")); t.isDouble()) {
-        p.installedAt = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(t.toDouble()));
+        p.installedAt = QDateTime::fromSecsSinceEpoch(wholeNumber<qint64>(t.toDouble()));
     }
     p.pinned = boolean(o, "pinned");
     p.deprecated = boolean(o, "deprecated");
@@ -117,7 +118,7 @@ std::optional<BrewPackage> cask(const QJsonObject& o) {
     p.homepage = optionalString(o, "homepage");
     p.installedVersion = string(o, "installed");
     if (const QJsonValue t = o.value(QLatin1String("installed_time")); t.isDouble()) {
-        p.installedAt = QDateTime::fromSecsSinceEpoch(static_cast<qint64>(t.toDouble()));
+        p.installedAt = QDateTime::fromSecsSinceEpoch(wholeNumber<qint64>(t.toDouble()));
     }
     p.onRequest = true; // casks are never installed as dependencies
     p.deprecated = boolean(o, "deprecated");

@@ -121,7 +121,10 @@ std::optional<int> countCpuList(std::string_view list) {
     if (list.empty()) {
         return std::nullopt;
     }
-    int count = 0;
+    // The kernel counts at most 8,192 CPUs: a list of more is damage, and adding its ranges up
+    // would overflow.
+    constexpr std::int64_t kMostCpus = 8192;
+    std::int64_t count = 0;
     while (!list.empty()) {
         const auto comma = list.find(',');
         const auto range = list.substr(0, comma);
@@ -141,9 +144,12 @@ std::optional<int> countCpuList(std::string_view list) {
                 return std::nullopt;
             }
         }
-        count += last - first + 1;
+        count += std::int64_t{last} - first + 1;
+        if (count > kMostCpus) {
+            return std::nullopt;
+        }
     }
-    return count;
+    return static_cast<int>(count);
 }
 
 CPUTopology readTopology(const std::filesystem::path& root, int fallbackCores) {

@@ -84,6 +84,8 @@ TEST(CpuTopology, CountsCpuListsAndHybridCores) {
     EXPECT_EQ(countCpuList("0"), 1);
     EXPECT_FALSE(countCpuList(""));
     EXPECT_FALSE(countCpuList("3-1"));
+    EXPECT_FALSE(countCpuList("0-2147483647")); // more CPUs than the kernel counts
+    EXPECT_EQ(countCpuList("0-8191"), 8192);
     EXPECT_FALSE(countCpuList("a-b"));
 
     const auto node = readTopology(kFixtures / "linux/node-exporter", 0);

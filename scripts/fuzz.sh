@@ -84,7 +84,7 @@ case "${1:-}" in
     for t in "${targets[@]}"; do run "$t" "$each" || failed=1; done
     exit "$failed"
     ;;
-  ""|-*) sed -n '2,9p' "$0" | sed 's/^# \{0,1\}//' >&2; exit 2 ;;
+  ""|-*) sed -n '2,8p' "$0" | sed 's/^# \{0,1\}//' >&2; exit 2 ;;
   *)
     [ -f "$dir/fuzz/$1.seeds" ] || { echo "No fuzz target \"$1\"; scripts/fuzz.sh --list names them." >&2; exit 2; }
     run "$1" "${2:-600}"

@@ -12,6 +12,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-charts-dev libqt6opengl6-dev qt6-svg-dev qt6-qpa-plugins
   qt6-image-formats-plugins libgl-dev libxkbcommon-dev
   qcoro-qt6-dev libcli11-dev qtkeychain-qt6-dev libsimdjson-dev libevdev-dev libssl-dev
+  # GSettings (the dock's favourites) and desktop entries through GIO
+  libglib2.0-dev
   # the test servers' gzip bomb
   zlib1g-dev
   # tests and benchmarks

@@ -65,8 +65,9 @@ QString LoginItem::quoteExecArgument(const QString& argument) {
     for (QChar c : argument) {
         needsQuotes = needsQuotes || reserved.contains(c);
     }
+    // A literal percent sign is doubled, quoted or not: "%x" is a field code.
     if (!needsQuotes) {
-        return argument;
+        return QString(argument).replace(QLatin1Char('%'), QLatin1String("%%"));
     }
     QString quoted;
     for (QChar c : argument) {
@@ -77,6 +78,7 @@ QString LoginItem::quoteExecArgument(const QString& argument) {
     }
     // Inside a desktop-entry string value a backslash is itself escaped once more.
     quoted.replace(QLatin1String("\\"), QLatin1String("\\\\"));
+    quoted.replace(QLatin1Char('%'), QLatin1String("%%"));
     return QLatin1Char('"') + quoted + QLatin1Char('"');
 }
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "dock/app_folder.h"
+#include "dock/dock_paths.h"
+#include "dock/dock_spacer.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace tarvik {
+
+struct DockFolderBundleBuilderError {
+    QString message;
+};
+
+// A folder on the desktop: its launcher (org.pellor.tarvik.folder.<uuid>.desktop), its icon
+// set in the user's hicolor theme, and the folder's JSON that the launcher's helper reads.
+// Every file is written beside its place and renamed into it, the launcher last, so a failed
+// build leaves the previous folder working.
+class DockFolderBundleBuilder {
+public:
+    DockFolderBundleBuilder(DockPaths paths, DockFolderStore store);
+
+    // Builds or rebuilds the folder; returns its launcher's path. Throws
+    // DockFolderBundleBuilderError.
+    QString build(const AppFolder& folder, const QString& bundleName, bool resident) const;
+    QString launcherPath(const QUuid& folder) const;
+    bool isBuilt(const QUuid& folder) const;
+    // The version written into the folder's launcher, 0 when it has none.
+    qint64 builtVersion(const QUuid& folder) const;
+    // Folders whose launchers exist, by id.
+    QList<QUuid> builtFolders() const;
+    // Removes the folder's launcher, icons and JSON. Returns what was removed.
+    QStringList remove(const QUuid& folder) const;
+    // Removes folder JSON files that none of `bundleNames` names.
+    QStringList removeStaleFolderFiles(const QStringList& bundleNames) const;
+
+    // A spacer tile's blank launcher; written when missing.
+    void buildSpacer(const QString& tile) const;
+    QStringList removeSpacer(const QString& tile) const;
+    // Spacer launchers on disk, by tile id.
+    QStringList builtSpacers() const;
+
+private:
+    QString folderFile(const QString& bundleName) const;
+    QStringList iconFiles(const QString& bundleIdentifier) const;
+    void writeBlankIcons() const;
+    DockPaths paths_;
+    DockFolderStore store_;
+};
+
+} // namespace tarvik

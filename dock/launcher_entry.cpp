@@ -38,7 +38,7 @@ QString folder(const AppFolder& folder, const FolderLauncher& launcher) {
     QString text =
         QStringLiteral("[Desktop Entry]\n"
                        "Type=Application\n"
-                       "Version=1.5\n"
+                       "Version=1.0\n"
                        "Name=%1\n"
                        "Comment=%2\n"
                        "Icon=%3\n"
@@ -64,7 +64,7 @@ QString spacer(DockSpacer kind, const QString& blankIcon) {
     // A name is required; a space reads as none under the tile.
     return QStringLiteral("[Desktop Entry]\n"
                           "Type=Application\n"
-                          "Version=1.5\n"
+                          "Version=1.0\n"
                           "Name=\\s\n"
                           "Comment=%1 between dock apps, made with Tarvik\n"
                           "Icon=%2\n"
@@ -78,7 +78,7 @@ QString spacer(DockSpacer kind, const QString& blankIcon) {
 QString linkHandler(const QString& tarvik) {
     return QStringLiteral("[Desktop Entry]\n"
                           "Type=Application\n"
-                          "Version=1.5\n"
+                          "Version=1.0\n"
                           "Name=Tarvik\n"
                           "Comment=Opens Tarvik's links from dock folders\n"
                           "Icon=org.pellor.tarvik\n"
@@ -92,7 +92,7 @@ QString linkHandler(const QString& tarvik) {
 QString loginAgent(const QString& tarvik) {
     return QStringLiteral("[Desktop Entry]\n"
                           "Type=Application\n"
-                          "Version=1.5\n"
+                          "Version=1.0\n"
                           "Name=Tarvik Dock Folders\n"
                           "Comment=Starts the helpers of Tarvik's dock folders when you sign in\n"
                           "Icon=org.pellor.tarvik\n"

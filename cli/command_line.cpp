@@ -4,6 +4,7 @@
 #include "cli/output.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -30,6 +31,15 @@ void nameApplication() {
 
 int runHeadless(int argc, char** argv, const std::function<int()>& work) {
     QCoreApplication app(argc, argv);
+    nameApplication();
+    return work();
+}
+
+// Drawing icons needs fonts and image plugins, which only a Gui application loads; it shows no
+// window, so it needs no display.
+int runDrawing(int argc, char** argv, const std::function<int()>& work) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
     nameApplication();
     return work();
 }
@@ -84,6 +94,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     addAgentsCommand(app, result);
     addFilesCommands(app, result);
     addAwakeCommand(app, result);
+    addDockCommand(app, result);
     // Only the window takes extra arguments (Qt's own options); commands stay strict, so this
     // comes after they are added.
     app.allow_extras();
@@ -103,7 +114,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     }
 
     if (result.run) {
-        return runHeadless(argc, argv, result.run);
+        return (result.drawsImages ? runDrawing : runHeadless)(argc, argv, result.run);
     }
     if (const auto stray =
             strayArgument(guiCmd->parsed() ? guiCmd->remaining() : app.remaining())) {

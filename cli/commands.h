@@ -18,6 +18,7 @@ inline constexpr int kExitRefused = 3; // the request was understood and decline
 // object exists.
 struct CommandResult {
     std::function<int()> run;
+    bool drawsImages = false; // runs with an offscreen Gui application (fonts, SVG icons)
 };
 
 // Each command file adds its subcommand to the top-level parser.
@@ -34,6 +35,7 @@ void addProcessCommands(CLI::App& app, CommandResult& result);
 void addAgentsCommand(CLI::App& app, CommandResult& result);
 void addFilesCommands(CLI::App& app, CommandResult& result);
 void addAwakeCommand(CLI::App& app, CommandResult& result);
+void addDockCommand(CLI::App& app, CommandResult& result);
 
 // The health issues one sample shows (no CPU history), for the summary.
 std::vector<HealthIssue> quickHealthIssues();

@@ -1,8 +1,7 @@
 #include "cli/commands.h"
 #include "cli/output.h"
 #include "core/settings/preferences.h"
-#include "core/text/counts.h"
-#include "dock/app_folder.h"
+#include "dock/dock_folders.h"
 
 namespace tarvik::cli {
 
@@ -11,12 +10,13 @@ int runLaunchFolders() {
     if (!prefs.dockFoldersShowIndicators()) {
         return kExitOk;
     }
-    const auto folders = DockFolderStore(DockFolderStore::defaultSupportDirectory()).load();
-    if (!folders.empty()) {
-        printError(QStringLiteral("Found %1, but starting their helpers is not available in "
-                                  "this version yet.")
-                       .arg(countOf(folders.size(), u"Dock folder", u"Dock folders")));
+    if (!DockFolders::dockShowsDotsForWindowlessApps()) {
+        printError(DockFolders::openDotsUnavailable());
+        return kExitOk;
     }
+    // A missing or damaged folder list is no folders: nothing to start.
+    const DockFolders dock;
+    dock.launchHelpers(dock.store().load());
     return kExitOk;
 }
 

@@ -3,10 +3,10 @@
 #include "app/shell/app_models.h"
 #include "app/shell/gui_shell.h"
 #include "app/shell/section_icons.h"
-#include "app/shell/single_instance.h"
 #include "app/shell/theme.h"
 #include "app/shell/wheel_guard.h"
 #include "core/shell/login_item.h"
+#include "core/sys/single_instance.h"
 
 #include <QApplication>
 #include <QIcon>

@@ -7,8 +7,9 @@ class QLocalServer;
 
 namespace tarvik {
 
-// One Tarvik per user: a second launch asks the running one to show its window and exits,
-// the way clicking an app's dock icon brings its window back.
+// One running instance per name: a second launch asks the running one to show its window and
+// exits, the way clicking an app's dock icon brings its window back. Tarvik takes one name per
+// user; each dock folder's resident helper one per folder and user.
 class SingleInstance : public QObject {
     Q_OBJECT
 public:

@@ -1,4 +1,4 @@
-#include "app/shell/single_instance.h"
+#include "core/sys/single_instance.h"
 
 #include <QLocalServer>
 #include <QLocalSocket>

@@ -129,12 +129,14 @@ DockFoldersOptions applyOptions() {
     return {prefs.dockFoldersHideGroupedApps(), prefs.dockFoldersShowIndicators()};
 }
 
-int applyFolders(const DockFolders& dock, const std::vector<AppFolder>& folders) {
+// `named` tells the tiles' folders apart in the report, deleted ones included.
+int applyFolders(const DockFolders& dock, const std::vector<AppFolder>& folders,
+                 const std::vector<AppFolder>& named) {
     try {
         const DockFoldersReport report = dock.apply(folders, applyOptions());
         if (report.dockChanged()) {
             printLine(QStringLiteral("The dock changed:"));
-            printChange(report.before, report.after, folders);
+            printChange(report.before, report.after, named);
             printLine(QStringLiteral("The previous list is backed up (tarvik dock restore puts it "
                                      "back)."));
         } else {
@@ -264,7 +266,7 @@ int createFolder(const DockOptions& o) {
         return kExitRefused;
     }
     folders.push_back(std::move(folder));
-    return applyFolders(dock, folders);
+    return applyFolders(dock, folders, folders);
 }
 
 int removeFolder(const DockOptions& o) {
@@ -302,8 +304,9 @@ int removeFolder(const DockOptions& o) {
                           .arg(folders[matches.front()].name))) {
         return kExitRefused;
     }
+    const std::vector<AppFolder> before = folders;
     folders.erase(folders.begin() + static_cast<std::ptrdiff_t>(matches.front()));
-    return applyFolders(dock, folders);
+    return applyFolders(dock, folders, before);
 }
 
 int applyStoredFolders(const DockOptions& o) {
@@ -318,7 +321,7 @@ int applyStoredFolders(const DockOptions& o) {
                                    : QStringLiteral("the %1 dock folders").arg(folders.size())))) {
         return kExitRefused;
     }
-    return applyFolders(dock, folders);
+    return applyFolders(dock, folders, folders);
 }
 
 int applyLayout(DockLayout& layout, const DockOptions& o, const QString& question) {

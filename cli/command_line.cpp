@@ -4,7 +4,6 @@
 #include "cli/output.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -31,15 +30,6 @@ void nameApplication() {
 
 int runHeadless(int argc, char** argv, const std::function<int()>& work) {
     QCoreApplication app(argc, argv);
-    nameApplication();
-    return work();
-}
-
-// Drawing icons needs fonts and image plugins, which only a Gui application loads; it shows no
-// window, so it needs no display.
-int runDrawing(int argc, char** argv, const std::function<int()>& work) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
     nameApplication();
     return work();
 }
@@ -114,7 +104,7 @@ int run(int argc, char** argv, GuiEntry gui) {
     }
 
     if (result.run) {
-        return (result.drawsImages ? runDrawing : runHeadless)(argc, argv, result.run);
+        return runHeadless(argc, argv, result.run);
     }
     if (const auto stray =
             strayArgument(guiCmd->parsed() ? guiCmd->remaining() : app.remaining())) {

@@ -18,7 +18,6 @@ inline constexpr int kExitRefused = 3; // the request was understood and decline
 // object exists.
 struct CommandResult {
     std::function<int()> run;
-    bool drawsImages = false; // runs with an offscreen Gui application (fonts, SVG icons)
 };
 
 // Each command file adds its subcommand to the top-level parser.

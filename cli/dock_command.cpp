@@ -263,7 +263,7 @@ int createFolder(const DockOptions& o) {
     }
     if (!confirmed(o, QStringLiteral("Make the folder “%1” of %2 and put it in the dock?")
                           .arg(name, names.join(QStringLiteral(", "))))) {
-        return kExitRefused;
+        return kExitUsage;
     }
     folders.push_back(std::move(folder));
     return applyFolders(dock, folders, folders);
@@ -302,7 +302,7 @@ int removeFolder(const DockOptions& o) {
     if (!confirmed(o, QStringLiteral("Remove the folder “%1” from the dock? Its apps stay "
                                      "installed.")
                           .arg(folders[matches.front()].name))) {
-        return kExitRefused;
+        return kExitUsage;
     }
     const std::vector<AppFolder> before = folders;
     folders.erase(folders.begin() + static_cast<std::ptrdiff_t>(matches.front()));
@@ -319,7 +319,7 @@ int applyStoredFolders(const DockOptions& o) {
                           .arg(folders.size() == 1
                                    ? QStringLiteral("the dock folder")
                                    : QStringLiteral("the %1 dock folders").arg(folders.size())))) {
-        return kExitRefused;
+        return kExitUsage;
     }
     return applyFolders(dock, folders, folders);
 }
@@ -327,7 +327,7 @@ int applyStoredFolders(const DockOptions& o) {
 int applyLayout(DockLayout& layout, const DockOptions& o, const QString& question) {
     const QStringList before = DockPreferences().tiles();
     if (!confirmed(o, question)) {
-        return kExitRefused;
+        return kExitUsage;
     }
     if (!layout.apply()) {
         printError(layout.errorMessage().value_or(QString()));
@@ -412,7 +412,7 @@ int restoreBackup(const DockOptions& o) {
     if (!confirmed(o, QStringLiteral("Put back the dock as it was on %1 (%2 tiles)?")
                           .arg(when)
                           .arg(backup->tiles.size()))) {
-        return kExitRefused;
+        return kExitUsage;
     }
     try {
         dock.restore(*backup);
@@ -438,7 +438,6 @@ void addDockCommand(CLI::App& app, CommandResult& result) {
             result.run = [work, options] {
                 return work(*options);
             };
-            result.drawsImages = true;
         });
     };
 

@@ -5,7 +5,9 @@
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
+#include "core/text/counts.h"
 #include "core/text/metric_format.h"
+#include "dock/dock_folders.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -25,6 +27,12 @@ int printStatus(bool asJson) {
     }
     const std::vector<HealthIssue> health = quickHealthIssues();
     const auto awake = keepAwakeHolders();
+    const auto folders = DockFolderStore(DockFolderStore::defaultSupportDirectory()).load();
+    const bool dockReadable = !DockPreferences::unavailableReason();
+    const QStringList tiles = dockReadable ? DockPreferences().tiles() : QStringList();
+    const auto docked = std::count_if(folders.begin(), folders.end(), [&](const AppFolder& f) {
+        return tiles.contains(f.launcherId());
+    });
     if (asJson) {
         QJsonObject o = toJson(summary);
         o[QStringLiteral("junkBytes")] = static_cast<double>(junk);
@@ -34,6 +42,9 @@ int printStatus(bool asJson) {
         }
         o[QStringLiteral("healthIssues")] = ids;
         o[QStringLiteral("keptAwake")] = awake ? QJsonValue(!awake->empty()) : QJsonValue();
+        o[QStringLiteral("dockFolders")] = static_cast<double>(folders.size());
+        o[QStringLiteral("dockFoldersInDock")] =
+            dockReadable ? QJsonValue(static_cast<double>(docked)) : QJsonValue();
         printJson(QJsonDocument(o));
         return kExitOk;
     }
@@ -60,6 +71,14 @@ int printStatus(bool asJson) {
                           awake->empty() ? QStringLiteral("Sleeping normally (tarvik awake)")
                                          : QStringLiteral("Kept awake by Tarvik (tarvik awake "
                                                           "status)"));
+    }
+    if (dockReadable || !folders.empty()) {
+        rows.emplace_back(QStringLiteral("Dock folders"),
+                          folders.empty()
+                              ? QStringLiteral("None yet (tarvik dock)")
+                              : QStringLiteral("%1, %2 in the dock (tarvik dock folders list)")
+                                    .arg(countOf(folders.size(), u"folder", u"folders"))
+                                    .arg(docked));
     }
     printRows(rows);
     return kExitOk;

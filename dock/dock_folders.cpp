@@ -76,13 +76,15 @@ DockFoldersReport DockFolders::apply(const std::vector<AppFolder>& folders,
     QSet<QUuid> present;
     std::vector<DockAppsCodec::Item> items;
     QStringList hidden;
-    for (const AppFolder& folder : folders) {
+    const auto outcomes = builder.buildAll(folders, names, resident);
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        const AppFolder& folder = folders[i];
         present.insert(folder.id);
-        try {
-            report.built.append(builder.build(folder, names.value(folder.id), resident));
-        } catch (const DockFolderBundleBuilderError& e) {
+        if (outcomes[i].launcher.isEmpty()) {
             report.problems.append(
-                QStringLiteral("“%1” wasn't built: %2").arg(folder.name, e.message));
+                QStringLiteral("“%1” wasn't built: %2").arg(folder.name, outcomes[i].problem));
+        } else {
+            report.built.append(outcomes[i].launcher);
         }
         if (!folder.showInDock || !builder.isBuilt(folder.id)) {
             continue;

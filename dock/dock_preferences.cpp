@@ -131,8 +131,11 @@ std::optional<DockBackup> DockPreferences::readBackup(const QString& path) {
         }
         backup.tiles.append(v.toString());
     }
-    const QString name = QFileInfo(path).fileName();
-    backup.taken = QDateTime::fromString(name.chopped(5), QLatin1String(kStampFormat));
+    QString name = QFileInfo(path).fileName();
+    if (name.endsWith(QLatin1String(".json"))) {
+        name.chop(5);
+    }
+    backup.taken = QDateTime::fromString(name, QLatin1String(kStampFormat));
     backup.taken.setTimeZone(QTimeZone::utc());
     return backup;
 }

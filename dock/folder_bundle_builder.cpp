@@ -1,13 +1,13 @@
 #include "dock/folder_bundle_builder.h"
 
-#include "dock/folder_icon_renderer.h"
+#include "dock/folder_icon_sizes.h"
 #include "dock/launcher_entry.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QImageWriter>
+#include <QProcess>
 #include <QSaveFile>
 #include <QSet>
 #include <algorithm>
@@ -19,7 +19,6 @@ namespace tarvik {
 namespace {
 
 constexpr const char* kBlankIcon = "org.pellor.tarvik.blank";
-constexpr int kPngQuality = 85; // light compression: the plate is mostly flat, so size barely grows
 
 [[noreturn]] void fail(const QString& message) {
     throw DockFolderBundleBuilderError{message};
@@ -32,21 +31,6 @@ void writeAtomically(const QString& path, const QByteArray& contents) {
     QSaveFile f(path);
     if (!f.open(QIODevice::WriteOnly) || f.write(contents) != contents.size() || !f.commit()) {
         fail(QStringLiteral("Couldn't write %1: %2.").arg(path, f.errorString()));
-    }
-}
-
-void writePng(const QString& path, const QImage& image) {
-    if (!QDir().mkpath(QFileInfo(path).path())) {
-        fail(QStringLiteral("Couldn't create the folder %1.").arg(QFileInfo(path).path()));
-    }
-    QSaveFile f(path);
-    if (!f.open(QIODevice::WriteOnly)) {
-        fail(QStringLiteral("Couldn't write %1: %2.").arg(path, f.errorString()));
-    }
-    QImageWriter writer(&f, "png");
-    writer.setQuality(kPngQuality);
-    if (!writer.write(image) || !f.commit()) {
-        fail(QStringLiteral("Couldn't write the icon %1: %2.").arg(path, writer.errorString()));
     }
 }
 
@@ -120,38 +104,115 @@ QStringList DockFolderBundleBuilder::iconFiles(const QString& bundleIdentifier) 
 
 QString DockFolderBundleBuilder::build(const AppFolder& folder, const QString& bundleName,
                                        bool resident) const {
-    if (!QFileInfo(paths_.helper).isExecutable()) {
-        fail(QStringLiteral("The folder helper is missing at %1. Run scripts/build.sh (or cmake "
-                            "--build) so tarvik-folder is built next to tarvik.")
-                 .arg(paths_.helper));
+    const auto outcome = buildAll({folder}, {{folder.id, bundleName}}, resident).front();
+    if (outcome.launcher.isEmpty()) {
+        fail(outcome.problem);
     }
-    // New on every build, so docks and icon caches notice the change.
-    const qint64 version =
-        std::max(QDateTime::currentSecsSinceEpoch(), builtVersion(folder.id) + 1);
-    const QString iconName =
-        folder.bundleIdentifier() + QStringLiteral(".v") + QString::number(version);
-    const QStringList oldIcons = iconFiles(folder.bundleIdentifier());
+    return outcome.launcher;
+}
 
-    const FolderIconRenderer renderer(folder);
-    for (const FolderIconSize& size : folderIconSizes()) {
-        writePng(paths_.icons + QLatin1Char('/') + size.themeFolder() + QStringLiteral("/apps/") +
-                     iconName + QStringLiteral(".png"),
-                 renderer.image(size.pixels));
+QHash<QString, QString>
+DockFolderBundleBuilder::drawIcons(const QList<std::pair<QString, QString>>& jobs) const {
+    QHash<QString, QString> problems;
+    if (jobs.isEmpty()) {
+        return problems;
     }
+    QStringList args{QStringLiteral("--icons"), paths_.icons};
+    for (const auto& [file, name] : jobs) {
+        args << file << name;
+    }
+    QProcess helper;
+    helper.setStandardInputFile(QProcess::nullDevice());
+    helper.start(paths_.helper, args);
+    const bool finished = helper.waitForFinished(60000);
+    const QString said = QString::fromUtf8(helper.readAllStandardError()).trimmed();
+    if (!finished || helper.exitStatus() != QProcess::NormalExit ||
+        (helper.exitCode() != 0 && said.isEmpty())) {
+        helper.kill();
+        const QString why = QStringLiteral("The folder helper %1 couldn't draw the icons (%2).")
+                                .arg(paths_.helper, said.isEmpty() ? helper.errorString() : said);
+        for (const auto& job : jobs) {
+            problems.insert(job.second, why);
+        }
+        return problems;
+    }
+    for (const QString& line : said.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        const auto colon = line.indexOf(QStringLiteral(": "));
+        if (colon > 0) {
+            problems.insert(line.left(colon), line.mid(colon + 2));
+        }
+    }
+    return problems;
+}
+
+std::vector<DockFolderBundleBuilder::Outcome>
+DockFolderBundleBuilder::buildAll(const std::vector<AppFolder>& folders,
+                                  const QHash<QUuid, QString>& bundleNames, bool resident) const {
+    std::vector<Outcome> out(folders.size());
+    if (!QFileInfo(paths_.helper).isExecutable()) {
+        for (Outcome& o : out) {
+            o.problem = QStringLiteral("The folder helper is missing at %1. Run scripts/build.sh "
+                                       "(or cmake --build) so tarvik-folder is built next to "
+                                       "tarvik.")
+                            .arg(paths_.helper);
+        }
+        return out;
+    }
+    struct Pending {
+        QString json;
+        QString iconName;
+        qint64 version = 0;
+        QStringList oldIcons;
+    };
+    std::vector<Pending> pending(folders.size());
+    QList<std::pair<QString, QString>> jobs;
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        const AppFolder& folder = folders[i];
+        Pending& p = pending[i];
+        // New on every build, so docks and icon caches notice the change.
+        p.version = std::max(QDateTime::currentSecsSinceEpoch(), builtVersion(folder.id) + 1);
+        p.iconName = folder.bundleIdentifier() + QStringLiteral(".v") + QString::number(p.version);
+        p.oldIcons = iconFiles(folder.bundleIdentifier());
+        p.json = folderFile(bundleNames.value(folder.id, folder.sanitizedName()));
+        try {
+            writeAtomically(p.json, encodeFolder(folder));
+            jobs.append({p.json, p.iconName});
+        } catch (const DockFolderBundleBuilderError& e) {
+            out[i].problem = e.message;
+        }
+    }
+    const auto problems = drawIcons(jobs);
     // An icon theme lists its folders by modification time; touching the theme folder makes
     // running docks look again.
     ::utimensat(AT_FDCWD, QFile::encodeName(paths_.icons).constData(), nullptr, 0);
-
-    const QString json = folderFile(bundleName);
-    writeAtomically(json, encodeFolder(folder));
-    const QString launcher = launcherPath(folder.id);
-    writeAtomically(
-        launcher,
-        LauncherEntry::folder(folder, {paths_.helper, json, iconName, version, resident}).toUtf8());
-    for (const QString& old : oldIcons) {
-        QFile::remove(old);
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        if (!out[i].problem.isEmpty()) {
+            continue;
+        }
+        const Pending& p = pending[i];
+        if (problems.contains(p.iconName)) {
+            out[i].problem = problems.value(p.iconName);
+            for (const FolderIconSize& size : folderIconSizes()) {
+                QFile::remove(folderIconPath(paths_.icons, size, p.iconName)); // a partial set
+            }
+            continue;
+        }
+        const QString launcher = launcherPath(folders[i].id);
+        try {
+            writeAtomically(launcher,
+                            LauncherEntry::folder(folders[i], {paths_.helper, p.json, p.iconName,
+                                                               p.version, resident})
+                                .toUtf8());
+        } catch (const DockFolderBundleBuilderError& e) {
+            out[i].problem = e.message;
+            continue;
+        }
+        for (const QString& old : p.oldIcons) {
+            QFile::remove(old);
+        }
+        out[i].launcher = launcher;
     }
-    return launcher;
+    return out;
 }
 
 QStringList DockFolderBundleBuilder::remove(const QUuid& folder) const {
@@ -201,14 +262,11 @@ QStringList DockFolderBundleBuilder::removeStaleFolderFiles(const QStringList& b
 }
 
 void DockFolderBundleBuilder::writeBlankIcons() const {
-    for (int pixels : {16, 32, 48, 64, 128, 256}) {
-        const QString path = paths_.icons + QStringLiteral("/%1x%1/apps/").arg(pixels) +
-                             QLatin1String(kBlankIcon) + QStringLiteral(".png");
-        if (!QFileInfo::exists(path)) {
-            QImage blank(pixels, pixels, QImage::Format_ARGB32);
-            blank.fill(Qt::transparent);
-            writePng(path, blank);
-        }
+    const QString path = paths_.icons + QStringLiteral("/scalable/apps/") +
+                         QLatin1String(kBlankIcon) + QStringLiteral(".svg");
+    if (!QFileInfo::exists(path)) {
+        writeAtomically(path,
+                        R"(<svg xmlns="http://www.w3.org/2000/svg" width="64" height="64"/>)");
     }
 }
 

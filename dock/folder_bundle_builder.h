@@ -4,8 +4,11 @@
 #include "dock/dock_paths.h"
 #include "dock/dock_spacer.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
+#include <utility>
+#include <vector>
 
 namespace tarvik {
 
@@ -24,6 +27,15 @@ public:
     // Builds or rebuilds the folder; returns its launcher's path. Throws
     // DockFolderBundleBuilderError.
     QString build(const AppFolder& folder, const QString& bundleName, bool resident) const;
+
+    struct Outcome {
+        QString launcher; // empty when the build failed
+        QString problem;
+    };
+    // Builds several folders, their icons drawn by one run of the helper; one outcome per
+    // folder, in order. A folder that fails keeps its previous build.
+    std::vector<Outcome> buildAll(const std::vector<AppFolder>& folders,
+                                  const QHash<QUuid, QString>& bundleNames, bool resident) const;
     QString launcherPath(const QUuid& folder) const;
     bool isBuilt(const QUuid& folder) const;
     // The version written into the folder's launcher, 0 when it has none.
@@ -45,6 +57,8 @@ private:
     QString folderFile(const QString& bundleName) const;
     QStringList iconFiles(const QString& bundleIdentifier) const;
     void writeBlankIcons() const;
+    // Runs the helper to draw each (folder file, icon name); the problems by icon name.
+    QHash<QString, QString> drawIcons(const QList<std::pair<QString, QString>>& jobs) const;
     DockPaths paths_;
     DockFolderStore store_;
 };

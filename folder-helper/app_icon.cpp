@@ -1,6 +1,6 @@
 #include "folder-helper/app_icon.h"
 
-#include "dock/app_icon_files.h"
+#include "folder-helper/app_icon_files.h"
 
 #include <QApplication>
 #include <QPixmap>

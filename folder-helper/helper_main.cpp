@@ -1,14 +1,18 @@
 // tarvik-folder FOLDER_FILE: a dock folder's apps as a popup grid.
 // tarvik-folder --background FOLDER_FILE: the same folder's helper kept running without a
 // window, so that the launcher's next click shows the popup at once.
+// tarvik-folder --icons THEME (FOLDER_FILE NAME)…: draws each folder's icon set into the icon
+// theme folder THEME, for Tarvik, whose commands don't load Qt's Gui.
 #include "core/sys/single_instance.h"
-#include "folder-helper/folder_file.h"
+#include "dock/folder_file.h"
+#include "folder-helper/folder_icon_renderer.h"
 #include "folder-helper/folder_popup.h"
 #include "folder-helper/quit_on_terminate.h"
 #include "folder-helper/resident_channel.h"
 #include "folder-helper/tarvik_link.h"
 
 #include <QApplication>
+#include <QGuiApplication>
 #include <QIcon>
 #include <QStringList>
 #include <cstdio>
@@ -25,12 +29,40 @@ void showRead(FolderPopup& popup, const FolderFileRead& read) {
     }
 }
 
+// Draws without a window or a display; fonts and image plugins need a Gui application.
+int drawIcons(int argc, char** argv, const QStringList& args) {
+    if (args.size() < 4 || args.size() % 2 != 0) {
+        std::fputs("Usage: tarvik-folder --icons THEME FOLDER_FILE NAME [FOLDER_FILE NAME]…\n",
+                   stderr);
+        return 2;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    int failed = 0;
+    for (qsizetype i = 2; i < args.size(); i += 2) {
+        const FolderFileRead read = readFolderFile(args[i]);
+        QString error = read.problem;
+        if (!read.folder ||
+            !FolderIconRenderer(*read.folder).writeIconSet(args[1], args[i + 1], &error)) {
+            std::fputs((args[i + 1] + QStringLiteral(": ") + error + QLatin1Char('\n'))
+                           .toUtf8()
+                           .constData(),
+                       stderr);
+            ++failed;
+        }
+    }
+    return failed == 0 ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     QStringList args;
     for (int i = 1; i < argc; ++i) {
         args << QString::fromLocal8Bit(argv[i]);
+    }
+    if (!args.isEmpty() && args.front() == QLatin1String("--icons")) {
+        return drawIcons(argc, argv, args);
     }
     const bool background = !args.isEmpty() && args.front() == QLatin1String("--background");
     if (background) {

@@ -1,5 +1,5 @@
 #include "dock/folder_bundle_builder.h"
-#include "dock/folder_icon_renderer.h"
+#include "folder-helper/folder_icon_renderer.h"
 #include "tests/dock/dock_test_support.h"
 #include "tests/support/temp_home.h"
 
@@ -134,7 +134,8 @@ TEST_F(FolderBundle, SpacerLauncherIsBlankNamelessAndValid) {
     EXPECT_EQ(validate(path), "");
     EXPECT_EQ(entryValue(path, "Name"), "\\s");
     EXPECT_EQ(entryValue(path, "NoDisplay"), "true");
-    const QImage blank(paths().icons + "/64x64/apps/" + entryValue(path, "Icon") + ".png");
+    const QImage blank(paths().icons + "/scalable/apps/" + entryValue(path, "Icon") + ".svg");
+    EXPECT_EQ(blank.size(), QSize(64, 64));
     EXPECT_EQ(blank.pixelColor(32, 32).alpha(), 0);
     EXPECT_EQ(builder.builtSpacers(), QStringList{"org.pellor.tarvik.small-spacer.1.desktop"});
     EXPECT_THROW(builder.buildSpacer("firefox.desktop"), DockFolderBundleBuilderError);

@@ -1,4 +1,4 @@
-#include "folder-helper/folder_file.h"
+#include "dock/folder_file.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,4 +1,4 @@
-#include "dock/app_icon_files.h"
+#include "folder-helper/app_icon_files.h"
 
 #include "core/sys/xdg_paths.h"
 

@@ -1,10 +1,14 @@
-#include "dock/folder_icon_renderer.h"
+#include "folder-helper/folder_icon_renderer.h"
 
 #include "core/sys/desktop_apps.h"
-#include "dock/app_icon_files.h"
+#include "folder-helper/app_icon_files.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QImageWriter>
 #include <QPainter>
 #include <QPainterPath>
+#include <QSaveFile>
 #include <algorithm>
 
 namespace tarvik {
@@ -18,20 +22,6 @@ QString iconName(const AppEntry& app) {
 }
 
 } // namespace
-
-QString FolderIconSize::themeFolder() const {
-    QString folder = QStringLiteral("%1x%1").arg(logical);
-    return scale == 1 ? folder : folder + QStringLiteral("@%1").arg(scale);
-}
-
-const std::vector<FolderIconSize>& folderIconSizes() {
-    static const std::vector<FolderIconSize> sizes{
-        {"icp4", 16, 16, 1},   {"icp5", 32, 32, 1},    {"ic11", 32, 16, 2},   {"ic12", 64, 32, 2},
-        {"ic07", 128, 128, 1}, {"ic13", 256, 128, 2},  {"ic08", 256, 256, 1}, {"ic14", 512, 256, 2},
-        {"ic09", 512, 512, 1}, {"ic10", 1024, 512, 2},
-    };
-    return sizes;
-}
 
 FolderIconRenderer::FolderIconRenderer(const AppFolder& folder, Style style) : style_(style) {
     const std::size_t shown = std::min<std::size_t>(folder.apps.size(), kFolderIconApps);
@@ -77,6 +67,25 @@ QImage FolderIconRenderer::image(int pixels) const {
         p.drawImage(target, icons_[i]);
     }
     return out;
+}
+
+bool FolderIconRenderer::writeIconSet(const QString& theme, const QString& name,
+                                      QString* error) const {
+    for (const FolderIconSize& size : folderIconSizes()) {
+        const QString path = folderIconPath(theme, size, name);
+        QSaveFile f(path);
+        QImageWriter writer(&f, "png");
+        // Light compression: the plate is mostly flat, so the files barely grow.
+        writer.setQuality(85);
+        if (!QDir().mkpath(QFileInfo(path).path()) || !f.open(QIODevice::WriteOnly) ||
+            !writer.write(image(size.pixels)) || !f.commit()) {
+            *error = QStringLiteral("Couldn't write the icon %1: %2.")
+                         .arg(path, f.error() != QFileDevice::NoError ? f.errorString()
+                                                                      : writer.errorString());
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace tarvik

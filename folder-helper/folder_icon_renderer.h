@@ -1,23 +1,12 @@
 #pragma once
 
 #include "dock/app_folder.h"
+#include "dock/folder_icon_sizes.h"
 
 #include <QImage>
 #include <vector>
 
 namespace tarvik {
-
-// One image of a folder's icon set: the icon-container entry it stands for, its pixel size,
-// and where it goes in an icon theme ("32x32" at scale 2 is the folder "32x32@2").
-struct FolderIconSize {
-    const char* type;
-    int pixels;
-    int logical;
-    int scale;
-    QString themeFolder() const;
-};
-// The sizes of a folder's icon set, in order.
-const std::vector<FolderIconSize>& folderIconSizes();
 
 // The folder's icon: a rounded plate with its first nine apps' icons on a 3 × 3 grid, in grid
 // order; fewer apps leave cells empty. Drawn without a window, from any thread.
@@ -28,6 +17,9 @@ public:
     // The apps' icons, read once at the largest size the set needs.
     explicit FolderIconRenderer(const AppFolder& folder, Style style = Style::Regular);
     QImage image(int pixels) const;
+    // Every size of the icon set as `name`.png below the icon theme folder `theme`, each written
+    // beside its place and renamed into it. False with `error` set when one wasn't written.
+    bool writeIconSet(const QString& theme, const QString& name, QString* error) const;
 
 private:
     std::vector<QImage> icons_; // null where an app has no icon

@@ -17,7 +17,7 @@
 namespace tarvik {
 namespace {
 
-constexpr std::array<PreferenceKey, 18> kKeys{{
+constexpr std::array<PreferenceKey, 19> kKeys{{
     {pref::kShowMenuBarExtra, PreferenceType::Bool, "true", "The tray item is present.", {}, {}},
     {pref::kOpensWindowAtLaunch,
      PreferenceType::Bool,
@@ -56,6 +56,13 @@ constexpr std::array<PreferenceKey, 18> kKeys{{
      "false",
      "Keeps a tiny helper running per folder so the dock shows a dot while any of its apps are "
      "open. Takes effect on Apply.",
+     {},
+     {}},
+    {pref::kDockFoldersHideGroupedApps,
+     PreferenceType::Bool,
+     "false",
+     "When applying, apps that are inside a folder are removed from the dock (they stay "
+     "installed).",
      {},
      {}},
     {pref::kJunkRemovalMode,

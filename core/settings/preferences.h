@@ -38,6 +38,7 @@ inline constexpr std::string_view kMenuBarStats = "menuBarStats";
 inline constexpr std::string_view kHideDockIcon = "hideDockIcon";
 inline constexpr std::string_view kMonitorInterval = "monitorInterval";
 inline constexpr std::string_view kDockFoldersShowIndicators = "dockFoldersShowIndicators";
+inline constexpr std::string_view kDockFoldersHideGroupedApps = "dockFoldersHideGroupedApps";
 inline constexpr std::string_view kJunkRemovalMode = "junkRemovalMode";
 inline constexpr std::string_view kHomebrewCheckInterval = "homebrewCheckInterval";
 inline constexpr std::string_view kHomebrewIncludeGreedy = "homebrewIncludeGreedy";
@@ -94,6 +95,9 @@ public:
     double monitorInterval() const { return value(pref::kMonitorInterval).toDouble(); }
     bool dockFoldersShowIndicators() const {
         return value(pref::kDockFoldersShowIndicators).toBool();
+    }
+    bool dockFoldersHideGroupedApps() const {
+        return value(pref::kDockFoldersHideGroupedApps).toBool();
     }
 
     // Why the settings file can't be read, when it exists and can't: its values are then

@@ -67,7 +67,8 @@ DividersTab::DividersTab(DockFolders folders, QWidget* parent)
     rows_->setAccessibleName(tr("The Dock's tiles, in order"));
     rows_->setIconSize(QSize(24, 24));
     rows_->setMinimumHeight(220);
-    card->body()->addWidget(rows_, 1);
+    rows_->setMaximumHeight(360); // the Folders tab makes the page tall; the list needn't follow
+    card->body()->addWidget(rows_);
     empty_ = new EmptyState("square.grid.3x3.fill",
                             QStringLiteral("<b>%1</b><br>%2")
                                 .arg(DockLayout::emptyTitle().toHtmlEscaped(),
@@ -102,7 +103,7 @@ DividersTab::DividersTab(DockFolders folders, QWidget* parent)
     setTextMeaning(error_, Meaning::Critical);
     error_->hide();
     card->body()->addWidget(error_);
-    layout->addWidget(card, 1);
+    layout->addWidget(card);
 
     auto* backups = new Card(tr("Backups"), this, "arrow.clockwise");
     backups->body()->addWidget(quietLabel(
@@ -115,6 +116,7 @@ DividersTab::DividersTab(DockFolders folders, QWidget* parent)
     restoreRow->addStretch(1);
     backups->body()->addLayout(restoreRow);
     layout->addWidget(backups);
+    layout->addStretch(1);
 
     connect(addSpace_, &QPushButton::clicked, this, [this] { addSpacer(DockSpacer::Regular); });
     connect(addSmallSpace_, &QPushButton::clicked, this, [this] { addSpacer(DockSpacer::Small); });

@@ -93,6 +93,21 @@ FoldersTab::FoldersTab(DockFolders folders, Preferences& preferences, QWidget* p
     unavailable_ = problemLabel(this, QStringLiteral("dockUnavailable"));
     setTextMeaning(unavailable_, Meaning::Watch);
     layout->addWidget(unavailable_);
+    // Apply and what it (or a link) did stay at the top, in sight without scrolling.
+    auto* applyRow = new QHBoxLayout();
+    auto* reports = new QVBoxLayout();
+    status_ = quietLabel(QString(), this);
+    status_->setObjectName(QStringLiteral("folderStatus"));
+    status_->hide();
+    reports->addWidget(status_);
+    problems_ = problemLabel(this, QStringLiteral("folderProblems"));
+    reports->addWidget(problems_);
+    applyRow->addLayout(reports, 1);
+    apply_ = button(tr("&Apply"), QStringLiteral("applyFolders"), this);
+    apply_->setDefault(true);
+    apply_->setToolTip(tr("Builds the folders and puts them in the Dock, after a backup"));
+    applyRow->addWidget(apply_, 0, Qt::AlignTop);
+    layout->addLayout(applyRow);
 
     auto* columns = new QHBoxLayout();
     columns->setSpacing(space::m);
@@ -103,6 +118,7 @@ FoldersTab::FoldersTab(DockFolders folders, Preferences& preferences, QWidget* p
     folderList_->setObjectName(QStringLiteral("folderList"));
     folderList_->setAccessibleName(tr("Folders"));
     folderList_->setMinimumWidth(180);
+    folderList_->setMaximumHeight(320);
     listCard->body()->addWidget(folderList_, 1);
     noFolders_ = quietLabel(tr("No folders yet. New Folder makes one; add apps to it and Apply "
                                "to put it in the Dock."),
@@ -158,6 +174,7 @@ FoldersTab::FoldersTab(DockFolders folders, Preferences& preferences, QWidget* p
     apps_->setSelectionMode(QAbstractItemView::SingleSelection);
     apps_->setIconSize(QSize(24, 24));
     apps_->setMinimumHeight(150);
+    apps_->setMaximumHeight(260);
     folderCard->body()->addWidget(apps_, 1);
     noApps_ = quietLabel(tr("No apps in this folder yet: pick them under Add Apps."), folderCard);
     noApps_->setObjectName(QStringLiteral("noApps"));
@@ -206,7 +223,7 @@ FoldersTab::FoldersTab(DockFolders folders, Preferences& preferences, QWidget* p
     layout->addWidget(pickCard);
 
     // The options and Apply.
-    auto* applyCard = new Card(tr("Applying"), this);
+    auto* applyCard = new Card(tr("When Applying"), this);
     hideGrouped_ = new QCheckBox(tr("Remove grouped apps' own Dock icons"), applyCard);
     hideGrouped_->setObjectName(QStringLiteral("hideGroupedApps"));
     applyCard->body()->addWidget(hideGrouped_);
@@ -225,19 +242,6 @@ FoldersTab::FoldersTab(DockFolders folders, Preferences& preferences, QWidget* p
     dotsNote->setObjectName(QStringLiteral("openDotsNote"));
     applyCard->body()->addWidget(dotsNote);
     openDots_->setEnabled(dots);
-    auto* applyRow = new QHBoxLayout();
-    apply_ = button(tr("&Apply"), QStringLiteral("applyFolders"), applyCard);
-    apply_->setDefault(true);
-    apply_->setToolTip(tr("Builds the folders and puts them in the Dock, after a backup"));
-    applyRow->addWidget(apply_);
-    applyRow->addStretch(1);
-    applyCard->body()->addLayout(applyRow);
-    status_ = quietLabel(QString(), applyCard);
-    status_->setObjectName(QStringLiteral("folderStatus"));
-    status_->hide();
-    applyCard->body()->addWidget(status_);
-    problems_ = problemLabel(applyCard, QStringLiteral("folderProblems"));
-    applyCard->body()->addWidget(problems_);
     layout->addWidget(applyCard);
     layout->addStretch(1);
 

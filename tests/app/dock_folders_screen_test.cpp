@@ -88,6 +88,7 @@ void chooseInPicker(DockFoldersScreen& screen, const QString& search) {
 TEST(DockFoldersScreen, ApplyingANewFolderAddsItAfterTheUsersFavouritesWhichKeepTheirOrder) {
     DockWorld w(QStringList{kFiles, kBeta, kTerminal});
     DockFoldersScreen screen(w.dock, w.prefs);
+    screen.show(); // laid out, so clicks land on the buttons
 
     QTest::mouseClick(child<QPushButton>(screen, "newFolder"), Qt::LeftButton);
     auto* name = child<QLineEdit>(screen, "folderName");
@@ -111,7 +112,9 @@ TEST(DockFoldersScreen, ApplyingANewFolderAddsItAfterTheUsersFavouritesWhichKeep
     EXPECT_EQ(GnomeShellSettings::favourites(),
               quoted({kFiles, kBeta, kTerminal, folder.launcherId()}));
     EXPECT_TRUE(QFile::exists(w.paths.applications + "/" + folder.launcherId()));
-    EXPECT_TRUE(child<QLabel>(screen, "folderStatus")->text().contains("backed up"));
+    EXPECT_TRUE(child<QLabel>(screen, "folderStatus")->text().contains("backed up"))
+        << child<QLabel>(screen, "folderStatus")->text().toStdString()
+        << child<QLabel>(screen, "folderProblems")->text().toStdString();
     EXPECT_EQ(w.dock.preferences().backups().size(), 1u);
 
     // With grouped apps' own icons removed, Beta leaves the Dock when it joins the folder.

@@ -2,6 +2,8 @@
 
 #include "cli/commands.h"
 #include "cli/output.h"
+#include "dock/dock_folders.h"
+#include "dock/folder_link.h"
 
 #include <QCoreApplication>
 #include <cstdlib>
@@ -48,12 +50,39 @@ std::optional<std::string> strayArgument(const std::vector<std::string>& extras)
     return std::nullopt;
 }
 
+// A link from a folder's helper: the window takes it (and hands it to a Tarvik already running);
+// without a window a remove link is carried out here and an open link can only be refused.
+int runLink(int argc, char** argv, GuiEntry gui, const QString& text) {
+    const std::optional<FolderLink> link = FolderLink::parse(text);
+    if (!link) {
+        printError(QStringLiteral("\"%1\" is not a Tarvik link. Folder links look like "
+                                  "tarvik://folder/<id> or tarvik://folder/<id>/remove?app=<app>.")
+                       .arg(text));
+        return kExitUsage;
+    }
+    if (gui != nullptr && hasDisplay()) {
+        return gui(argc, argv);
+    }
+    return runHeadless(argc, argv, [&link] {
+        if (link->kind == FolderLink::Kind::Open) {
+            printError(QStringLiteral("Tarvik's window isn't available here, so the folder can't "
+                                      "be shown. Open Tarvik on a desktop to see it."));
+            return kExitFailed;
+        }
+        printLine(DockFolders().applyRemoval(*link));
+        return kExitOk;
+    });
+}
+
 } // namespace
 
 int run(int argc, char** argv, GuiEntry gui) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--launch-folders") == 0) {
             return runHeadless(argc, argv, runLaunchFolders);
+        }
+        if (const QString arg = QString::fromLocal8Bit(argv[i]); FolderLink::isMeantAsLink(arg)) {
+            return runLink(argc, argv, gui, arg);
         }
     }
 

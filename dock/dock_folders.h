@@ -35,6 +35,7 @@ public:
                 DockFolderStore store = DockFolderStore(DockFolderStore::defaultSupportDirectory()),
                 DockPreferences preferences = DockPreferences());
 
+    const DockPaths& paths() const { return paths_; }
     const DockFolderStore& store() const { return store_; }
     const DockPreferences& preferences() const { return preferences_; }
 

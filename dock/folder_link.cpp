@@ -24,6 +24,10 @@ QString FolderLink::remove(const QUuid& folder, const QString& app) {
     return open(folder) + QStringLiteral("/remove?app=") + QString::fromLatin1(encoded);
 }
 
+bool FolderLink::isMeantAsLink(const QString& argument) {
+    return argument.startsWith(QLatin1String(kScheme) + QLatin1Char(':'), Qt::CaseInsensitive);
+}
+
 std::optional<FolderLink> FolderLink::parse(const QString& link) {
     const QUrl url(link, QUrl::StrictMode);
     if (!url.isValid() || url.scheme() != QLatin1String(kScheme) ||

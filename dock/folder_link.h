@@ -21,6 +21,8 @@ struct FolderLink {
     static QString remove(const QUuid& folder, const QString& app);
     // Exactly the two shapes above; anything else is not a link.
     static std::optional<FolderLink> parse(const QString& link);
+    // Whether a command-line argument is meant as a link (it names the scheme), valid or not.
+    static bool isMeantAsLink(const QString& argument);
 };
 
 } // namespace tarvik

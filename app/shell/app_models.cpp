@@ -39,7 +39,8 @@ AppModels::AppModels(const Options& options, QObject* parent)
                                     ? QString()
                                     : SpeedTestHistoryStore::defaultFilePath())),
       agents_(preferences_), keepAwake_(options.keepAwakeBuses.value_or(KeepAwakeBuses{})),
-      keyboardLock_(options.inputDir) {
+      keyboardLock_(options.inputDir),
+      dockFolders_(options.dockPaths.value_or(DockPaths::current())) {
     // A fresh list knows how many packages are outdated as well as the periodic check does.
     connect(&brew_, &BrewModel::changed, this, [this] {
         if (brew_.snapshot() && !brew_.isLoading()) {

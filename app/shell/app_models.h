@@ -14,6 +14,7 @@
 #include "core/settings/preferences.h"
 #include "core/shell/login_item.h"
 #include "core/sys/sleep_watcher.h"
+#include "dock/dock_folders.h"
 
 #include <QObject>
 
@@ -40,6 +41,8 @@ public:
         std::optional<KeepAwakeBuses> keepAwakeBuses = std::nullopt;
         // The input devices the keyboard lock takes.
         QString inputDir = QStringLiteral("/dev/input");
+        // Where the Dock's folders and spacers are written; empty means this user's.
+        std::optional<DockPaths> dockPaths = std::nullopt;
     };
     static Options defaultOptions();
 
@@ -57,6 +60,7 @@ public:
     AgentsModel& agents() { return agents_; }
     KeepAwakeController& keepAwake() { return keepAwake_; }
     KeyboardLock& keyboardLock() { return keyboardLock_; }
+    const DockFolders& dockFolders() const { return dockFolders_; }
 
 private:
     void wireKeepAwake();
@@ -74,6 +78,7 @@ private:
     AgentsModel agents_;
     KeepAwakeController keepAwake_;
     KeyboardLock keyboardLock_;
+    DockFolders dockFolders_;
     std::unique_ptr<FreeSpaceRecorder> freeSpace_;
 };
 

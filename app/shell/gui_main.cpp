@@ -7,9 +7,12 @@
 #include "app/shell/wheel_guard.h"
 #include "core/shell/login_item.h"
 #include "core/sys/single_instance.h"
+#include "dock/folder_link.h"
 
 #include <QApplication>
 #include <QIcon>
+#include <algorithm>
+#include <optional>
 
 namespace tarvik {
 
@@ -30,8 +33,16 @@ int runGui(int argc, char** argv) {
     app.installEventFilter(&wheelGuard);
 
     const bool isLoginLaunch = LoginItem::currentLaunchIsLogin(QApplication::arguments());
+    // A link from a folder's helper goes to the running Tarvik as it is, or opens this one on it.
+    const QStringList arguments = QApplication::arguments();
+    const auto linkText =
+        std::find_if(arguments.begin(), arguments.end(), &FolderLink::isMeantAsLink);
+    const std::optional<FolderLink> link =
+        linkText != arguments.end() ? FolderLink::parse(*linkText) : std::nullopt;
     SingleInstance instance;
-    if (instance.notifyRunning(isLoginLaunch ? "login" : "show")) {
+    const QByteArray hello =
+        link ? linkText->toUtf8() : QByteArray(isLoginLaunch ? "login" : "show");
+    if (instance.notifyRunning(hello)) {
         return 0;
     }
     instance.listen();
@@ -42,9 +53,14 @@ int runGui(int argc, char** argv) {
                      [&shell](const QByteArray& message) {
                          if (message == "show") {
                              shell.openWindow();
+                         } else if (auto received = FolderLink::parse(QString::fromUtf8(message))) {
+                             shell.openLink(*received);
                          }
                      });
     shell.start();
+    if (link) {
+        shell.openLink(*link);
+    }
     return QApplication::exec();
 }
 

@@ -101,4 +101,9 @@ void GuiShell::openWindow() {
     window_->present();
 }
 
+void GuiShell::openLink(const FolderLink& link) {
+    openWindow();
+    window_->openLink(link);
+}
+
 } // namespace tarvik

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/shell/startup.h"
+#include "dock/folder_link.h"
 
 #include <QObject>
 #include <memory>
@@ -21,6 +22,8 @@ public:
 
     void start();
     void openWindow();
+    // Opens the window on Dock Folders for a link from a folder's helper.
+    void openLink(const FolderLink& link);
     // Ends Tarvik, from the File menu, Ctrl+Q or the tray.
     void quit();
 

@@ -2,6 +2,7 @@
 
 #include "app/agents/agents_screen.h"
 #include "app/awake/keep_awake_screen.h"
+#include "app/dock/dock_folders_screen.h"
 #include "app/files/duplicates_model.h"
 #include "app/files/duplicates_screen.h"
 #include "app/files/large_files_model.h"
@@ -112,6 +113,13 @@ void MainWindow::present() {
     activateWindow();
 }
 
+void MainWindow::openLink(const FolderLink& link) {
+    models_.navigator().select(AppSection::DockFolders);
+    if (dockFolders_ != nullptr) { // built by showing its section
+        dockFolders_->openLink(link);
+    }
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     // Closing never quits: Tarvik stays in the tray, or in the taskbar when it keeps an entry.
     event->ignore();
@@ -180,6 +188,10 @@ QWidget* MainWindow::createScreen(AppSection section) {
         break;
     case AppSection::KeepAwake:
         screen = new KeepAwakeScreen(models_.keepAwake(), models_.keyboardLock(), this);
+        break;
+    case AppSection::DockFolders:
+        dockFolders_ = new DockFoldersScreen(models_.dockFolders(), models_.preferences(), this);
+        screen = dockFolders_;
         break;
     case AppSection::Settings:
         screen = new SettingsScreen(models_.preferences(), models_.loginItem(), this);

@@ -2,6 +2,7 @@
 
 #include "core/shell/app_section.h"
 #include "core/shell/startup.h"
+#include "dock/folder_link.h"
 
 #include <QMainWindow>
 #include <functional>
@@ -13,6 +14,7 @@ class QStackedWidget;
 namespace tarvik {
 
 class AppModels;
+class DockFoldersScreen;
 class SidebarModel;
 
 // The window: a sidebar of sections and the selected section's screen.
@@ -30,6 +32,8 @@ public:
     void setPolicyWhenClosed(std::function<ActivationPolicy()> policy);
     // Brings the window back from the tray or the taskbar.
     void present();
+    // Shows Dock Folders for a link from a folder's helper and carries it out.
+    void openLink(const FolderLink& link);
 
 signals:
     void openChanged(bool open);
@@ -48,6 +52,7 @@ private:
     SidebarModel* sidebarModel_ = nullptr;
     QStackedWidget* stack_ = nullptr;
     std::map<AppSection, QWidget*> screens_;
+    DockFoldersScreen* dockFolders_ = nullptr; // once built
     std::function<ActivationPolicy()> policyWhenClosed_;
 };
 

@@ -18,7 +18,6 @@ bool hasScreen(AppSection section) {
     case AppSection::DeviceCheck:
     case AppSection::SystemInfo:
     case AppSection::Uninstaller:
-    case AppSection::DockFolders:
         return false;
     default:
         return true;

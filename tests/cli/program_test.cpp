@@ -94,3 +94,32 @@ TEST_F(TarvikCommand, LaunchFoldersExitsZeroWhateverTheFolderListHolds) {
     ASSERT_EQ(tarvik({"settings", "set", "dockFoldersShowIndicators", "false"}).exitCode, 0);
     EXPECT_EQ(tarvik({"--launch-folders"}).exitCode, 0);
 }
+
+TEST_F(TarvikCommand, FolderLinksWithoutAWindowRemoveTheAppOrSaySoAndAnythingElseIsRefused) {
+    const QString id = "6F1C2B1E-4C1B-4C59-9A55-0D6B1B2C3D4E";
+    writeFile(folders(), QStringLiteral(R"([{"id": "%1", "name": "Music", "showInDock": true,
+        "apps": [
+          {"name": "Rock", "path": "/nowhere/a.desktop", "bundleIdentifier": "org.example.Rock.desktop"},
+          {"name": "Rock and Roll", "path": "/nowhere/b.desktop",
+           "bundleIdentifier": "org.example.Rock&Roll+Pop.desktop"}]}])")
+                             .arg(id)
+                             .toUtf8());
+    const Outcome removed =
+        tarvik({"tarvik://folder/" + id + "/remove?app=org.example.Rock%26Roll%2BPop.desktop"});
+    EXPECT_EQ(removed.exitCode, 0) << removed.err.toStdString();
+    EXPECT_EQ(removed.out, "Removed org.example.Rock&Roll+Pop.desktop from “Music”.\n");
+    const QByteArray saved = tarvik::test::readAll(folders());
+    EXPECT_FALSE(saved.contains("Rock&Roll")) << saved.toStdString();
+    EXPECT_TRUE(saved.contains("org.example.Rock.desktop"));
+
+    const Outcome open = tarvik({"tarvik://folder/" + id});
+    EXPECT_EQ(open.exitCode, 1);
+    EXPECT_TRUE(open.err.contains("window isn't available")) << open.err.toStdString();
+
+    for (const char* bad : {"tarvik://folder/not-an-id", "tarvik://folder/" /* no id */,
+                            "TARVIK://elsewhere", "tarvik:folder"}) {
+        const Outcome refused = tarvik({bad});
+        EXPECT_EQ(refused.exitCode, 2) << bad;
+        EXPECT_TRUE(refused.err.contains("is not a Tarvik link")) << refused.err.toStdString();
+    }
+}

@@ -79,7 +79,7 @@ TEST_F(TarvikCommand, SettingsSetGetResetAndListShareOneStore) {
     const Outcome list = tarvik({"settings", "list", "--json"});
     ASSERT_EQ(list.exitCode, 0);
     const QJsonArray keys = QJsonDocument::fromJson(list.out.toUtf8()).array();
-    EXPECT_EQ(keys.size(), 18);
+    EXPECT_EQ(keys.size(), 19);
     bool sawInterval = false;
     for (const auto& v : keys) {
         const QJsonObject o = v.toObject();

@@ -1,12 +1,12 @@
 #include "app/dock/dividers_tab.h"
 
-#include "app/dock/dock_app_icon.h"
 #include "app/shell/card.h"
 #include "app/shell/empty_state.h"
 #include "app/shell/quiet_label.h"
 #include "app/shell/theme.h"
 #include "core/sys/desktop_apps.h"
 #include "core/text/counts.h"
+#include "folder-helper/app_icon.h"
 
 #include <QDialog>
 #include <QDialogButtonBox>
@@ -174,7 +174,7 @@ void DividersTab::fill() {
             item->setFont(italic);
         } else {
             const auto app = DesktopApps::find(row.tile);
-            item->setIcon(dockAppIcon(app ? app->icon : QString()));
+            item->setIcon(appIcon(app ? app->icon : QString(), 32));
             item->setToolTip(row.tile);
         }
         if (selected && row.id == *selected) {

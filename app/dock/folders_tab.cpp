@@ -1,12 +1,12 @@
 #include "app/dock/folders_tab.h"
 
-#include "app/dock/dock_app_icon.h"
 #include "app/shell/card.h"
 #include "app/shell/quiet_label.h"
 #include "app/shell/theme.h"
 #include "core/settings/preferences.h"
 #include "core/sys/desktop_apps.h"
 #include "core/text/counts.h"
+#include "folder-helper/app_icon.h"
 #include "folder-helper/folder_icon_renderer.h"
 
 #include <QAbstractItemModel>
@@ -208,7 +208,7 @@ FoldersTab::FoldersTab(DockFolders folders, Preferences& preferences, QWidget* p
     picker_->setIconSize(QSize(24, 24));
     picker_->setMinimumHeight(160);
     for (const DesktopApp& app : DesktopApps::installed()) {
-        auto* item = new QListWidgetItem(dockAppIcon(app.icon), app.name, picker_);
+        auto* item = new QListWidgetItem(appIcon(app.icon, 32), app.name, picker_);
         item->setData(kIdRole, app.id);
         item->setData(kPathRole, app.path);
         item->setData(kIconRole, app.icon);
@@ -408,7 +408,7 @@ void FoldersTab::fillApps() {
             const bool installed = isInstalled(app);
             const QString text = installed ? app.name : tr("%1 (not installed)").arg(app.name);
             auto* item =
-                new QListWidgetItem(dockAppIcon(known ? known->icon : QString()), text, apps_);
+                new QListWidgetItem(appIcon(known ? known->icon : QString(), 32), text, apps_);
             item->setData(kIdRole, app.reference());
             // Dropping onto a row would replace it; rows only move between each other.
             item->setFlags(item->flags() & ~Qt::ItemIsDropEnabled);

@@ -69,7 +69,12 @@ int runLink(int argc, char** argv, GuiEntry gui, const QString& text) {
                                       "be shown. Open Tarvik on a desktop to see it."));
             return kExitFailed;
         }
-        printLine(DockFolders().applyRemoval(*link));
+        const auto removal = DockFolders().applyRemoval(*link);
+        if (!removal.removed) {
+            printError(removal.message);
+            return kExitFailed;
+        }
+        printLine(removal.message);
         return kExitOk;
     });
 }

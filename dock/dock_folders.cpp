@@ -127,7 +127,7 @@ DockFoldersReport DockFolders::apply(const std::vector<AppFolder>& folders,
     return report;
 }
 
-QString DockFolders::applyRemoval(const FolderLink& link) const {
+DockFolders::Removal DockFolders::applyRemoval(const FolderLink& link) const {
     std::vector<AppFolder> folders = store_.load();
     for (AppFolder& folder : folders) {
         if (folder.id != link.folder) {
@@ -137,11 +137,12 @@ QString DockFolders::applyRemoval(const FolderLink& link) const {
         std::erase_if(folder.apps,
                       [&](const AppEntry& app) { return app.reference() == link.app; });
         if (folder.apps.size() == before) {
-            return QStringLiteral("“%1” has no app %2 to remove.").arg(folder.name, link.app);
+            return {false,
+                    QStringLiteral("“%1” has no app %2 to remove.").arg(folder.name, link.app)};
         }
         QString error;
         if (!store_.save(folders, &error)) {
-            return error;
+            return {false, error};
         }
         const DockFolderBundleBuilder builder(paths_, store_);
         if (builder.isBuilt(folder.id)) {
@@ -152,13 +153,14 @@ QString DockFolders::applyRemoval(const FolderLink& link) const {
                         QFile::exists(
                             DockFolderLoginAgent(paths_.autostart, paths_.tarvik).entryPath()));
             } catch (const DockFolderBundleBuilderError& e) {
-                return QStringLiteral("Removed %1 from “%2”, but its icon wasn't updated: %3")
-                    .arg(link.app, folder.name, e.message);
+                return {true,
+                        QStringLiteral("Removed %1 from “%2”, but its icon wasn't updated: %3")
+                            .arg(link.app, folder.name, e.message)};
             }
         }
-        return QStringLiteral("Removed %1 from “%2”.").arg(link.app, folder.name);
+        return {true, QStringLiteral("Removed %1 from “%2”.").arg(link.app, folder.name)};
     }
-    return QStringLiteral("That folder no longer exists.");
+    return {false, QStringLiteral("That folder no longer exists.")};
 }
 
 QStringList DockFolders::restore(const DockBackup& backup) const {

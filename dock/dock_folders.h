@@ -52,8 +52,12 @@ public:
                             const DockFoldersOptions& options) const;
 
     // Carries out a remove link: the app leaves the folder, the list is saved and the folder's
-    // launcher rebuilt. Returns a sentence saying what happened.
-    QString applyRemoval(const FolderLink& link) const;
+    // launcher rebuilt.
+    struct Removal {
+        bool removed = false;
+        QString message; // a sentence saying what happened
+    };
+    Removal applyRemoval(const FolderLink& link) const;
 
     // Puts a backed-up list back (after backing up the current one), with the blank launchers
     // of its spacers. Returns the list written. Throws DockPreferencesError.

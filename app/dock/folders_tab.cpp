@@ -589,7 +589,7 @@ void FoldersTab::apply() {
 
 void FoldersTab::applyRemoval(const FolderLink& link) {
     const bool started = job_.start([dock = dock_, link](JobContext<double>&) -> Outcome {
-        return {std::nullopt, dock.applyRemoval(link), {}};
+        return {std::nullopt, dock.applyRemoval(link).message, {}};
     });
     if (!started) {
         showText(problems_, tr("Tarvik is still applying; open the link again when it's done."));

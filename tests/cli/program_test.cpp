@@ -111,6 +111,11 @@ TEST_F(TarvikCommand, FolderLinksWithoutAWindowRemoveTheAppOrSaySoAndAnythingEls
     const QByteArray saved = tarvik::test::readAll(folders());
     EXPECT_FALSE(saved.contains("Rock&Roll")) << saved.toStdString();
     EXPECT_TRUE(saved.contains("org.example.Rock.desktop"));
+    const Outcome again =
+        tarvik({"tarvik://folder/" + id + "/remove?app=org.example.Rock%26Roll%2BPop.desktop"});
+    EXPECT_EQ(again.exitCode, 1);
+    EXPECT_TRUE(again.err.contains("has no app org.example.Rock&Roll+Pop.desktop"))
+        << again.err.toStdString();
 
     const Outcome open = tarvik({"tarvik://folder/" + id});
     EXPECT_EQ(open.exitCode, 1);

@@ -90,15 +90,17 @@ TEST_F(DockApply, RemoveLinkTakesExactlyThatAppOutAndRebuildsTheIcon) {
 
     const auto link = FolderLink::parse(FolderLink::remove(f.id, "a&b+c.desktop"));
     ASSERT_TRUE(link);
-    EXPECT_EQ(folders().applyRemoval(*link), "Removed a&b+c.desktop from “Mixed”.");
+    EXPECT_EQ(folders().applyRemoval(*link).message, "Removed a&b+c.desktop from “Mixed”.");
     const auto saved = folders().store().load();
     ASSERT_EQ(saved.size(), 1u);
     ASSERT_EQ(saved[0].apps.size(), 2u);
     EXPECT_EQ(saved[0].apps[1].reference(), DesktopSession::appId(2));
     EXPECT_GT(DockFolderBundleBuilder(paths(), folders().store()).builtVersion(f.id), version);
 
-    EXPECT_EQ(folders().applyRemoval(*link), "“Mixed” has no app a&b+c.desktop to remove.");
-    EXPECT_EQ(folders().applyRemoval({FolderLink::Kind::Remove, QUuid::createUuid(), "x"}),
+    const auto again = folders().applyRemoval(*link);
+    EXPECT_FALSE(again.removed);
+    EXPECT_EQ(again.message, "“Mixed” has no app a&b+c.desktop to remove.");
+    EXPECT_EQ(folders().applyRemoval({FolderLink::Kind::Remove, QUuid::createUuid(), "x"}).message,
               "That folder no longer exists.");
 }
 

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Applying the dock folders with 50 favourites and 10 folders of 6 apps each: every folder's
-# launcher and its ten icon sizes rebuilt, the dock's list synced, backed up and written — the
-# whole `tarvik dock folders apply` command, process start included — against `gsettings set`
-# writing the same list, the least any change to the dash costs. One hyperfine run, in a
-# temporary home with GNOME Shell's schema and GSettings' keyfile back-end.
+# Applying the dock folders with 50 favourites and 10 folders of 6 apps each, the whole
+# `tarvik dock folders apply` command, process start included:
+#   - after one folder changed (renamed between runs): its launcher and its ten icon sizes
+#     rebuilt, the others found up to date, the dock's list synced;
+#   - with --all: every folder rebuilt;
+# against `gsettings set` writing the same list, the least any change to the dash costs. One
+# hyperfine run, in a temporary home with GNOME Shell's schema and GSettings' keyfile back-end.
 # usage: bench/dock_apply.sh [path/to/tarvik]   (default build/release/tarvik)
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -46,7 +48,13 @@ done
 "$tarvik" dock list | tail -n 3
 list=$(gsettings get org.gnome.shell favorite-apps)
 
+# Renames the first folder, so the next apply has one folder to rebuild.
+rename="/usr/bin/python3 -c \"import json,sys; p=sys.argv[1]; f=json.load(open(p)); \
+f[0]['name']='Folder A' if f[0]['name']!='Folder A' else 'Folder B'; json.dump(f, open(p,'w'))\" \
+$XDG_DATA_HOME/Tarvik/DockFolders/folders.json"
 hyperfine --warmup 2 --runs 20 --export-markdown "$work/result.md" \
-  -n "tarvik dock folders apply (10 folders, 50 favourites)" "$tarvik dock folders apply --yes" \
+  -n "tarvik dock folders apply, one folder changed" --prepare "$rename" \
+  "$tarvik dock folders apply --yes" \
+  -n "tarvik dock folders apply --all (10 folders rebuilt)" "$tarvik dock folders apply --all --yes" \
   -n "gsettings set favorite-apps (the same list)" "gsettings set org.gnome.shell favorite-apps \"$list\""
 cat "$work/result.md"

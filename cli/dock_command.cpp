@@ -2,6 +2,7 @@
 #include "cli/output.h"
 #include "core/settings/preferences.h"
 #include "core/sys/desktop_apps.h"
+#include "core/text/counts.h"
 #include "dock/dock_apps_codec.h"
 #include "dock/dock_folders.h"
 #include "dock/dock_layout.h"
@@ -23,6 +24,7 @@ struct DockOptions {
     std::string after;
     int position = 0;
     std::string backup;
+    bool all = false;
 };
 
 QString text(const std::string& s) {
@@ -124,16 +126,20 @@ std::optional<DesktopApp> resolveApp(const QString& wanted, const std::vector<De
     return std::nullopt;
 }
 
-DockFoldersOptions applyOptions() {
+DockFoldersOptions applyOptions(bool rebuildAll) {
     const Preferences prefs;
-    return {prefs.dockFoldersHideGroupedApps(), prefs.dockFoldersShowIndicators()};
+    return {prefs.dockFoldersHideGroupedApps(), prefs.dockFoldersShowIndicators(), rebuildAll};
 }
 
 // `named` tells the tiles' folders apart in the report, deleted ones included.
 int applyFolders(const DockFolders& dock, const std::vector<AppFolder>& folders,
-                 const std::vector<AppFolder>& named) {
+                 const std::vector<AppFolder>& named, bool rebuildAll = false) {
     try {
-        const DockFoldersReport report = dock.apply(folders, applyOptions());
+        const DockFoldersReport report = dock.apply(folders, applyOptions(rebuildAll));
+        if (!report.built.isEmpty()) {
+            printLine(QStringLiteral("Rebuilt %1.")
+                          .arg(countOf(report.built.size(), u"folder", u"folders")));
+        }
         if (report.dockChanged()) {
             printLine(QStringLiteral("The dock changed:"));
             printChange(report.before, report.after, named);
@@ -315,13 +321,12 @@ int applyStoredFolders(const DockOptions& o) {
     }
     const DockFolders dock;
     const auto folders = dock.store().load();
-    if (!confirmed(o, QStringLiteral("Rebuild %1 and update the dock?")
-                          .arg(folders.size() == 1
-                                   ? QStringLiteral("the dock folder")
-                                   : QStringLiteral("the %1 dock folders").arg(folders.size())))) {
+    const QString which = o.all ? QStringLiteral("every dock folder")
+                                : QStringLiteral("the dock folders that changed");
+    if (!confirmed(o, QStringLiteral("Rebuild %1 and update the dock?").arg(which))) {
         return kExitUsage;
     }
-    return applyFolders(dock, folders, folders);
+    return applyFolders(dock, folders, folders, o.all);
 }
 
 int applyLayout(DockLayout& layout, const DockOptions& o, const QString& question) {
@@ -461,7 +466,9 @@ void addDockCommand(CLI::App& app, CommandResult& result) {
     remove->add_option("NAME", o->name, "The folder's name or id")->required();
     remove->add_flag("--yes", o->yes, "Do not ask for confirmation");
     on(remove, removeFolder, o);
-    auto* apply = folders->add_subcommand("apply", "Rebuild every folder and update the dock");
+    auto* apply =
+        folders->add_subcommand("apply", "Rebuild the folders that changed and update the dock");
+    apply->add_flag("--all", o->all, "Rebuild every folder, changed or not (new app icons)");
     apply->add_flag("--yes", o->yes, "Do not ask for confirmation");
     on(apply, applyStoredFolders, o);
 

@@ -76,14 +76,14 @@ DockFoldersReport DockFolders::apply(const std::vector<AppFolder>& folders,
     QSet<QUuid> present;
     std::vector<DockAppsCodec::Item> items;
     QStringList hidden;
-    const auto outcomes = builder.buildAll(folders, names, resident);
+    const auto outcomes = builder.buildAll(folders, names, resident, options.rebuildAll);
     for (std::size_t i = 0; i < folders.size(); ++i) {
         const AppFolder& folder = folders[i];
         present.insert(folder.id);
         if (outcomes[i].launcher.isEmpty()) {
             report.problems.append(
                 QStringLiteral("“%1” wasn't built: %2").arg(folder.name, outcomes[i].problem));
-        } else {
+        } else if (outcomes[i].rebuilt) {
             report.built.append(outcomes[i].launcher);
         }
         if (!folder.showInDock || !builder.isBuilt(folder.id)) {

@@ -14,6 +14,7 @@ namespace tarvik {
 struct DockFoldersOptions {
     bool hideGroupedApps = false; // dockFoldersHideGroupedApps
     bool showIndicators = false;  // dockFoldersShowIndicators
+    bool rebuildAll = false;      // also folders whose launcher is up to date
 };
 
 // What an Apply did, for the screen and the command to tell.

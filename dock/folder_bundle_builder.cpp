@@ -3,6 +3,7 @@
 #include "dock/folder_icon_sizes.h"
 #include "dock/launcher_entry.h"
 
+#include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
@@ -145,9 +146,34 @@ DockFolderBundleBuilder::drawIcons(const QList<std::pair<QString, QString>>& job
     return problems;
 }
 
+QString DockFolderBundleBuilder::contentKey(const AppFolder& folder, const QString& json,
+                                            bool resident) const {
+    QCryptographicHash hash(QCryptographicHash::Sha256);
+    hash.addData(encodeFolder(folder));
+    hash.addData(QFile::encodeName(json + QLatin1Char('\n') + paths_.helper));
+    hash.addData(resident ? QByteArrayView("resident") : QByteArrayView("on click"));
+    return QString::fromLatin1(hash.result().toHex().left(32));
+}
+
+bool DockFolderBundleBuilder::isUpToDate(const AppFolder& folder, const QString& key,
+                                         const QString& json) const {
+    const QString launcher = launcherPath(folder.id);
+    if (entryValue(launcher, QLatin1String("X-Tarvik-Content")) != key) {
+        return false;
+    }
+    const QString icon = entryValue(launcher, QLatin1String("Icon"));
+    for (const FolderIconSize& size : folderIconSizes()) {
+        if (!QFileInfo::exists(folderIconPath(paths_.icons, size, icon))) {
+            return false;
+        }
+    }
+    return QFileInfo::exists(json);
+}
+
 std::vector<DockFolderBundleBuilder::Outcome>
 DockFolderBundleBuilder::buildAll(const std::vector<AppFolder>& folders,
-                                  const QHash<QUuid, QString>& bundleNames, bool resident) const {
+                                  const QHash<QUuid, QString>& bundleNames, bool resident,
+                                  bool always) const {
     std::vector<Outcome> out(folders.size());
     if (!QFileInfo(paths_.helper).isExecutable()) {
         for (Outcome& o : out) {
@@ -163,6 +189,7 @@ DockFolderBundleBuilder::buildAll(const std::vector<AppFolder>& folders,
         QString iconName;
         qint64 version = 0;
         QStringList oldIcons;
+        QString key;
     };
     std::vector<Pending> pending(folders.size());
     QList<std::pair<QString, QString>> jobs;
@@ -174,6 +201,12 @@ DockFolderBundleBuilder::buildAll(const std::vector<AppFolder>& folders,
         p.iconName = folder.bundleIdentifier() + QStringLiteral(".v") + QString::number(p.version);
         p.oldIcons = iconFiles(folder.bundleIdentifier());
         p.json = folderFile(bundleNames.value(folder.id, folder.sanitizedName()));
+        p.key = contentKey(folder, p.json, resident);
+        if (!always && isUpToDate(folder, p.key, p.json)) {
+            out[i].launcher = launcherPath(folder.id);
+            continue;
+        }
+        out[i].rebuilt = true;
         try {
             writeAtomically(p.json, encodeFolder(folder));
             jobs.append({p.json, p.iconName});
@@ -186,7 +219,7 @@ DockFolderBundleBuilder::buildAll(const std::vector<AppFolder>& folders,
     // running docks look again.
     ::utimensat(AT_FDCWD, QFile::encodeName(paths_.icons).constData(), nullptr, 0);
     for (std::size_t i = 0; i < folders.size(); ++i) {
-        if (!out[i].problem.isEmpty()) {
+        if (!out[i].problem.isEmpty() || !out[i].rebuilt) {
             continue;
         }
         const Pending& p = pending[i];
@@ -201,7 +234,7 @@ DockFolderBundleBuilder::buildAll(const std::vector<AppFolder>& folders,
         try {
             writeAtomically(launcher,
                             LauncherEntry::folder(folders[i], {paths_.helper, p.json, p.iconName,
-                                                               p.version, resident})
+                                                               p.version, resident, p.key})
                                 .toUtf8());
         } catch (const DockFolderBundleBuilderError& e) {
             out[i].problem = e.message;

@@ -31,11 +31,14 @@ public:
     struct Outcome {
         QString launcher; // empty when the build failed
         QString problem;
+        bool rebuilt = false; // false when it was up to date
     };
     // Builds several folders, their icons drawn by one run of the helper; one outcome per
-    // folder, in order. A folder that fails keeps its previous build.
+    // folder, in order. A folder that fails keeps its previous build. Unless `always`, a folder
+    // whose launcher and icons were built from the same folder is left as it is.
     std::vector<Outcome> buildAll(const std::vector<AppFolder>& folders,
-                                  const QHash<QUuid, QString>& bundleNames, bool resident) const;
+                                  const QHash<QUuid, QString>& bundleNames, bool resident,
+                                  bool always = true) const;
     QString launcherPath(const QUuid& folder) const;
     bool isBuilt(const QUuid& folder) const;
     // The version written into the folder's launcher, 0 when it has none.
@@ -57,6 +60,9 @@ private:
     QString folderFile(const QString& bundleName) const;
     QStringList iconFiles(const QString& bundleIdentifier) const;
     void writeBlankIcons() const;
+    // What a folder's launcher and icons are built from, as one digest.
+    QString contentKey(const AppFolder& folder, const QString& json, bool resident) const;
+    bool isUpToDate(const AppFolder& folder, const QString& key, const QString& json) const;
     // Runs the helper to draw each (folder file, icon name); the problems by icon name.
     QHash<QString, QString> drawIcons(const QList<std::pair<QString, QString>>& jobs) const;
     DockPaths paths_;

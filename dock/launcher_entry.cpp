@@ -49,14 +49,16 @@ QString folder(const AppFolder& folder, const FolderLauncher& launcher) {
                        "Categories=Utility;\n"
                        "X-Tarvik-Folder=%7\n"
                        "X-Tarvik-Version=%8\n"
-                       "X-Tarvik-Resident=%9\n")
+                       "X-Tarvik-Resident=%9\n"
+                       "X-Tarvik-Content=%10\n")
             .arg(escapeValue(folder.name.isEmpty() ? folder.sanitizedName() : folder.name),
                  escapeValue(QStringLiteral("A folder of %1, made with Tarvik").arg(apps)),
                  launcher.icon, LoginItem::quoteExecArgument(launcher.helper),
                  LoginItem::quoteExecArgument(launcher.folderFile), folder.bundleIdentifier(),
                  folder.id.toString(QUuid::WithoutBraces).toUpper(),
                  QString::number(launcher.version),
-                 launcher.resident ? QStringLiteral("true") : QStringLiteral("false"));
+                 launcher.resident ? QStringLiteral("true") : QStringLiteral("false"))
+            .arg(launcher.content);
     return text;
 }
 

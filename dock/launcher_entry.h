@@ -18,6 +18,7 @@ struct FolderLauncher {
     QString icon;       // icon name in the hicolor theme
     qint64 version = 0; // new on every build, so docks notice the change
     bool resident = false;
+    QString content; // digest of what it was built from, to tell an up-to-date build
 };
 QString folder(const AppFolder& folder, const FolderLauncher& launcher);
 

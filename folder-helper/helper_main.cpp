@@ -15,7 +15,9 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QStringList>
+#include <QtConcurrent/QtConcurrentMap>
 #include <cstdio>
+#include <vector>
 
 using namespace tarvik;
 
@@ -38,16 +40,24 @@ int drawIcons(int argc, char** argv, const QStringList& args) {
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
-    int failed = 0;
+    std::vector<qsizetype> jobs;
     for (qsizetype i = 2; i < args.size(); i += 2) {
+        jobs.push_back(i);
+    }
+    // Folders are drawn side by side: encoding the large sizes is most of the work.
+    const QStringList problems = QtConcurrent::blockingMapped<QStringList>(jobs, [&](qsizetype i) {
         const FolderFileRead read = readFolderFile(args[i]);
         QString error = read.problem;
-        if (!read.folder ||
-            !FolderIconRenderer(*read.folder).writeIconSet(args[1], args[i + 1], &error)) {
-            std::fputs((args[i + 1] + QStringLiteral(": ") + error + QLatin1Char('\n'))
-                           .toUtf8()
-                           .constData(),
-                       stderr);
+        if (read.folder &&
+            FolderIconRenderer(*read.folder).writeIconSet(args[1], args[i + 1], &error)) {
+            return QString();
+        }
+        return args[i + 1] + QStringLiteral(": ") + error + QLatin1Char('\n');
+    });
+    int failed = 0;
+    for (const QString& problem : problems) {
+        if (!problem.isEmpty()) {
+            std::fputs(problem.toUtf8().constData(), stderr);
             ++failed;
         }
     }

@@ -42,6 +42,7 @@ TEST_F(DockApply, FoldersJoinTheDockAndTheUsersFavouritesAreNeverLost) {
     EXPECT_TRUE(report.problems.isEmpty()) << report.problems.join("\n").toStdString();
     EXPECT_EQ(report.before, mine);
     EXPECT_EQ(report.after, mine + QStringList{work.launcherId()});
+    EXPECT_EQ(report.built.size(), 2);
     EXPECT_EQ(DesktopSession::favouritesSeenByGsettings(), gsettingsList(report.after));
     EXPECT_FALSE(report.backup.isEmpty());
     EXPECT_EQ(folders().store().load().size(), 2u);
@@ -57,11 +58,16 @@ TEST_F(DockApply, FoldersJoinTheDockAndTheUsersFavouritesAreNeverLost) {
     EXPECT_FALSE(QFileInfo::exists(paths().applications + "/" + games.launcherId()));
     EXPECT_FALSE(report.removed.isEmpty());
 
-    // Nothing changes: no write, no new backup.
+    // Nothing changes: no write, no new backup, no folder rebuilt unless asked.
     const auto backups = folders().preferences().backups().size();
     report = folders().apply({work}, {.hideGroupedApps = true});
     EXPECT_FALSE(report.dockChanged());
     EXPECT_EQ(folders().preferences().backups().size(), backups);
+    EXPECT_TRUE(report.built.isEmpty());
+    EXPECT_EQ(folders().apply({work}, {.hideGroupedApps = true, .rebuildAll = true}).built.size(),
+              1);
+    work.name = "Work and more";
+    EXPECT_EQ(folders().apply({work}, {.hideGroupedApps = true}).built.size(), 1);
 
     // No folders left: only Tarvik's tile goes; hidden apps come back only by the user's hand.
     report = folders().apply({}, {});

@@ -1,5 +1,6 @@
 #include "app/dock/dividers_tab.h"
 
+#include "app/dock/dock_widgets.h"
 #include "app/shell/card.h"
 #include "app/shell/empty_state.h"
 #include "app/shell/quiet_label.h"
@@ -22,18 +23,10 @@
 namespace tarvik {
 namespace {
 
+using dock_widgets::button;
+using dock_widgets::showText;
+
 constexpr int kRowRole = Qt::UserRole;
-
-void showText(QLabel* label, const QString& text) {
-    label->setText(text);
-    label->setVisible(!text.isEmpty());
-}
-
-QPushButton* button(const QString& text, const QString& name, QWidget* parent) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(name);
-    return b;
-}
 
 QString backupText(const DockBackup& backup) {
     return QStringLiteral("%1 — %2").arg(

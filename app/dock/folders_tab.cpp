@@ -1,5 +1,6 @@
 #include "app/dock/folders_tab.h"
 
+#include "app/dock/dock_widgets.h"
 #include "app/shell/card.h"
 #include "app/shell/quiet_label.h"
 #include "app/shell/theme.h"
@@ -26,6 +27,9 @@
 namespace tarvik {
 namespace {
 
+using dock_widgets::button;
+using dock_widgets::showText;
+
 constexpr int kPreviewSize = 96;
 constexpr int kIdRole = Qt::UserRole;
 constexpr int kPathRole = Qt::UserRole + 1;
@@ -38,17 +42,6 @@ QLabel* problemLabel(QWidget* parent, const QString& name) {
     setTextMeaning(label, Meaning::Critical);
     label->hide();
     return label;
-}
-
-void showText(QLabel* label, const QString& text) {
-    label->setText(text);
-    label->setVisible(!text.isEmpty());
-}
-
-QPushButton* button(const QString& text, const QString& name, QWidget* parent) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(name);
-    return b;
 }
 
 bool isInstalled(const AppEntry& app) {

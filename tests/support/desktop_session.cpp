@@ -1,9 +1,10 @@
 #include "tests/support/desktop_session.h"
 
+#include "tests/support/gnome_shell_settings.h"
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
-#include <QProcess>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -20,24 +21,13 @@ void write(const QString& path, const QByteArray& contents) {
     }
 }
 
-constexpr const char* kSchema = R"(<?xml version="1.0" encoding="UTF-8"?>
-<schemalist>
-  <schema id="org.gnome.shell" path="/org/gnome/shell/">
-    <key name="favorite-apps" type="as">
-      <default>[]</default>
-    </key>
-  </schema>
-</schemalist>
-)";
-
 } // namespace
 
 DesktopSession::DesktopSession() {
     session = this;
-    const QString schemas = dir_.path() + QStringLiteral("/schemas");
-    write(schemas + QStringLiteral("/org.gnome.shell.gschema.xml"), kSchema);
-    if (QProcess::execute(QStringLiteral("glib-compile-schemas"), {schemas}) != 0) {
-        throw std::runtime_error("glib-compile-schemas failed");
+    QString error;
+    if (!GnomeShellSettings::setUp(&error)) {
+        throw std::runtime_error(error.toStdString());
     }
     for (int n = 1; n <= kApps; ++n) {
         write(systemData() + QStringLiteral("/applications/") + appId(n),
@@ -52,20 +42,16 @@ DesktopSession::DesktopSession() {
         QDir().mkpath(iconPath.section(QLatin1Char('/'), 0, -2));
         icon.save(iconPath);
     }
-    const auto set = [](const char* name, const QString& value) {
-        ::setenv(name, value.toLocal8Bit().constData(), 1);
-    };
-    QDir().mkpath(home());
-    set("HOME", home());
-    set("XDG_CONFIG_HOME", home() + QStringLiteral("/.config"));
-    set("XDG_DATA_HOME", dataHome());
-    set("XDG_DATA_DIRS", systemData());
-    set("GSETTINGS_SCHEMA_DIR", schemas);
-    set("GSETTINGS_BACKEND", QStringLiteral("keyfile"));
+    // Only these apps are installed, so names and icons are the tests' own.
+    ::setenv("XDG_DATA_DIRS", QFile::encodeName(systemData()).constData(), 1);
 }
 
 DesktopSession& DesktopSession::current() {
     return *session;
+}
+
+QString DesktopSession::home() const {
+    return GnomeShellSettings::home();
 }
 
 QString DesktopSession::appId(int n) {
@@ -77,11 +63,7 @@ QColor DesktopSession::appColour(int n) {
 }
 
 QString DesktopSession::favouritesSeenByGsettings() {
-    QProcess p;
-    p.start(QStringLiteral("gsettings"), {QStringLiteral("get"), QStringLiteral("org.gnome.shell"),
-                                          QStringLiteral("favorite-apps")});
-    p.waitForFinished();
-    return QString::fromUtf8(p.readAllStandardOutput()).trimmed();
+    return GnomeShellSettings::favourites();
 }
 
 void DesktopSession::setFavouritesFromOutside(const QStringList& ids) {
@@ -89,10 +71,8 @@ void DesktopSession::setFavouritesFromOutside(const QStringList& ids) {
     for (const QString& id : ids) {
         quoted.append(QLatin1Char('\'') + id + QLatin1Char('\''));
     }
-    QProcess::execute(QStringLiteral("gsettings"),
-                      {QStringLiteral("set"), QStringLiteral("org.gnome.shell"),
-                       QStringLiteral("favorite-apps"),
-                       QLatin1Char('[') + quoted.join(QStringLiteral(", ")) + QLatin1Char(']')});
+    GnomeShellSettings::setFavourites(QLatin1Char('[') + quoted.join(QStringLiteral(", ")) +
+                                      QLatin1Char(']'));
 }
 
 } // namespace tarvik::test

@@ -8,16 +8,16 @@
 
 namespace tarvik::test {
 
-// A desktop for a whole test program: a temporary home with its own XDG folders, GNOME Shell's
-// favourites schema compiled into a private schema folder and read through GSettings' keyfile
-// back-end, and a set of installed applications. GLib reads these settings once per process,
-// so the session is made in main() before anything asks GSettings or GIO, and lasts until exit.
+// A desktop for a whole test program: GNOME Shell's settings as GnomeShellSettings makes them
+// (a home of its own, the favourites through GSettings' keyfile back-end) and a set of installed
+// applications with icons of known colours, the only ones installed. GLib reads these once per
+// process, so the session is made in main() before anything asks GSettings or GIO.
 class DesktopSession {
 public:
     DesktopSession();
     static DesktopSession& current();
 
-    QString home() const { return dir_.path() + QStringLiteral("/home"); }
+    QString home() const;
     QString dataHome() const { return home() + QStringLiteral("/.local/share"); }
     QString systemData() const { return dir_.path() + QStringLiteral("/usr/share"); }
 

@@ -5,7 +5,6 @@
 #include "core/settings/capability_settings.h"
 #include "core/settings/preferences.h"
 #include "core/sys/xdg_paths.h"
-#include "core/text/counts.h"
 #include "core/text/metric_format.h"
 #include "dock/dock_folders.h"
 
@@ -27,12 +26,7 @@ int printStatus(bool asJson) {
     }
     const std::vector<HealthIssue> health = quickHealthIssues();
     const auto awake = keepAwakeHolders();
-    const auto folders = DockFolderStore(DockFolderStore::defaultSupportDirectory()).load();
-    const bool dockReadable = !DockPreferences::unavailableReason();
-    const QStringList tiles = dockReadable ? DockPreferences().tiles() : QStringList();
-    const auto docked = std::count_if(folders.begin(), folders.end(), [&](const AppFolder& f) {
-        return tiles.contains(f.launcherId());
-    });
+    const DockFolders dock;
     if (asJson) {
         QJsonObject o = toJson(summary);
         o[QStringLiteral("junkBytes")] = static_cast<double>(junk);
@@ -42,9 +36,7 @@ int printStatus(bool asJson) {
         }
         o[QStringLiteral("healthIssues")] = ids;
         o[QStringLiteral("keptAwake")] = awake ? QJsonValue(!awake->empty()) : QJsonValue();
-        o[QStringLiteral("dockFolders")] = static_cast<double>(folders.size());
-        o[QStringLiteral("dockFoldersInDock")] =
-            dockReadable ? QJsonValue(static_cast<double>(docked)) : QJsonValue();
+        o[QStringLiteral("dockFolders")] = static_cast<double>(dock.store().load().size());
         printJson(QJsonDocument(o));
         return kExitOk;
     }
@@ -72,14 +64,8 @@ int printStatus(bool asJson) {
                                          : QStringLiteral("Kept awake by Tarvik (tarvik awake "
                                                           "status)"));
     }
-    if (dockReadable || !folders.empty()) {
-        rows.emplace_back(QStringLiteral("Dock folders"),
-                          folders.empty()
-                              ? QStringLiteral("None yet (tarvik dock)")
-                              : QStringLiteral("%1, %2 in the dock (tarvik dock folders list)")
-                                    .arg(countOf(folders.size(), u"folder", u"folders"))
-                                    .arg(docked));
-    }
+    rows.emplace_back(QStringLiteral("Dock folders"),
+                      dock.summary() + QStringLiteral(" (tarvik dock)"));
     printRows(rows);
     return kExitOk;
 }

@@ -1,6 +1,7 @@
 #include "dock/dock_folders.h"
 
 #include "core/sys/desktop_apps.h"
+#include "core/text/counts.h"
 #include "dock/dock_apps_codec.h"
 #include "dock/dock_folder_login_agent.h"
 #include "dock/dock_spacer.h"
@@ -14,6 +15,7 @@
 #include <QSaveFile>
 #include <QSet>
 #include <QThread>
+#include <algorithm>
 #include <csignal>
 #include <sys/types.h>
 #include <unistd.h>
@@ -50,6 +52,25 @@ QList<pid_t> residentHelpers(const QString& helper) {
 
 DockFolders::DockFolders(DockPaths paths, DockFolderStore store, DockPreferences preferences)
     : paths_(std::move(paths)), store_(std::move(store)), preferences_(std::move(preferences)) {}
+
+QString DockFolders::summary() const {
+    const auto folders = store_.load();
+    if (DockPreferences::unavailableReason()) {
+        return folders.empty() ? QStringLiteral("Not available on this desktop")
+                               : QStringLiteral("%1; this desktop's dock isn't supported")
+                                     .arg(countOf(folders.size(), u"folder", u"folders"));
+    }
+    if (folders.empty()) {
+        return QStringLiteral("No folders yet");
+    }
+    const QStringList tiles = preferences_.tiles();
+    const auto docked = std::count_if(folders.begin(), folders.end(), [&](const AppFolder& f) {
+        return tiles.contains(f.launcherId());
+    });
+    return QStringLiteral("%1, %2 in the dock")
+        .arg(countOf(folders.size(), u"folder", u"folders"))
+        .arg(docked);
+}
 
 bool DockFolders::dockShowsDotsForWindowlessApps() {
     return false; // GNOME's dash, the only dock supported so far, doesn't

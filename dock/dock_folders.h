@@ -38,6 +38,9 @@ public:
 
     const DockPaths& paths() const { return paths_; }
     const DockFolderStore& store() const { return store_; }
+
+    // The folders at a glance, for Smart Scan and `tarvik status`: "2 folders, 1 in the dock".
+    QString summary() const;
     const DockPreferences& preferences() const { return preferences_; }
 
     // Whether this desktop's dock shows an open dot under a launcher whose program keeps no

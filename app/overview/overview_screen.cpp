@@ -15,6 +15,7 @@
 #include "core/awake/keep_awake_texts.h"
 #include "core/text/metric_format.h"
 #include "core/text/qt_text.h"
+#include "dock/dock_folders.h"
 
 #include <QFormLayout>
 #include <QGridLayout>
@@ -36,9 +37,10 @@ QString bytes(std::uint64_t n) {
 
 OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
                                SystemMonitorModel& monitor, AgentsModel* agents,
-                               KeepAwakeController* keepAwake, QWidget* parent)
+                               KeepAwakeController* keepAwake, const DockFolders* dock,
+                               QWidget* parent)
     : QWidget(parent), model_(model), navigator_(navigator), monitor_(monitor), agents_(agents),
-      keepAwake_(keepAwake) {
+      keepAwake_(keepAwake), dock_(dock) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(space::xl, space::l, space::xl, space::l);
     layout->setSpacing(space::m);
@@ -110,7 +112,8 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
         connect(open, &QPushButton::clicked, this,
                 [this] { navigator_.select(AppSection::Agents); });
         card->body()->addWidget(open, 0, Qt::AlignLeft);
-        grid->addWidget(card, 2, column, 1, 2);
+        // Beside the agents, the small cards stack in the third column.
+        grid->addWidget(card, 2, column, dock_ != nullptr ? 2 : 1, 2);
         column += 2;
         connect(agents_, &AgentsModel::cardsChanged, this, &OverviewScreen::renderAgents);
         renderAgents();
@@ -130,6 +133,20 @@ OverviewScreen::OverviewScreen(OverviewModel& model, Navigator& navigator,
         grid->addWidget(card, 2, column, 1, column == 0 ? 3 : 1);
         connect(keepAwake_, &KeepAwakeController::changed, this, &OverviewScreen::renderKeepAwake);
         renderKeepAwake();
+    }
+    if (dock_ != nullptr) {
+        auto* card = new Card(tr("Dock Folders"), this, "square.grid.3x3.fill");
+        dockTile_ = new QLabel(card);
+        dockTile_->setObjectName(QStringLiteral("dockFoldersTile"));
+        dockTile_->setWordWrap(true);
+        card->body()->addWidget(dockTile_);
+        card->body()->addStretch(1);
+        auto* open = new QPushButton(tr("Show Dock Folders"), card);
+        connect(open, &QPushButton::clicked, this,
+                [this] { navigator_.select(AppSection::DockFolders); });
+        card->body()->addWidget(open, 0, Qt::AlignLeft);
+        grid->addWidget(card, 3, agents_ != nullptr ? 2 : 0, 1, agents_ != nullptr ? 1 : 3);
+        renderDock();
     }
     for (int c = 0; c < 3; ++c) {
         grid->setColumnStretch(c, 1);
@@ -198,6 +215,9 @@ void OverviewScreen::showEvent(QShowEvent* event) {
     // What happened elsewhere (a clean, an hour of uptime) shows as soon as Smart Scan does.
     model_.refreshSummary();
     tick_.start();
+    if (dock_ != nullptr) {
+        renderDock(); // folders made in the command line or by a link since
+    }
 }
 
 void OverviewScreen::renderJunk() {
@@ -266,6 +286,10 @@ void OverviewScreen::renderKeepAwake() {
         text += QStringLiteral("\n") + keepAwake_->error();
     }
     keepAwakeTile_->setText(text);
+}
+
+void OverviewScreen::renderDock() {
+    dockTile_->setText(dock_->summary());
 }
 
 } // namespace tarvik

@@ -10,6 +10,8 @@ class QPushButton;
 
 namespace tarvik {
 
+class DockFolders;
+
 class AgentsModel;
 class Card;
 class HealthIssuesView;
@@ -27,7 +29,7 @@ class OverviewScreen : public QWidget {
 public:
     OverviewScreen(OverviewModel& model, Navigator& navigator, SystemMonitorModel& monitor,
                    AgentsModel* agents = nullptr, KeepAwakeController* keepAwake = nullptr,
-                   QWidget* parent = nullptr);
+                   const DockFolders* dock = nullptr, QWidget* parent = nullptr);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -38,6 +40,7 @@ private:
     void renderJunk();
     void renderAgents();
     void renderKeepAwake();
+    void renderDock();
 
     OverviewModel& model_;
     Navigator& navigator_;
@@ -46,6 +49,8 @@ private:
     QLabel* agentLimits_ = nullptr;
     KeepAwakeController* keepAwake_ = nullptr; // the keep-awake card, when there is one
     QLabel* keepAwakeTile_ = nullptr;
+    const DockFolders* dock_ = nullptr; // the Dock Folders card, when there is one
+    QLabel* dockTile_ = nullptr;
     HealthIssuesView* health_ = nullptr;
     StatCard* disk_ = nullptr;
     StatCard* memory_ = nullptr;

@@ -156,7 +156,8 @@ QWidget* MainWindow::createScreen(AppSection section) {
     switch (section) {
     case AppSection::Overview:
         screen = new OverviewScreen(models_.overview(), models_.navigator(), models_.monitor(),
-                                    &models_.agents(), &models_.keepAwake(), this);
+                                    &models_.agents(), &models_.keepAwake(), &models_.dockFolders(),
+                                    this);
         break;
     case AppSection::SystemJunk:
         screen = new JunkScreen(models_.junk(), xdg::home(), this);

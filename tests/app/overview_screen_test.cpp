@@ -91,7 +91,8 @@ TEST(OverviewScreen, FiguresAreReadAgainEachTimeSmartScanIsShown) {
     tree.write("proc/meminfo", "MemTotal: 8000000 kB\nMemAvailable: 6000000 kB\n"
                                "SwapTotal: 0 kB\nSwapFree: 0 kB\n");
     AppModels models(junkIn(home, tree.root()));
-    OverviewScreen overview(models.overview(), models.navigator(), models.monitor());
+    OverviewScreen overview(models.overview(), models.navigator(), models.monitor(), nullptr,
+                            nullptr, &models.dockFolders());
     const auto uptime = [&] {
         for (auto* label : overview.findChildren<QLabel*>()) {
             if (label->accessibleName() == "Uptime") {
@@ -104,9 +105,16 @@ TEST(OverviewScreen, FiguresAreReadAgainEachTimeSmartScanIsShown) {
     ASSERT_TRUE(test::waitUntil([&] { return !uptime().isEmpty(); }));
     EXPECT_EQ(uptime(), MetricFormat::duration(120));
     EXPECT_EQ(cardValue(overview, "memoryCard"), "25%");
+    const auto* dock = overview.findChild<QLabel*>("dockFoldersTile");
+    ASSERT_NE(dock, nullptr);
+    EXPECT_EQ(dock->text(), "No folders yet");
 
-    // Time passes and memory fills while another screen is shown.
+    // Time passes, memory fills and a folder is made while another screen is shown.
     overview.hide();
+    AppFolder folder;
+    folder.id = QUuid::createUuid();
+    folder.name = "Work";
+    ASSERT_TRUE(models.dockFolders().store().save({folder}, nullptr));
     tree.write("proc/uptime", "7300.00 200.00\n");
     tree.write("proc/meminfo", "MemTotal: 8000000 kB\nMemAvailable: 2000000 kB\n"
                                "SwapTotal: 0 kB\nSwapFree: 0 kB\n");
@@ -114,4 +122,5 @@ TEST(OverviewScreen, FiguresAreReadAgainEachTimeSmartScanIsShown) {
     ASSERT_TRUE(test::waitUntil([&] { return uptime() == MetricFormat::duration(7300); }))
         << uptime().toStdString();
     EXPECT_EQ(cardValue(overview, "memoryCard"), "75%");
+    EXPECT_EQ(dock->text(), "1 folder, 0 in the dock");
 }

@@ -44,6 +44,26 @@ BREW
 chmod +x "$work/bin/brew"
 export PATH=$work/bin:$PATH
 
+# GNOME Shell's favourites through GSettings' keyfile back-end: two of this machine's apps in the
+# dock, and a folder of up to four.
+mkdir -p "$work/schemas"
+cat >"$work/schemas/org.gnome.shell.gschema.xml" <<'XML'
+<schemalist>
+  <schema id="org.gnome.shell" path="/org/gnome/shell/">
+    <key name="favorite-apps" type="as"><default>[]</default></key>
+  </schema>
+</schemalist>
+XML
+glib-compile-schemas "$work/schemas"
+export GSETTINGS_SCHEMA_DIR=$work/schemas GSETTINGS_BACKEND=keyfile
+mapfile -t apps < <(grep -L '^NoDisplay=true' /usr/share/applications/*.desktop |
+                    head -n 4 | xargs -n1 basename)
+if [ "${#apps[@]}" -ge 2 ]; then
+    gsettings set org.gnome.shell favorite-apps "['${apps[0]}', '${apps[1]}']"
+    ASAN_OPTIONS=detect_leaks=0 "$tarvik" dock folders create "Tools" "${apps[@]}" --yes \
+        >/dev/null || true
+fi
+
 # A private session bus with a stand-in for the desktop's settings portal.
 dbus-daemon --session --fork --print-address=3 --print-pid=4 3>"$work/bus" 4>"$work/bus.pid"
 export DBUS_SESSION_BUS_ADDRESS=$(head -n1 "$work/bus")
@@ -62,16 +82,17 @@ gdbus call --session --dest org.freedesktop.portal.Desktop \
 
 width=$((980 * scale + 40))
 height=$((640 * scale + 40))
-display=:$((90 + RANDOM % 100))
-Xvfb "$display" -screen 0 "${width}x${height}x24" -nolisten tcp &
-export DISPLAY=$display
+# Xvfb picks a free display and names it, so runs side by side never share one.
+Xvfb -displayfd 5 -screen 0 "${width}x${height}x24" -nolisten tcp 5>"$work/display" &
+for _ in $(seq 50); do [ -s "$work/display" ] && break; sleep 0.1; done
+export DISPLAY=:$(head -n1 "$work/display")
 for _ in $(seq 50); do xdotool getmouselocation >/dev/null 2>&1 && break; sleep 0.1; done
 
 export QT_SCALE_FACTOR=$scale ASAN_OPTIONS=detect_leaks=0
 "$tarvik" settings set menuBarShowsStats true >/dev/null
 "$tarvik" gui >"$out/tarvik-$scheme-$scale.log" 2>&1 &
-for _ in $(seq 300); do xdotool search --name '^Tarvik$' >/dev/null 2>&1 && break; sleep 0.1; done
-window=$(xdotool search --name '^Tarvik$' | head -n1)
+for _ in $(seq 300); do xdotool search --onlyvisible --name '^Tarvik$' >/dev/null 2>&1 && break; sleep 0.1; done
+window=$(xdotool search --onlyvisible --name '^Tarvik$' | head -n1)
 xdotool windowmove "$window" 0 0
 sleep 2
 

@@ -25,6 +25,7 @@ struct DockOptions {
     int position = 0;
     std::string backup;
     bool all = false;
+    bool list = false;
 };
 
 QString text(const std::string& s) {
@@ -393,15 +394,42 @@ int restoreBackup(const DockOptions& o) {
         return kExitFailed;
     }
     const DockFolders dock;
+    const auto all = dock.preferences().backups();
+    if (o.list) {
+        if (all.empty()) {
+            printLine(QStringLiteral("No dock backups yet: Tarvik makes one each time it changes "
+                                     "the dock."));
+        }
+        std::vector<std::pair<QString, QString>> rows;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            rows.emplace_back(
+                QString::number(i + 1),
+                QStringLiteral("%1, %2  %3")
+                    .arg(QLocale().toString(all[i].taken.toLocalTime(), QLocale::ShortFormat),
+                         countOf(all[i].tiles.size(), u"tile", u"tiles"), all[i].path));
+        }
+        printRows(rows);
+        return kExitOk;
+    }
     std::optional<DockBackup> backup;
-    if (o.backup.empty()) {
-        const auto all = dock.preferences().backups();
+    bool isNumber = false;
+    const int number = text(o.backup).toInt(&isNumber);
+    if (o.backup.empty() || isNumber) {
+        // 1 is the newest, as --list numbers them.
+        const int index = o.backup.empty() ? 1 : number;
         if (all.empty()) {
             printError(QStringLiteral("There are no dock backups yet: Tarvik makes one each time "
                                       "it changes the dock."));
             return kExitFailed;
         }
-        backup = all.front();
+        if (index < 1 || index > static_cast<int>(all.size())) {
+            printError(QStringLiteral("There is no backup %1: tarvik dock restore --list shows "
+                                      "the %2.")
+                           .arg(index)
+                           .arg(countOf(all.size(), u"backup", u"backups")));
+            return kExitUsage;
+        }
+        backup = all[static_cast<std::size_t>(index - 1)];
     } else {
         backup = DockPreferences::readBackup(pathArgument(o.backup));
         if (!backup) {
@@ -487,7 +515,8 @@ void addDockCommand(CLI::App& app, CommandResult& result) {
 
     auto* restore = dock->add_subcommand("restore", "Put back the dock from a backup (the newest "
                                                     "without an argument)");
-    restore->add_option("BACKUP", o->backup, "A backup file");
+    restore->add_option("BACKUP", o->backup, "A backup's number as --list shows it, or its file");
+    restore->add_flag("--list", o->list, "List the backups, newest first");
     restore->add_flag("--yes", o->yes, "Do not ask for confirmation");
     on(restore, restoreBackup, o);
 }

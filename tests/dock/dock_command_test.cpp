@@ -97,6 +97,17 @@ TEST_F(DockCommand, AddsAndRemovesSpacesAndRestoresTheDockFromABackup) {
     EXPECT_TRUE(
         QFileInfo::exists(paths().applications + "/org.pellor.tarvik.small-spacer.1.desktop"));
     EXPECT_EQ(tarvik({"dock", "restore", "/nowhere.json", "--yes"}).exitCode, 2);
+
+    // Older backups by their number: 1 is the newest, the list before the restore.
+    const Outcome list = tarvik({"dock", "restore", "--list"});
+    EXPECT_EQ(list.exitCode, 0);
+    EXPECT_TRUE(list.out.startsWith("1 ")) << list.out.toStdString();
+    EXPECT_TRUE(list.out.contains("2 tiles")) << list.out.toStdString();
+    ASSERT_EQ(tarvik({"dock", "restore", "1", "--yes"}).exitCode, 0);
+    EXPECT_EQ(DesktopSession::favouritesSeenByGsettings(), "['app1.desktop', 'app2.desktop']");
+    const Outcome beyond = tarvik({"dock", "restore", "99", "--yes"});
+    EXPECT_EQ(beyond.exitCode, 2);
+    EXPECT_TRUE(beyond.err.contains("There is no backup 99")) << beyond.err.toStdString();
 }
 
 TEST_F(DockCommand, WithoutGnomeShellItExplainsAndNeverAborts) {

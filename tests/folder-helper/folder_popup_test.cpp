@@ -1,7 +1,7 @@
 // The folder popup drawn offscreen: what it shows for a folder, an empty one and a file that
 // can't be read, how it starts apps and what it hands to Tarvik.
-#include "dock/folder_link.h"
 #include "dock/folder_file.h"
+#include "dock/folder_link.h"
 #include "folder-helper/folder_popup.h"
 #include "tests/support/temp_home.h"
 #include "tests/support/wait.h"

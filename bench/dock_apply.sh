@@ -19,13 +19,7 @@ fi
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/schemas" "$work/share/applications" "$work/home"
-cat > "$work/schemas/org.gnome.shell.gschema.xml" <<'XML'
-<schemalist>
-  <schema id="org.gnome.shell" path="/org/gnome/shell/">
-    <key name="favorite-apps" type="as"><default>[]</default></key>
-  </schema>
-</schemalist>
-XML
+cp tests/fixtures/gnome-shell/org.gnome.shell.gschema.xml "$work/schemas/"
 glib-compile-schemas "$work/schemas"
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share
 export XDG_DATA_DIRS=$work/share GSETTINGS_SCHEMA_DIR=$work/schemas GSETTINGS_BACKEND=keyfile

@@ -44,18 +44,12 @@ public:
             }
         }
         if (schemaWanted()) {
-            QFile xml(schemas + QStringLiteral("/org.gnome.shell.gschema.xml"));
-            if (!xml.open(QIODevice::WriteOnly) ||
-                xml.write("<schemalist>\n"
-                          "  <schema id=\"org.gnome.shell\" path=\"/org/gnome/shell/\">\n"
-                          "    <key name=\"favorite-apps\" type=\"as\"><default>[]</default>"
-                          "</key>\n"
-                          "  </schema>\n"
-                          "</schemalist>\n") < 0) {
-                *error = QStringLiteral("can't write the schema");
+            if (!QFile::copy(
+                    QStringLiteral(TARVIK_FIXTURES "/gnome-shell/org.gnome.shell.gschema.xml"),
+                    schemas + QStringLiteral("/org.gnome.shell.gschema.xml"))) {
+                *error = QStringLiteral("can't copy the schema");
                 return false;
             }
-            xml.close();
             if (QProcess::execute(QStringLiteral("glib-compile-schemas"), {schemas}) != 0) {
                 *error = QStringLiteral("glib-compile-schemas failed");
                 return false;

@@ -47,13 +47,7 @@ export PATH=$work/bin:$PATH
 # GNOME Shell's favourites through GSettings' keyfile back-end: two of this machine's apps in the
 # dock, and a folder of up to four.
 mkdir -p "$work/schemas"
-cat >"$work/schemas/org.gnome.shell.gschema.xml" <<'XML'
-<schemalist>
-  <schema id="org.gnome.shell" path="/org/gnome/shell/">
-    <key name="favorite-apps" type="as"><default>[]</default></key>
-  </schema>
-</schemalist>
-XML
+cp "$(dirname "$0")/../../tests/fixtures/gnome-shell/org.gnome.shell.gschema.xml" "$work/schemas/"
 glib-compile-schemas "$work/schemas"
 export GSETTINGS_SCHEMA_DIR=$work/schemas GSETTINGS_BACKEND=keyfile
 mapfile -t apps < <(grep -L '^NoDisplay=true' /usr/share/applications/*.desktop |
